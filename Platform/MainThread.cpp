@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Platform/MainThread.h"
+
+#include <QAbstractEventDispatcher>
+#include <QCoreApplication>
+#include <QThread>
+#include <QTimer>
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+
+namespace platform {
+namespace {
+
+struct CallQueue {
+    std::mutex mutex;
+    std::deque<std::function<void()>> calls;
+};
+
+CallQueue &callQueue()
+{
+    // Never destroyed: a worker may still call while the process exits.
+    static auto *queue = new CallQueue;
+    return *queue;
+}
+
+} // namespace
+
+bool isMainThread()
+{
+    const auto *application = QCoreApplication::instance();
+    return application == nullptr || application->thread() == QThread::currentThread();
+}
+
+void performOnMainThread(std::function<void()> call)
+{
+    {
+        const std::lock_guard lock(callQueue().mutex);
+        callQueue().calls.push_back(std::move(call));
+    }
+    if (auto *application = QCoreApplication::instance()) {
+        QMetaObject::invokeMethod(application, runPendingMainThreadCalls, Qt::QueuedConnection);
+    }
+}
+
+void performOnMainThreadAndWait(const std::function<void()> &call)
+{
+    if (isMainThread()) {
+        call();
+        return;
+    }
+    std::mutex mutex;
+    std::condition_variable finished;
+    bool done = false;
+    performOnMainThread([&] {
+        call();
+        // Notified under the lock: the waiting frame may be gone as soon as the lock is free.
+        const std::lock_guard lock(mutex);
+        done = true;
+        finished.notify_one();
+    });
+    std::unique_lock lock(mutex);
+    finished.wait(lock, [&] { return done; });
+}
+
+void runPendingMainThreadCalls()
+{
+    auto &queue = callQueue();
+    std::unique_lock lock(queue.mutex);
+    // What a call queues belongs to a later pass, so only what is there now is counted. A call may
+    // come here again by pumping events; taking one at a time keeps the order even then.
+    for (auto left = queue.calls.size(); left > 0 && !queue.calls.empty(); --left) {
+        const auto call = std::move(queue.calls.front());
+        queue.calls.pop_front();
+        lock.unlock();
+        call();
+        lock.lock();
+    }
+}
+
+void pumpEvents(std::chrono::milliseconds longest)
+{
+    QTimer limit;
+    limit.setTimerType(Qt::PreciseTimer);
+    limit.start(longest);
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+}
+
+} // namespace platform

@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Notification.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+
+namespace platform {
+
+// Posted in-process before the application ends, while the main thread still runs.
+inline const QString applicationWillTerminateNotification =
+    QStringLiteral("NSApplicationWillTerminateNotification");
+
+// Notifications inside this process, delivered at once on the poster's thread.
+class NotificationCenter {
+public:
+    using Handler = std::function<void(const Notification &)>;
+    using Observer = quint64;
+
+    static NotificationCenter &defaultCenter();
+
+    Observer addObserver(const QString &name, Handler handler);
+    void removeObserver(Observer observer);
+    void post(const Notification &notification);
+
+private:
+    struct Entry {
+        QString name;
+        std::shared_ptr<const Handler> handler;
+    };
+
+    std::mutex m_mutex;
+    std::map<Observer, Entry> m_entries;
+    Observer m_last = 0;
+};
+
+} // namespace platform

@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Platform/WorkerThreads.h"
+
+#include "Platform/MainThread.h"
+
+namespace platform {
+
+WorkerThreads::~WorkerThreads()
+{
+    end();
+}
+
+void WorkerThreads::start(std::function<void()> body)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_ending) {
+            return;
+        }
+    }
+    reap();
+    auto &worker = m_workers.emplace_back();
+    m_running.fetch_add(1, std::memory_order_relaxed);
+    worker.thread = std::thread([this, &worker, body = std::move(body)] {
+        body();
+        m_running.fetch_sub(1, std::memory_order_relaxed);
+        worker.finished.store(true, std::memory_order_release);
+    });
+}
+
+bool WorkerThreads::sleepFor(std::chrono::milliseconds time)
+{
+    std::unique_lock lock(m_mutex);
+    return !m_wake.wait_for(lock, time, [this] { return m_ending; });
+}
+
+void WorkerThreads::end()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_ending = true;
+    }
+    m_wake.notify_all();
+    while (running() > 0) {
+        runPendingMainThreadCalls();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    reap();
+}
+
+void WorkerThreads::reap()
+{
+    m_workers.remove_if([](Worker &worker) {
+        if (!worker.finished.load(std::memory_order_acquire)) {
+            return false;
+        }
+        worker.thread.join();
+        return true;
+    });
+}
+
+} // namespace platform

@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <list>
+#include <mutex>
+#include <thread>
+
+namespace platform {
+
+// Worker threads that belong to one object of the main thread. The object stays until the last of
+// them has returned: the destructor asks them to end and meanwhile runs their calls onto the main
+// thread.
+class WorkerThreads {
+public:
+    WorkerThreads() = default;
+    ~WorkerThreads();
+    WorkerThreads(const WorkerThreads &) = delete;
+    WorkerThreads &operator=(const WorkerThreads &) = delete;
+
+    // Runs body on a thread of its own. Main thread only; does nothing after end().
+    void start(std::function<void()> body);
+
+    // Sleeps on a worker. False, and at once, when the workers are to end.
+    bool sleepFor(std::chrono::milliseconds time);
+
+    // Asks all workers to end and waits for them. Main thread only.
+    void end();
+
+    // How many have not returned yet.
+    int running() const { return m_running.load(std::memory_order_relaxed); }
+
+private:
+    struct Worker {
+        std::thread thread;
+        std::atomic<bool> finished = false;
+    };
+
+    void reap();
+
+    std::list<Worker> m_workers;
+    std::atomic<int> m_running = 0;
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    bool m_ending = false;
+};
+
+} // namespace platform

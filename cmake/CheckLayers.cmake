@@ -1,0 +1,42 @@
+# SPDX-FileCopyrightText: 2026 Corvane
+# SPDX-License-Identifier: MIT
+# Fails when a source in ROOT includes a header of a layer above its own.
+# Run as: cmake -D ROOT=FOLDER -P CheckLayers.cmake
+
+# Lowest first; a layer may include itself and what stands before it.
+set(layers "Platform" "Shared" "Preference Pane" "Hosts")
+set(bad "")
+foreach(layer IN LISTS layers)
+  file(GLOB_RECURSE sources "${ROOT}/${layer}/*.h" "${ROOT}/${layer}/*.cpp")
+  list(FIND layers "${layer}" own)
+  foreach(source IN LISTS sources)
+    file(STRINGS "${source}" includes REGEX "^[ \t]*#[ \t]*include[ \t]*[\"<]")
+    foreach(line IN LISTS includes)
+      string(REGEX REPLACE ".*[\"<](\\.\\./)*([^\">]*)[\">].*" "\\2" header "${line}")
+      set(height 0)
+      foreach(other IN LISTS layers)
+        string(FIND "${header}" "${other}/" at)
+        if(at EQUAL 0 AND height GREATER own)
+          list(APPEND bad "${source}: ${line}")
+        endif()
+        math(EXPR height "${height} + 1")
+      endforeach()
+      string(REGEX MATCH "^(Tests|Benchmarks|Listener)/" outside "${header}")
+      if(outside)
+        list(APPEND bad "${source}: ${line}")
+      endif()
+    endforeach()
+  endforeach()
+endforeach()
+# The hosts know the pane only as a plug-in.
+file(GLOB_RECURSE sources "${ROOT}/Hosts/*.h" "${ROOT}/Hosts/*.cpp")
+foreach(source IN LISTS sources)
+  file(STRINGS "${source}" includes REGEX "^[ \t]*#[ \t]*include[ \t]*\"Preference Pane/")
+  if(includes)
+    list(APPEND bad "${source}: ${includes}")
+  endif()
+endforeach()
+if(bad)
+  list(JOIN bad "\n  " text)
+  message(FATAL_ERROR "These includes go upward:\n  ${text}")
+endif()

@@ -1,0 +1,29 @@
+# SPDX-FileCopyrightText: 2026 Corvane
+# SPDX-License-Identifier: MIT
+# Tests run in a sandbox with a "/Library", "/Applications", "/Volumes" and home of their own.
+
+set(OSTREL_SANDBOX "${PROJECT_SOURCE_DIR}/Tests/Support/sandbox")
+
+# ostrel_test(NAME SOURCES... LIBRARIES... [AS user root] [SESSION_BUS] [X_SERVER])
+# Builds a Qt test and registers it once per account; the default is both accounts.
+function(ostrel_test name)
+  cmake_parse_arguments(arg "SESSION_BUS;X_SERVER" "" "SOURCES;LIBRARIES;AS" ${ARGN})
+  if(NOT arg_AS)
+    set(arg_AS user root)
+  endif()
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE TestSupport ${arg_LIBRARIES} Qt::Test)
+  set(options "")
+  if(arg_SESSION_BUS)
+    list(APPEND options --session-bus)
+  endif()
+  if(arg_X_SERVER)
+    list(APPEND options --x-server)
+  endif()
+  foreach(account IN LISTS arg_AS)
+    add_test(NAME ${name}.${account}
+      COMMAND "${OSTREL_SANDBOX}" --as ${account} --build "${PROJECT_BINARY_DIR}" ${options}
+              -- "$<TARGET_FILE:${name}>")
+    set_tests_properties(${name}.${account} PROPERTIES TIMEOUT 240)
+  endforeach()
+endfunction()

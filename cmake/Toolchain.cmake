@@ -1,0 +1,27 @@
+# SPDX-FileCopyrightText: 2026 Corvane
+# SPDX-License-Identifier: MIT
+# Language level, warnings, sanitizers and where things are built.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
+find_program(OSTREL_CCACHE ccache)
+if(OSTREL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${OSTREL_CCACHE}")
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+                    -Wconversion -Wsign-conversion -Wold-style-cast -Wimplicit-fallthrough)
+if(OSTREL_WARNINGS_AS_ERRORS)
+  add_compile_options(-Werror)
+endif()
+if(OSTREL_SANITIZE)
+  add_compile_options(-fsanitize=${OSTREL_SANITIZE} -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${OSTREL_SANITIZE})
+endif()
