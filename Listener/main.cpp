@@ -19,9 +19,9 @@ int main(int argc, char *argv[])
                        "network port and serves no remote control."));
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption statusOption(QStringLiteral("status"),
-                                          QStringLiteral("Report this word instead of \"Running\"."),
-                                          QStringLiteral("WORD"), QStringLiteral("Running"));
+    const QCommandLineOption statusOption(
+        QStringLiteral("status"), QStringLiteral("Report this word instead of \"Running\"."),
+        QStringLiteral("WORD"), QStringLiteral("Running"));
     parser.addOption(statusOption);
     parser.process(application);
 

@@ -13,7 +13,8 @@ void EmbossedLabel::setBackgroundStyle(BackgroundStyle style)
 void EmbossedLabel::paintEvent(QPaintEvent *event)
 {
     if (m_style == BackgroundStyle::Raised && isEnabled()) {
-        // Light falls from above: a bright lower edge on light backgrounds, a dark upper edge on dark.
+        // Light falls from above: a bright lower edge on light backgrounds, a dark upper edge on
+        // dark.
         const bool dark = palette().color(QPalette::Window).lightness() < 128;
         QColor edge(dark ? Qt::black : Qt::white);
         edge.setAlphaF(dark ? 0.6 : 0.8);

@@ -29,8 +29,8 @@ QVariantMap load();
 // ending in ".damaged".
 bool write(const QVariantMap &preferences);
 
-// The value as an integer, a real cut to one, beyond 64 bits the nearest that fits; nothing for what
-// is not a number or truth value. Text is no number.
+// The value as an integer, a real cut to one, beyond 64 bits the nearest that fits; nothing for
+// what is not a number or truth value. Text is no number.
 std::optional<qlonglong> number(const QVariant &value);
 
 // Kept on purpose: these two are off only at 0, whatever else is stored or missing ...

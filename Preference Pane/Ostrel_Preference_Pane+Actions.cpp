@@ -78,9 +78,8 @@ QString Ostrel_Preference_Pane::manualPath() const
 void Ostrel_Preference_Pane::showNotice(const QString &text)
 {
     const int side = m_ui->noticeLabel->fontMetrics().height() * 3 / 2;
-    m_ui->noticeIcon->setPixmap(m_mainView->style()
-                                    ->standardIcon(QStyle::SP_MessageBoxInformation)
-                                    .pixmap(side, side));
+    m_ui->noticeIcon->setPixmap(
+        m_mainView->style()->standardIcon(QStyle::SP_MessageBoxInformation).pixmap(side, side));
     m_ui->noticeLabel->setText(text);
     m_ui->noticeFrame->show();
 }
@@ -100,8 +99,8 @@ void Ostrel_Preference_Pane::userManual()
 
 void Ostrel_Preference_Pane::leaveFeedback()
 {
-    QDesktopServices::openUrl(QUrl(
-        QStringLiteral("http://support.corvane.com/ostrel/feedback/?app=ostrel_pref_pane")));
+    QDesktopServices::openUrl(
+        QUrl(QStringLiteral("http://support.corvane.com/ostrel/feedback/?app=ostrel_pref_pane")));
 }
 
 void Ostrel_Preference_Pane::gatherLogs()

@@ -75,7 +75,8 @@ void Ostrel_Preference_Pane::checkListenerVersion()
         QFileInfo::exists(jobFilePath())) {
         // The old version stays on record, so that a pane that can reload still sees the change.
         platform::consoleLog(
-            QStringLiteral("Reloading the listener of version %@ is not available yet"), lastVersion);
+            QStringLiteral("Reloading the listener of version %@ is not available yet"),
+            lastVersion);
         return;
     }
     if (version.isValid()) {

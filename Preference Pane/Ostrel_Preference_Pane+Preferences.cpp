@@ -26,7 +26,8 @@ int state(const QCheckBox *box)
 // Writes to the temporary folder and has an administrator move the file into place.
 bool writeWithAuthorization(const QVariantMap &preferences)
 {
-    const QString temporary = ZQLocalPaths::tempDirectory() + QLatin1Char('/') + names::listenerFile;
+    const QString temporary =
+        ZQLocalPaths::tempDirectory() + QLatin1Char('/') + names::listenerFile;
     if (!platform::writeDictionaryToFile(preferences, temporary)) {
         return false;
     }
@@ -44,14 +45,12 @@ void Ostrel_Preference_Pane::showPreferences(const QVariantMap &preferences)
 {
     m_ui->autoUpdateCheck->setChecked(keys::isOnUnlessZero(preferences, keys::autoUpdateCheck));
     m_ui->volFeedbackCheck->setChecked(keys::isOnUnlessZero(preferences, keys::volChangeFeedback));
-    m_ui->networkCustomPortCheck->setChecked(
-        keys::isOnOnlyAtOne(preferences, keys::customPortSet));
+    m_ui->networkCustomPortCheck->setChecked(keys::isOnOnlyAtOne(preferences, keys::customPortSet));
     const qlonglong port = keys::number(preferences.value(keys::customPort)).value_or(0);
     if (port > 0) {
         m_ui->networkCustomPortText->setText(QString::number(port));
     }
-    m_ui->networkDisableBonjour->setChecked(
-        keys::isOnOnlyAtOne(preferences, keys::disableBonjour));
+    m_ui->networkDisableBonjour->setChecked(keys::isOnOnlyAtOne(preferences, keys::disableBonjour));
     m_ui->securityConfirmConnections->setChecked(
         keys::isOnOnlyAtOne(preferences, keys::confirmConnections));
     m_ui->securityAllowOneConnection->setChecked(
@@ -81,9 +80,8 @@ void Ostrel_Preference_Pane::savePrefs()
     if (!keys::write(preferences) && !writeWithAuthorization(preferences)) {
         ZQAlert::alertSheetWithMessageText(
             QStringLiteral("Unable to write preferences"),
-            platform::format(
-                QStringLiteral("Please check the permissions for the directory %@."),
-                ZQLocalPaths::prefsDirectory(Domain::User)),
+            platform::format(QStringLiteral("Please check the permissions for the directory %@."),
+                             ZQLocalPaths::prefsDirectory(Domain::User)),
             m_mainView->window());
         return;
     }

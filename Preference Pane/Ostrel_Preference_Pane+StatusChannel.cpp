@@ -40,7 +40,8 @@ void Ostrel_Preference_Pane::startStatusPoll()
 {
     m_statusTimer = std::make_unique<QTimer>();
     m_statusTimer->setTimerType(Qt::PreciseTimer);
-    connect(m_statusTimer.get(), &QTimer::timeout, this, &Ostrel_Preference_Pane::fetchCurrentStatus);
+    connect(m_statusTimer.get(), &QTimer::timeout, this,
+            &Ostrel_Preference_Pane::fetchCurrentStatus);
     m_statusTimer->start(inPaneTime(pollInterval));
 }
 
@@ -74,9 +75,9 @@ void Ostrel_Preference_Pane::fetchCurrentStatus()
 
 void Ostrel_Preference_Pane::scheduleTimeOut(std::chrono::seconds interval)
 {
-    // The poll arms a time-out at the moment when the one of the poll before is due. Which of the two
-    // the event loop would take first is chance, so what is due fires first: else a listener that
-    // fell silent might never be noticed.
+    // The poll arms a time-out at the moment when the one of the poll before is due. Which of the
+    // two the event loop would take first is chance, so what is due fires first: else a listener
+    // that fell silent might never be noticed.
     if (m_messageTimer && m_messageTimer->remainingTimeAsDuration() <= dueTolerance()) {
         timedOut();
     }

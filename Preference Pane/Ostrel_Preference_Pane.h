@@ -18,9 +18,9 @@ class Ostrel_Preference_Pane;
 
 enum class ChangeSwitch { No, Yes };
 
-// The pane's controller: owns the controls, shows the listener's state, turns the master switch into
-// a start or stop of the listener and keeps its preferences file. Main thread, but for the methods
-// that say otherwise.
+// The pane's controller: owns the controls, shows the listener's state, turns the master switch
+// into a start or stop of the listener and keeps its preferences file. Main thread, but for the
+// methods that say otherwise.
 class Ostrel_Preference_Pane : public platform::PreferencePane {
     Q_OBJECT
 public:
@@ -44,8 +44,8 @@ public:
     void observeSwitch();
     /// enableDisableClient: starts or stops the listener on a worker, as the switch says.
     void enableDisableClient();
-    /// updateEnabledStatus: derives the switch from whether the listener is up (job file there, and a
-    /// status line that does not say otherwise), and the enabling of the controls.
+    /// updateEnabledStatus: derives the switch from whether the listener is up (job file there, and
+    /// a status line that does not say otherwise), and the enabling of the controls.
     void updateEnabledStatus(ChangeSwitch changeSwitch = ChangeSwitch::Yes);
     /// disableInterface disables the master switch and nothing else.
     void disableInterface();

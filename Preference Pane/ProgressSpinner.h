@@ -5,8 +5,8 @@
 #include <QTimer>
 #include <QWidget>
 
-// A small turning progress indicator. Invisible, and without a running timer, while it stands still;
-// its place in the layout stays.
+// A small turning progress indicator. Invisible, and without a running timer, while it stands
+// still; its place in the layout stays.
 class ProgressSpinner : public QWidget {
     Q_OBJECT
 public:

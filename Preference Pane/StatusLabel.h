@@ -4,9 +4,9 @@
 
 #include <QLabel>
 
-// A one-line label for text from outside: never wider than its place, however long the text is; what
-// does not fit is cut with an ellipsis and shown in the tool tip. Line breaks and other control
-// characters are painted as spaces. text() is always the whole text.
+// A one-line label for text from outside: never wider than its place, however long the text is;
+// what does not fit is cut with an ellipsis and shown in the tool tip. Line breaks and other
+// control characters are painted as spaces. text() is always the whole text.
 class StatusLabel : public QLabel {
     Q_OBJECT
 public:

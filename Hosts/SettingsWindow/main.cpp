@@ -51,8 +51,8 @@ int main(int argc, char *argv[])
         QStringLiteral("Write a picture of the pane to this PNG file and leave."),
         QStringLiteral("FILE"));
     const QCommandLineOption pageOption(
-        QStringLiteral("page"),
-        QStringLiteral("Open this page: general, network or security."), QStringLiteral("NAME"));
+        QStringLiteral("page"), QStringLiteral("Open this page: general, network or security."),
+        QStringLiteral("NAME"));
     parser.addOptions({paneOption, screenshotOption, pageOption});
     parser.process(application);
     if (!parser.positionalArguments().isEmpty()) {
@@ -61,16 +61,16 @@ int main(int argc, char *argv[])
                     badUsage);
     }
 
-    const QString path =
-        parser.isSet(paneOption)
-            ? QDir(parser.value(paneOption)).absolutePath()
-            : platform::findPreferencePane(QStringLiteral("Ostrel.prefPane"),
-                                           QApplication::applicationFilePath(),
-                                           QStringLiteral(OSTREL_PANE_FOLDER));
+    const QString path = parser.isSet(paneOption)
+                             ? QDir(parser.value(paneOption)).absolutePath()
+                             : platform::findPreferencePane(QStringLiteral("Ostrel.prefPane"),
+                                                            QApplication::applicationFilePath(),
+                                                            QStringLiteral(OSTREL_PANE_FOLDER));
     if (path.isNull()) {
-        return fail(QStringLiteral("Ostrel.prefPane was found neither beside this program nor in %1")
-                        .arg(QStringLiteral(OSTREL_PANE_FOLDER)),
-                    failed);
+        return fail(
+            QStringLiteral("Ostrel.prefPane was found neither beside this program nor in %1")
+                .arg(QStringLiteral(OSTREL_PANE_FOLDER)),
+            failed);
     }
     auto loaded = platform::loadPreferencePane(path);
     if (!loaded.pane) {
@@ -79,10 +79,10 @@ int main(int argc, char *argv[])
 
     SettingsWindow window(std::move(loaded.pane));
     if (parser.isSet(pageOption) && !window.pane().showPage(parser.value(pageOption))) {
-        return fail(QStringLiteral("there is no page \"%1\"; the pages are %2")
-                        .arg(parser.value(pageOption),
-                             window.pane().pages().join(QStringLiteral(", "))),
-                    badUsage);
+        return fail(
+            QStringLiteral("there is no page \"%1\"; the pages are %2")
+                .arg(parser.value(pageOption), window.pane().pages().join(QStringLiteral(", "))),
+            badUsage);
     }
     window.show();
     if (!parser.isSet(screenshotOption)) {

@@ -4,12 +4,12 @@
 
 #include "Platform/PreferencePaneLoader.h"
 
-#include <KPluginFactory>
-
 #include <QLabel>
 #include <QVBoxLayout>
 
 #include <dlfcn.h>
+
+#include <KPluginFactory>
 
 K_PLUGIN_CLASS_WITH_JSON(KcmOstrel, "kcm_ostrel.json")
 
@@ -32,9 +32,11 @@ KcmOstrel::KcmOstrel(QWidget *parent, const QVariantList &args) : KCModule(paren
     const QString folder = QStringLiteral(OSTREL_PANE_FOLDER);
     const QString path =
         platform::findPreferencePane(QStringLiteral("Ostrel.prefPane"), modulePath(), folder);
-    auto loaded = path.isNull() ? platform::LoadedPreferencePane{nullptr,
-                                      tr("Ostrel.prefPane is not installed in %1.").arg(folder)}
-                                : platform::loadPreferencePane(path);
+    auto loaded =
+        path.isNull()
+            ? platform::LoadedPreferencePane{nullptr, tr("Ostrel.prefPane is not installed in %1.")
+                                                          .arg(folder)}
+            : platform::loadPreferencePane(path);
     if (!loaded.pane) {
         auto *error = new QLabel(loaded.error, this);
         error->setTextFormat(Qt::PlainText);

@@ -5,11 +5,10 @@
 #include "Platform/PreferencePane.h"
 
 #include <KCModule>
-
 #include <memory>
 
-// The pane as a module of KDE System Settings. Every change is saved at once, so there is nothing to
-// apply or reset.
+// The pane as a module of KDE System Settings. Every change is saved at once, so there is nothing
+// to apply or reset.
 class KcmOstrel : public KCModule {
     Q_OBJECT
 public:
