@@ -7,10 +7,9 @@
 #include <QStringView>
 #include <QVarLengthArray>
 
-#include <locale.h>
-
 #include <algorithm>
 #include <array>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -33,12 +32,84 @@ struct Directive {
     int width = 0;
     int precision = -1; // none
     int shortness = 0;  // how many "h"
+    bool isLong = false;
     char16_t conversion = 0;
 };
 
-bool contains(std::u16string_view characters, char16_t character)
+bool isLength(char16_t letter)
 {
-    return character != 0 && characters.find(character) != std::u16string_view::npos;
+    return letter == u'l' || letter == u'h' || letter == u'z' || letter == u'q' || letter == u'L' ||
+           letter == u'j' || letter == u't';
+}
+
+bool isConversion(char16_t letter)
+{
+    switch (letter) {
+    case u'@':
+    case u's':
+    case u'd':
+    case u'i':
+    case u'u':
+    case u'o':
+    case u'x':
+    case u'X':
+    case u'f':
+    case u'F':
+    case u'e':
+    case u'E':
+    case u'g':
+    case u'G':
+    case u'a':
+    case u'A':
+    case u'c':
+    case u'p':
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isSigned(char16_t conversion)
+{
+    return conversion == u'd' || conversion == u'i';
+}
+
+// The number as C shows it under this directive.
+WholeNumber fitted(const WholeNumber &number, const Directive &directive)
+{
+    const auto bits = number.negative ? 0 - number.magnitude : number.magnitude;
+    if (directive.shortness > 0) {
+        const quint64 top = directive.shortness > 1 ? 0x80 : 0x8000;
+        const auto low = bits & (2 * top - 1);
+        const bool negative = isSigned(directive.conversion) && (low & top) != 0;
+        return {negative ? 2 * top - low : low, negative};
+    }
+    if (!number.negative || isSigned(directive.conversion)) {
+        return number;
+    }
+    // Two's complement: in 32 bits where the number was an int in C.
+    const bool isInt = !directive.isLong && number.magnitude <= 0x80000000U;
+    return {isInt ? bits & 0xFFFFFFFFU : bits, false};
+}
+
+// The digits before end; where they begin. None for 0.
+char16_t *writeDigits(char16_t *end, quint64 number, char16_t conversion)
+{
+    if (conversion == u'o') {
+        for (; number != 0; number >>= 3U) {
+            *--end = static_cast<char16_t>(u'0' + (number & 7U));
+        }
+    } else if (conversion == u'x' || conversion == u'X' || conversion == u'p') {
+        const auto *const digits = conversion == u'X' ? u"0123456789ABCDEF" : u"0123456789abcdef";
+        for (; number != 0; number >>= 4U) {
+            *--end = digits[number & 15U];
+        }
+    } else {
+        for (; number != 0; number /= 10) {
+            *--end = static_cast<char16_t>(u'0' + number % 10);
+        }
+    }
+    return end;
 }
 
 bool isText(const Value &value)
@@ -129,11 +200,17 @@ qsizetype Formatter::parse(qsizetype position, Directive &directive)
         ++position;
         directive.precision = std::max(-1, parseNumber(position));
     }
-    for (; contains(u"hlqLjzt", at(position)); ++position) {
-        directive.shortness += at(position) == u'h' ? 1 : 0;
+    for (; isLength(at(position)); ++position) {
+        if (at(position) == u'h') {
+            ++directive.shortness;
+        } else {
+            directive.isLong = true;
+        }
     }
-    if (at(position) == u'%' ? position == start : contains(u"@sdiuxXofFeEgGaAcp", at(position))) {
-        directive.conversion = at(position++);
+    const auto conversion = at(position);
+    if (conversion == u'%' ? position == start : isConversion(conversion)) {
+        directive.conversion = conversion;
+        ++position;
     }
     return position;
 }
@@ -177,7 +254,7 @@ int Formatter::parseNumber(qsizetype &position)
         return number && number->negative ? -magnitude : magnitude;
     }
     int number = 0;
-    for (; contains(u"0123456789", at(position)); ++position) {
+    for (; at(position) >= u'0' && at(position) <= u'9'; ++position) {
         number = std::min(mostWidth, number * 10 + (at(position) - u'0'));
     }
     return number;
@@ -215,48 +292,30 @@ void Formatter::convert(const Directive &directive, const Value &value)
 
 bool Formatter::convertWholeNumber(const Directive &directive, const Value &value)
 {
-    auto number = wholeNumberOf(value);
-    if (!number) {
+    const auto given = wholeNumberOf(value);
+    if (!given) {
         return false;
     }
+    const auto number = fitted(*given, directive);
     const auto conversion = directive.conversion;
-    const bool isSigned = conversion == u'd' || conversion == u'i';
-    if (directive.shortness > 0) {
-        const auto bits = number->negative ? 0 - number->magnitude : number->magnitude;
-        const auto low = directive.shortness > 1 ? bits & 0xFFU : bits & 0xFFFFU;
-        const auto top = directive.shortness > 1 ? 0x80U : 0x8000U;
-        number->negative = isSigned && (low & top) != 0;
-        number->magnitude = number->negative ? 2 * top - low : low;
-    } else if (number->negative && !isSigned) {
-        // Two's complement in 32 bits where that holds the number, as for an int in C.
-        const auto bits = 0 - number->magnitude;
-        number->magnitude = number->magnitude <= 0x80000000U ? bits & 0xFFFFFFFFU : bits;
-        number->negative = false;
-    }
-
-    const bool isHex = conversion == u'x' || conversion == u'X' || conversion == u'p';
-    const quint64 base = isHex ? 16 : conversion == u'o' ? 8 : 10;
-    const auto *const digits = conversion == u'X' ? u"0123456789ABCDEF" : u"0123456789abcdef";
     std::array<char16_t, 24> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init)
-    auto *const end = buffer.data() + buffer.size();
-    auto *first = end;
-    for (auto rest = number->magnitude; rest != 0; rest /= base) {
-        *--first = digits[rest % base];
-    }
-    int zeros = std::max(0, std::max(directive.precision, directive.precision < 0 ? 1 : 0) -
-                                static_cast<int>(end - first));
+    const auto *const end = buffer.data() + buffer.size();
+    const auto *const first =
+        writeDigits(buffer.data() + buffer.size(), number.magnitude, conversion);
+    int zeros = std::max(0, std::abs(directive.precision) - static_cast<int>(end - first));
     if (conversion == u'o' && directive.alternate && zeros == 0) {
         zeros = 1;
     }
 
     QStringView prefix;
-    if (isHex && (conversion == u'p' || (directive.alternate && number->magnitude != 0))) {
-        prefix = conversion == u'X' ? u"0X" : u"0x";
-    } else if (isSigned) {
-        prefix = number->negative  ? u"-"
-                 : directive.plus  ? u"+"
-                 : directive.space ? u" "
-                                   : QStringView();
+    if (number.negative) {
+        prefix = u"-";
+    } else if (isSigned(conversion)) {
+        prefix = directive.plus ? u"+" : directive.space ? u" " : QStringView();
+    } else if (conversion == u'p' || (directive.alternate && number.magnitude != 0)) {
+        prefix = conversion == u'X'                         ? u"0X"
+                 : conversion == u'x' || conversion == u'p' ? u"0x"
+                                                            : QStringView();
     }
     auto field = directive;
     field.zero = directive.zero && directive.precision < 0;
@@ -271,7 +330,7 @@ bool Formatter::convertReal(const Directive &directive, const Value &value)
         return false;
     }
     // The C library knows how, but must not take the decimal point from the user's locale.
-    static const auto cLocale = ::newlocale(LC_ALL_MASK, "C", nullptr);
+    static auto *const cLocale = ::newlocale(LC_ALL_MASK, "C", nullptr);
     std::array<char, 16> pattern{};
     auto *end = pattern.data();
     *end++ = '%';
@@ -288,7 +347,7 @@ bool Formatter::convertReal(const Directive &directive, const Value &value)
     }
     // Sign, 309 digits, point and decimals.
     std::array<char, mostWidth + 320> text; // NOLINT(cppcoreguidelines-pro-type-member-init)
-    const auto previous = ::uselocale(cLocale);
+    auto *const previous = ::uselocale(cLocale);
     const auto size = std::snprintf(text.data(), text.size(), pattern.data(), directive.width,
                                     directive.precision, *number);
     ::uselocale(previous);
@@ -335,7 +394,9 @@ void Formatter::convertText(const Directive &directive, const Value &value)
 
 void Formatter::append(QStringView text)
 {
-    m_output.append(text.utf16(), static_cast<int>(text.size()));
+    if (!text.isEmpty()) {
+        m_output.append(text.utf16(), static_cast<int>(text.size()));
+    }
 }
 
 void Formatter::appendTimes(char16_t character, int times)
