@@ -16,25 +16,31 @@ AlertWatcher::AlertWatcher(Act act) : m_act(std::move(act))
 
 void AlertWatcher::look()
 {
-    auto *alert = visibleAlert();
-    if (alert == nullptr || m_seen.contains(alert)) {
-        return;
+    for (auto *alert : visibleAlerts()) {
+        if (!m_seen.contains(alert)) {
+            m_seen << alert;
+            ++m_count;
+            m_act(*alert);
+            return; // the others may be gone now
+        }
     }
-    m_seen << alert;
-    ++m_count;
-    m_act(*alert);
+}
+
+QList<platform::AlertPanel *> visibleAlerts()
+{
+    QList<platform::AlertPanel *> found;
+    for (auto *widget : QApplication::topLevelWidgets()) {
+        auto *alert = qobject_cast<platform::AlertPanel *>(widget);
+        if (alert != nullptr && alert->isVisible()) {
+            found << alert;
+        }
+    }
+    return found;
 }
 
 platform::AlertPanel *visibleAlert()
 {
-    platform::AlertPanel *found = nullptr;
-    for (auto *widget : QApplication::topLevelWidgets()) {
-        auto *alert = qobject_cast<platform::AlertPanel *>(widget);
-        if (alert != nullptr && alert->isVisible()) {
-            found = alert;
-        }
-    }
-    return found;
+    return visibleAlerts().value(0);
 }
 
 void click(platform::AlertPanel &alert, const char *button)

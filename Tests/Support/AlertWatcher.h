@@ -30,7 +30,8 @@ private:
     int m_count = 0;
 };
 
-// The alert that is on the screen, null where there is none.
+// The alerts that are on the screen, in no order; one of them, or null where there is none.
+QList<platform::AlertPanel *> visibleAlerts();
 platform::AlertPanel *visibleAlert();
 
 // Clicks the middle of the button with that object name: "defaultButton", "alternateButton",
