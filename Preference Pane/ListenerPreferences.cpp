@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Preference Pane/ListenerPreferences.h"
 
+#include "Platform/DamagedPropertyList.h"
 #include "Platform/PropertyList.h"
 #include "Preference Pane/OstrelNames.h"
 #include "Shared/ZQLocalPaths.h"
