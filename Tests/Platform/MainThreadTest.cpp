@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Platform/MainThread.h"
+
 #include "Platform/WorkerThreads.h"
 
 #include <QElapsedTimer>
