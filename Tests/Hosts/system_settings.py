@@ -25,25 +25,29 @@ def main():
     os.makedirs(os.path.dirname(PREFERENCES), exist_ok=True)
     with open(JOB, "wb"):
         pass
+    # A listener of this name runs and its job is installed, so the pane opens with "Running".
+    listener = desktop.start([f"{build}/Ostrel.prefPane/Contents/MacOS/OstrelListener"])
+    requests = subprocess.Popen(["dbus-monitor", "--session",
+                                 "member='Posted',arg0='ZQOstrelClientCurrentStatus'"],
+                                stdout=subprocess.PIPE, text=True)
     host = desktop.start([PROGRAM, "kcm_ostrel"], QT_PLUGIN_PATH=f"{build}/plugins",
                          XDG_CURRENT_DESKTOP="KDE")
-    window = desktop.Application(PROGRAM)
-    window.wait_for_label("Status: Not loaded")
-    window.click("Show feedback when the volume changes")
+    desktop.Application(PROGRAM).wait_for_label("Status: Running")
+    for line in requests.stdout:  # until the pane has asked the listener
+        if "ZQOstrelClientCurrentStatus" in line:
+            break
+    desktop.press("Ostrel", "alt+f")  # "Show feedback when the volume changes"
     desktop.wait_until(
         lambda: desktop.property_list(PREFERENCES).get("volChangeFeedback") == 0,
         "the changed setting in the preferences file")
-    desktop.sleep_past_loading()
-    stand_in = desktop.start([f"{build}/Ostrel.prefPane/Contents/MacOS/OstrelListener",
-                              "--status", "Serving Ann"])
-    window.wait_for_label("Status: Serving Ann")
     desktop.screenshot(picture)
     print(f"  {picture}")
     if host.poll() is not None:
         raise AssertionError(f"{PROGRAM} ended with {host.returncode}")
+    listener.terminate()
+    requests.terminate()
     # Closing the module takes the pane down while its poll and observers are alive.
-    stand_in.terminate()
-    desktop.quit_with_key(window, "Escape")
+    desktop.press("Ostrel", "Escape")
     desktop.wait_until(lambda: host.poll() is not None, f"{PROGRAM} to close")
     if host.returncode != 0:
         raise AssertionError(f"{PROGRAM} ended with {host.returncode}")
