@@ -17,7 +17,8 @@ public:
     // The bundle of the running program.
     static Bundle main();
 
-    // The bundle whose program or plug-in holds this address; the main bundle for the program's own.
+    // The bundle whose program or plug-in holds this address; the main bundle for the program's
+    // own.
     static Bundle containing(const void *address);
 
     bool isNull() const { return m_path.isNull(); }

@@ -12,7 +12,8 @@ namespace platform {
 void consoleLine(const QString &text);
 
 // NSLog: formats as platform::format() and writes a console line.
-template <typename... Arguments> void consoleLog(const QString &text, const Arguments &...arguments)
+template <typename... Arguments>
+void consoleLog(const QString &text, const Arguments &...arguments)
 {
     consoleLine(format(text, arguments...));
 }

@@ -15,7 +15,9 @@ namespace platform {
 inline const QString applicationWillTerminateNotification =
     QStringLiteral("NSApplicationWillTerminateNotification");
 
-// Notifications inside this process, delivered at once on the poster's thread.
+// Notifications inside this process, delivered at once on the poster's thread, in the order in
+// which the observers were added. Any thread. An observer that is added during a post hears the
+// next one.
 class NotificationCenter {
 public:
     using Handler = std::function<void(const Notification &)>;
@@ -24,7 +26,10 @@ public:
     static NotificationCenter &defaultCenter();
 
     Observer addObserver(const QString &name, Handler handler);
+
+    // No call begins after this has returned; one that runs on another thread may still end later.
     void removeObserver(Observer observer);
+
     void post(const Notification &notification);
 
 private:

@@ -19,8 +19,8 @@ public:
     // The bundle that the pane was loaded from.
     const Bundle &bundle() const { return m_bundle; }
 
-    // Makes the view, then calls mainViewDidLoad(). Called once by the host, which owns the view from
-    // then on; the pane outlives it or forgets it.
+    // Makes the view, then calls mainViewDidLoad(). Called once by the host, which owns the view
+    // from then on; the pane outlives it or forgets it.
     virtual QWidget *loadMainView(QWidget *parent) = 0;
 
     // Called once when the view is there.
@@ -44,7 +44,8 @@ public:
     PreferencePanePlugin(const PreferencePanePlugin &) = delete;
     PreferencePanePlugin &operator=(const PreferencePanePlugin &) = delete;
 
-    // Makes an object of the bundle's "NSPrincipalClass"; the caller owns it. Null for another name.
+    // Makes an object of the bundle's "NSPrincipalClass"; the caller owns it. Null for another
+    // name.
     virtual PreferencePane *createPane(const QString &principalClass, const Bundle &bundle) = 0;
 };
 

@@ -4,9 +4,9 @@
 
 #include <QString>
 
-#include <functional>
-
 #include <sys/types.h>
+
+#include <functional>
 
 namespace platform {
 
@@ -20,8 +20,8 @@ public:
 
     pid_t pid() const { return m_pid; }
 
-    // "CFBundleExecutable": the executable's full path. "CFBundleName": its bundle's name, null where
-    // there is none. Null for any other key.
+    // "CFBundleExecutable": the executable's full path. "CFBundleName": its bundle's name, null
+    // where there is none. Null for any other key.
     QString value(const QString &key) const;
 
     // The executable's path as the system has it, without a copy.
@@ -33,7 +33,8 @@ private:
 };
 
 // Calls visit for each process whose executable this user may know, until it returns true. Returns
-// whether it did. A program that was replaced or deleted while it runs is listed under its old path.
+// whether it did. A program that was replaced or deleted while it runs is listed under its old
+// path.
 bool findProcess(const std::function<bool(const ProcessInformation &)> &visit);
 
 } // namespace platform

@@ -7,8 +7,8 @@
 #include <optional>
 
 // Property lists, XML and binary, as QVariant: dictionaries are QVariantMap, arrays QVariantList,
-// text QString, data QByteArray, dates QDateTime (UTC), integers qlonglong (qulonglong where they do
-// not fit), reals double, truth values bool.
+// text QString, data QByteArray, dates QDateTime (UTC), integers qlonglong (qulonglong where they
+// do not fit), reals double, truth values bool.
 namespace platform {
 
 // The value of a property list in any format; nothing when the bytes are not one.

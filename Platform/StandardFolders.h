@@ -23,8 +23,8 @@ enum class SearchPathDirectory {
 
 enum SearchPathDomain : unsigned { UserDomain = 1, LocalDomain = 2, SystemDomain = 8 };
 
-// NSSearchPathForDirectoriesInDomains with the tilde expanded: the folders of that kind, user domain
-// first. Empty where there is none. For root the user domain lies under "/var/root".
+// NSSearchPathForDirectoriesInDomains with the tilde expanded: the folders of that kind, user
+// domain first. Empty where there is none. For root the user domain lies under "/var/root".
 QStringList searchPathForDirectories(SearchPathDirectory directory, unsigned domains);
 
 // True when the real user id is 0.
@@ -39,8 +39,8 @@ QString homeDirectoryForUser(const QString &name);
 // Name of the process's account.
 QString userName();
 
-// Who sits at the console (seat0): the account's name, "loginwindow" at the login screen, null where
-// nobody is.
+// Who sits at the console (seat0): the account's name, "loginwindow" at the login screen, null
+// where nobody is.
 QString consoleUser();
 
 // The folder for temporary files, without a trailing slash.

@@ -12,7 +12,8 @@ class UserDefaults {
 public:
     static UserDefaults &standardUserDefaults();
 
-    // The value at a key path ("a.b" is the key "b" of the dictionary at "a"); invalid where absent.
+    // The value at a key path ("a.b" is the key "b" of the dictionary at "a"); invalid where
+    // absent.
     QVariant valueForKeyPath(const QString &keyPath) const;
 
     // Sets the value, keeping all others, and writes the file at once. False when that failed.
