@@ -38,7 +38,9 @@ QString textFromUtf8(std::string_view utf8)
         marks += QChar(0xFEFF);
         utf8.remove_prefix(mark.size());
     }
-    auto text = QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
+    // Without bytes Qt makes a null text, which is another thing than an empty one.
+    auto text = utf8.empty() ? QString(QLatin1String(""))
+                             : QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
     return marks.isEmpty() ? text : marks + text;
 }
 
@@ -94,9 +96,10 @@ std::optional<QDateTime> dateFromText(std::string_view text)
             return std::nullopt;
         }
     }
-    const QDateTime date(QDate(numbers[0], numbers[1], numbers[2]),
-                         QTime(numbers[3], numbers[4], numbers[5]), Qt::UTC);
-    return date.isValid() ? std::optional(date) : std::nullopt;
+    const QDate day(numbers[0], numbers[1], numbers[2]);
+    const QTime time(numbers[3], numbers[4], numbers[5]);
+    return day.isValid() && time.isValid() ? std::optional(QDateTime(day, time, Qt::UTC))
+                                           : std::nullopt;
 }
 
 std::optional<QByteArray> dataFromText(std::string_view text)
