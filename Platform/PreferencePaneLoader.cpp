@@ -38,10 +38,8 @@ QString reasonFor(const QPluginLoader &loader, const QString &path)
     if (version != 0 && (version >> 16 != QT_VERSION_MAJOR || version > QT_VERSION)) {
         return sentence("The preference pane's program “%1” was built for Qt %2.%3, but this "
                         "application runs with Qt %4.")
-            .arg(path)
-            .arg(version >> 16)
-            .arg(version >> 8 & 0xFF)
-            .arg(running);
+            .arg(path, QString::number(version >> 16), QString::number(version >> 8 & 0xFF),
+                 running);
     }
     return sentence("The preference pane's program “%1” could not be loaded: %2")
         .arg(path, loader.errorString());

@@ -17,4 +17,8 @@ constexpr int maximumDepth = 512;
 // Values in all: as many as the XML form can hold, of the shortest kind, "<true/>".
 constexpr qint64 maximumValues = maximumSize / 7;
 
+// Dates: far beyond the platform's "distant future", far before QDateTime ends.
+constexpr int earliestYear = 1;
+constexpr int latestYear = 99999;
+
 } // namespace platform::propertylist

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/PropertyListScalars.h"
 
+#include "Platform/PropertyListLimits.h"
+
 #include <QDateTime>
 
 #include <array>
@@ -25,6 +27,11 @@ bool parse(std::string_view text, Number &number, Format... format)
 bool parseDigits(std::string_view text, int &number)
 {
     return text.substr(0, 1) != "-" && parse(text, number);
+}
+
+bool isInRange(const QDate &day)
+{
+    return day.year() >= earliestYear && day.year() <= latestYear;
 }
 
 } // namespace
@@ -98,8 +105,9 @@ std::optional<QDateTime> dateFromText(std::string_view text)
     }
     const QDate day(numbers[0], numbers[1], numbers[2]);
     const QTime time(numbers[3], numbers[4], numbers[5]);
-    return day.isValid() && time.isValid() ? std::optional(QDateTime(day, time, Qt::UTC))
-                                           : std::nullopt;
+    return day.isValid() && isInRange(day) && time.isValid()
+               ? std::optional(QDateTime(day, time, Qt::UTC))
+               : std::nullopt;
 }
 
 std::optional<QByteArray> dataFromText(std::string_view text)
@@ -132,7 +140,7 @@ QByteArray textFromReal(double real)
 QByteArray textFromDate(const QDateTime &date)
 {
     const auto utc = date.toUTC();
-    if (!utc.isValid() || utc.date().year() < 1) {
+    if (!utc.isValid() || !isInRange(utc.date())) {
         return {};
     }
     return QByteArray::number(utc.date().year()).rightJustified(4, '0') +

@@ -97,6 +97,7 @@ void PropertyListBinaryReadingTest::aNumberThatIsNoneAndADateThatIsNone()
     QCOMPARE(object(hex("337FF0000000000000")), QVariant());
     QCOMPARE(object(hex("337FEFFFFFFFFFFFFF")), QVariant());
     QCOMPARE(object(hex("33C24CF7F01E400000")), QVariant()); // before year 1
+    QCOMPARE(object(hex("3342874876E8000000")), QVariant()); // after year 99999
 }
 
 void PropertyListBinaryReadingTest::countsFrom15OnStandInAnInteger()

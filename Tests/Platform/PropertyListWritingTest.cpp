@@ -109,7 +109,7 @@ void PropertyListWritingTest::everyKindOfValueIsReadBackAsItWas_data()
     row("data", QByteArray("\0\xFF\0<>", 5));
     row("date", QDateTime({2026, 1, 31}, {23, 59, 59}, Qt::UTC));
     row("first date", QDateTime({1, 1, 1}, {0, 0, 0}, Qt::UTC));
-    row("late date", QDateTime({123456, 12, 31}, {23, 59, 59}, Qt::UTC));
+    row("late date", QDateTime({99999, 12, 31}, {23, 59, 59}, Qt::UTC));
     row("empty array", QVariantList());
     row("empty dictionary", QVariantMap());
     row("empty key", QVariantMap{{QString(QLatin1String("")), true}});
@@ -206,6 +206,7 @@ void PropertyListWritingTest::whatIsNoPropertyListIsNotWritten_data()
     QTest::newRow("address") << QVariant(QUrl(QStringLiteral("http://example.org")));
     QTest::newRow("character") << QVariant(QLatin1Char('a'));
     QTest::newRow("date that is none") << QVariant(QDateTime());
+    QTest::newRow("date after year 99999") << QVariant(QDateTime({100000, 1, 1}, {0, 0}, Qt::UTC));
     QTest::newRow("date before year 1") << QVariant(QDateTime({-1, 1, 1}, {0, 0}, Qt::UTC));
 }
 
