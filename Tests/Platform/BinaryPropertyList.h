@@ -24,9 +24,9 @@ public:
     }
 
     // An object whose marker says how many pieces follow.
-    static QByteArray counted(int kind, int count, const QByteArray &content)
+    static QByteArray counted(int kind, qsizetype count, const QByteArray &content)
     {
-        const auto low = count < 15 ? count : 15;
+        const auto low = static_cast<int>(count < 15 ? count : 15);
         QByteArray bytes(1, static_cast<char>(kind << 4 | low));
         if (low == 15) {
             bytes += char(0x12) + number(static_cast<quint64>(count), 4);
@@ -43,7 +43,7 @@ public:
         for (const auto reference : references) {
             content += number(static_cast<quint64>(reference), referenceSize);
         }
-        const auto size = static_cast<int>(references.size());
+        const qsizetype size = references.size();
         return counted(kind, kind == 0xD ? size / 2 : size, content);
     }
 

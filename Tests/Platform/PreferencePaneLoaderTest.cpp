@@ -186,8 +186,9 @@ void PreferencePaneLoaderTest::aPluginForAnotherQtIsNamedWithBothVersions()
     QFile file(m_program);
     QVERIFY(file.open(QIODevice::ReadWrite));
     auto bytes = file.readAll();
-    // The mark of Qt's information, one byte for its form, then the version.
-    const QByteArray mark("QTMETADATA !");
+    // The mark of Qt's information, of Qt 5 or 6, one byte for its form, then the version.
+    const QByteArray older("QTMETADATA !");
+    const auto mark = bytes.contains(older) ? older : QByteArray("qt-project!", 12);
     const auto at = static_cast<int>(bytes.indexOf(mark) + mark.size()) + 1;
     QVERIFY(at > mark.size());
     bytes[at] = 9;

@@ -204,7 +204,7 @@ void PropertyListWritingTest::whatIsNoPropertyListIsNotWritten_data()
     QTest::addColumn<QVariant>("value");
     QTest::newRow("nothing") << QVariant();
     QTest::newRow("address") << QVariant(QUrl(QStringLiteral("http://example.org")));
-    QTest::newRow("character") << QVariant(QLatin1Char('a'));
+    QTest::newRow("character") << QVariant(QChar(0x61));
     QTest::newRow("date that is none") << QVariant(QDateTime());
     QTest::newRow("date after year 99999") << QVariant(QDateTime({100000, 1, 1}, {0, 0}, Qt::UTC));
     QTest::newRow("date before year 1") << QVariant(QDateTime({-1, 1, 1}, {0, 0}, Qt::UTC));
