@@ -37,7 +37,7 @@ Bundle Bundle::containing(const void *address)
     // need not be a path.
     if (object != nullptr && object->l_name != nullptr && *object->l_name != '\0') {
         const auto file = QFileInfo(QFile::decodeName(object->l_name)).absoluteFilePath();
-        const auto bundle = ofProgram(file);
+        auto bundle = ofProgram(file);
         if (!bundle.isNull()) {
             return bundle;
         }

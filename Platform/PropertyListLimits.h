@@ -9,7 +9,7 @@
 namespace platform::propertylist {
 
 // Bytes of a file or of the XML form.
-constexpr qint64 maximumSize = 64 * 1024 * 1024;
+constexpr qint64 maximumSize = qint64(64) * 1024 * 1024;
 
 // Containers inside one another.
 constexpr int maximumDepth = 512;

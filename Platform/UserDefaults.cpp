@@ -72,7 +72,7 @@ QVariant UserDefaults::valueForKeyPath(const QString &keyPath) const
     return value;
 }
 
-bool UserDefaults::setValueForKeyPath(const QVariant &value, const QString &keyPath)
+bool UserDefaults::setValueForKeyPath(const QVariant &value, const QString &keyPath) const
 {
     const auto path = filePath();
     auto values = dictionaryFromFile(path).value_or(QVariantMap());

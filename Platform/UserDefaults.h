@@ -17,7 +17,7 @@ public:
     QVariant valueForKeyPath(const QString &keyPath) const;
 
     // Sets the value, keeping all others, and writes the file at once. False when that failed.
-    bool setValueForKeyPath(const QVariant &value, const QString &keyPath);
+    bool setValueForKeyPath(const QVariant &value, const QString &keyPath) const;
 
     // Where the values are kept.
     QString filePath() const;
