@@ -114,8 +114,8 @@ void PropertyListBinaryReadingTest::containersAreRead()
 {
     BinaryPropertyList list;
     list.objects = {list.dictionary({1, 2, 3, 4}),
-                    list.text("a"),
-                    list.text("b"),
+                    BinaryPropertyList::text("a"),
+                    BinaryPropertyList::text("b"),
                     list.container({5, 6, 7}),
                     hex("1007"),
                     hex("09"),
@@ -133,7 +133,8 @@ void PropertyListBinaryReadingTest::containersAreRead()
 void PropertyListBinaryReadingTest::sharedObjectsAreReadOnce()
 {
     BinaryPropertyList list;
-    list.objects = {list.container({1, 1, 1}), list.container({2, 2}), list.text("shared")};
+    list.objects = {list.container({1, 1, 1}), list.container({2, 2}),
+                    BinaryPropertyList::text("shared")};
     const QVariantList inner{QStringLiteral("shared"), QStringLiteral("shared")};
     const QVariantList expected{QVariant(inner), QVariant(inner), QVariant(inner)};
     QCOMPARE(propertyListFromData(list.data()), QVariant(expected));
@@ -183,7 +184,7 @@ void PropertyListBinaryReadingTest::malformedObjectsAreNoPropertyList_data()
     row("count that is no integer", {hex("5F5161")});
     row("count of 16 bytes", {hex("5F1400000000000000000000000000000001") + "a"});
     row("array in itself", {list.container({0})});
-    row("dictionary in itself", {list.dictionary({1, 0}), list.text("a")});
+    row("dictionary in itself", {list.dictionary({1, 0}), BinaryPropertyList::text("a")});
     row("arrays in each other", {list.container({1}), list.container({0})});
     row("reference to no object", {list.container({1})});
     row("number as key", {list.dictionary({1, 1}), hex("1001")});
@@ -234,7 +235,7 @@ void PropertyListBinaryReadingTest::unsoundTrailersAreNoPropertyList()
 void PropertyListBinaryReadingTest::dataCutShortAnywhereAreNoPropertyList()
 {
     BinaryPropertyList list;
-    list.objects = {list.dictionary({1, 2}), list.text("a"), list.container({3, 4}),
+    list.objects = {list.dictionary({1, 2}), BinaryPropertyList::text("a"), list.container({3, 4}),
                     hex("23BFE0000000000000"), hex("6420ACD83CDFB9D800")};
     const auto whole = list.data();
     QVERIFY(propertyListFromData(whole));

@@ -6,8 +6,8 @@
 #include <QTest>
 
 #include <array>
-#include <memory>
 #include <random>
+#include <vector>
 
 using platform::propertyListFromData;
 using platform::propertyListToXml;
@@ -52,9 +52,9 @@ QByteArray binarySeed()
     list.offsetSize = 2;
     list.objects = {
         list.dictionary({1, 2, 3, 4, 5, 6}),
-        list.text("bundleids"),
-        list.text("keys"),
-        list.text("a key with more than fifteen letters"),
+        BinaryPropertyList::text("bundleids"),
+        BinaryPropertyList::text("keys"),
+        BinaryPropertyList::text("a key with more than fifteen letters"),
         list.container({7, 8, 9, 9, 9}),
         list.dictionary({1, 2, 10, 11}),
         list.container({4, 4, 12, 13, 14, 15, 16, 17, 18, 19, 20}),
@@ -189,10 +189,8 @@ void PropertyListFuzzTest::mutatedListsAreRefusedOrReadConsistently()
     for (auto i = 0; i < mutations; ++i) {
         const auto mutated = mutator.mutate(seed);
         // A copy of exactly this size, as QByteArray keeps a zero behind its bytes.
-        const auto size = static_cast<std::size_t>(mutated.size());
-        const auto exact = std::make_unique<char[]>(size);
-        std::copy(mutated.begin(), mutated.end(), exact.get());
-        const auto data = QByteArray::fromRawData(exact.get(), static_cast<int>(size));
+        const std::vector<char> exact(mutated.begin(), mutated.end());
+        const auto data = QByteArray::fromRawData(exact.data(), static_cast<int>(exact.size()));
         const auto value = propertyListFromData(data);
         if (!value || !value->isValid()) {
             continue;

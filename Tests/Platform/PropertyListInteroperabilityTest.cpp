@@ -34,7 +34,7 @@ QByteArray written(const Node &node, Writer writer)
     char *bytes = nullptr;
     uint32_t size = 0;
     writer(node.get(), &bytes, &size);
-    const QByteArray copy(bytes, static_cast<int>(size));
+    QByteArray copy(bytes, static_cast<int>(size));
     std::free(bytes);
     return copy;
 }

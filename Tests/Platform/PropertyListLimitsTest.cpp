@@ -116,7 +116,7 @@ void PropertyListLimitsTest::objectsThatUnfoldWithoutBoundAreRefused()
     for (auto i = 0; i < 200; ++i) {
         list.objects << list.container({i + 1, i + 1});
     }
-    list.objects << list.text("bomb");
+    list.objects << BinaryPropertyList::text("bomb");
     QElapsedTimer time;
     time.start();
     QVERIFY(!propertyListFromData(list.data()));
@@ -158,7 +158,7 @@ void PropertyListLimitsTest::theDeepestListIsReadAndWrittenOnASmallStack()
     // Many programs give their threads little. The size has to be set before the thread starts.
     pthread_attr_t attributes;
     QCOMPARE(::pthread_attr_init(&attributes), 0);
-    QCOMPARE(::pthread_attr_setstacksize(&attributes, 1024 * 1024), 0);
+    QCOMPARE(::pthread_attr_setstacksize(&attributes, std::size_t(1024) * 1024), 0);
     auto body = +[](void *result) -> void * {
         const auto fromXml = propertyListFromData(nestedDictionaries(maximumDepth));
         const auto fromBinary = propertyListFromData(nestedBinary(maximumDepth));
