@@ -8,6 +8,14 @@ namespace {
 
 const char inThisPlugin = 0;
 
+} // namespace
+
+#ifdef PANE_LACKS_A_FUNCTION
+extern "C" void functionThatNobodyHas();
+#endif
+
+namespace {
+
 // Its pages tell where it was loaded from.
 class PaneForTest : public platform::PreferencePane {
     Q_OBJECT
@@ -17,6 +25,9 @@ public:
     QWidget *loadMainView(QWidget *parent) override
     {
         auto *view = new QLabel(QStringLiteral("pane"), parent);
+#ifdef PANE_LACKS_A_FUNCTION
+        functionThatNobodyHas();
+#endif
         mainViewDidLoad();
         return view;
     }

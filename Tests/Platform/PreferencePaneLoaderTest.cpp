@@ -28,6 +28,7 @@ private Q_SLOTS:
     void aPluginThatIsNoPaneIsNamed();
     void aPluginForAnotherQtIsNamedWithBothVersions();
     void aPluginThatCannotBeLoadedIsNamedWithTheReason();
+    void aPluginThatLacksAFunctionIsNamedWithTheReason();
     void anUnknownClassIsNamed();
     void thePaneBesideABuildsProgramIsFoundFirst();
     void theInstalledPaneIsFoundWhereThereIsNoBuild();
@@ -220,6 +221,14 @@ void PreferencePaneLoaderTest::aPluginThatCannotBeLoadedIsNamedWithTheReason()
                                  .replace(QStringLiteral("%1"), m_program)),
              qUtf8Printable(text));
     QVERIFY2(text.contains(QStringLiteral("libmissin.so.6")), qUtf8Printable(text));
+}
+
+void PreferencePaneLoaderTest::aPluginThatLacksAFunctionIsNamedWithTheReason()
+{
+    makeBundle(QStringLiteral(BROKEN_PANE_FOR_TEST));
+    const auto text = error();
+    QVERIFY2(text.contains(m_program) && text.contains(QStringLiteral("functionThatNobodyHas")),
+             qUtf8Printable(text));
 }
 
 void PreferencePaneLoaderTest::anUnknownClassIsNamed()

@@ -13,10 +13,12 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <list>
 
 using platform::findProcess;
@@ -48,6 +50,7 @@ private Q_SLOTS:
     void aProgramThatWasReplacedIsListedUnderItsOldPath();
     void aProgramThatIsReallyCalledDeletedKeepsItsName();
     void aProcessThatHasEndedIsNotListed();
+    void aProcessThatMayNotBeLookedAtIsNotListed();
     void processesThatEndDuringTheWalkDoNoHarm();
 
 private:
@@ -163,6 +166,32 @@ void ProcessListTest::aProcessThatHasEndedIsNotListed()
     QVERIFY(QFileInfo::exists(QStringLiteral("/proc/%1/stat").arg(child))); // a zombie
     QVERIFY(!listed().contains(child));
     QCOMPARE(::waitpid(child, nullptr, 0), child);
+}
+
+void ProcessListTest::aProcessThatMayNotBeLookedAtIsNotListed()
+{
+    if (::geteuid() == 0) {
+        QSKIP("root may look at every process");
+    }
+    std::array<int, 2> ready{};
+    QCOMPARE(::pipe(ready.data()), 0);
+    const auto child = ::fork();
+    if (child == 0) {
+        // Such a process is closed to its own user as another user's is.
+        ::prctl(PR_SET_DUMPABLE, 0);
+        ::close(ready[1]);
+        ::pause();
+        ::_exit(0);
+    }
+    ::close(ready[1]);
+    char none = 0;
+    QCOMPARE(::read(ready[0], &none, 1), 0); // the other end is closed everywhere now
+    ::close(ready[0]);
+    const auto processes = listed();
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+    QVERIFY(!processes.contains(child));
+    QVERIFY(processes.contains(::getpid()));
 }
 
 void ProcessListTest::processesThatEndDuringTheWalkDoNoHarm()

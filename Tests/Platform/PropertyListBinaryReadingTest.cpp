@@ -41,6 +41,7 @@ private Q_SLOTS:
     void aNullAndAUid();
     void malformedObjectsAreNoPropertyList_data();
     void malformedObjectsAreNoPropertyList();
+    void contentsThatOverlapAreNoPropertyList();
     void unsoundTrailersAreNoPropertyList();
     void dataCutShortAnywhereAreNoPropertyList();
 };
@@ -190,15 +191,23 @@ void PropertyListBinaryReadingTest::malformedObjectsAreNoPropertyList_data()
     row("number as key", {list.dictionary({1, 1}), hex("1001")});
     row("array as key", {list.dictionary({1, 2}), list.container({}), hex("09")});
     row("dictionary with half of its references", {hex("D100"), hex("5161")});
-    row("contents that overlap",
-        {list.container({1, 2, 3}),
-         hex("5F101E") + hex("5F101B") + hex("5F1018") + QByteArray(40, 'a')});
 }
 
 void PropertyListBinaryReadingTest::malformedObjectsAreNoPropertyList()
 {
     QFETCH(QByteArray, data);
     QVERIFY(!propertyListFromData(data));
+}
+
+void PropertyListBinaryReadingTest::contentsThatOverlapAreNoPropertyList()
+{
+    // Each text would run through the following objects to the last letters.
+    BinaryPropertyList list;
+    list.objects = {list.container({1, 2, 3}), hex("5F101E"), hex("5F101B"),
+                    hex("5F1018") + QByteArray(24, 'a')};
+    QVERIFY(!propertyListFromData(list.data()));
+    list.root = 1;
+    QCOMPARE(propertyListFromData(list.data())->toString().size(), 30);
 }
 
 void PropertyListBinaryReadingTest::unsoundTrailersAreNoPropertyList()
