@@ -14,8 +14,10 @@ namespace {
 
 QString runningProgram()
 {
-    static const QString program = QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
-    return program;
+    // Never destroyed: the log still asks while the process exits.
+    static const auto *program =
+        new QString(QFile::symLinkTarget(QStringLiteral("/proc/self/exe")));
+    return *program;
 }
 
 // The bundle folder of a program at "Contents/MacOS/NAME" in it; null for any other place.
