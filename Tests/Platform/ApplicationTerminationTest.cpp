@@ -25,9 +25,9 @@ std::vector<QThread *> ApplicationTerminationTest::posts;
 void ApplicationTerminationTest::theEndOfTheEventLoopIsToldOnceOnTheMainThread()
 {
     QVERIFY(posts.empty());
-    QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+    QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
     QCoreApplication::exec();
-    QCOMPARE(posts, std::vector<QThread *>{qApp->thread()});
+    QCOMPARE(posts, std::vector<QThread *>{QCoreApplication::instance()->thread()});
 }
 
 int main(int argc, char **argv)

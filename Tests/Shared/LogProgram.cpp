@@ -159,7 +159,7 @@ const std::map<QString, Command> &commands()
          }},
         {QStringLiteral("quit"),
          [](const QString &) {
-             QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+             QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
              QCoreApplication::exec();
          }},
         {QStringLiteral("exit"), [](const QString &) { std::exit(0); }},
