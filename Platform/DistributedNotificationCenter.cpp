@@ -5,6 +5,7 @@
 #include "Platform/Console.h"
 #include "Platform/DBusValue.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusError>
 
@@ -32,9 +33,25 @@ void reportNoSessionBus(const QDBusConnection &bus)
 {
     static std::once_flag once;
     std::call_once(once, [&bus] {
+        const auto reason = bus.lastError().message();
         consoleLog(QStringLiteral("Distributed notifications are lost: no session bus (%@)"),
-                   bus.lastError().message());
+                   reason.isEmpty() ? QStringLiteral("disconnected") : reason);
     });
+}
+
+// Messages leave on a thread of the bus connection. The answer to a call means that all before it
+// are gone.
+void waitUntilAllIsSent()
+{
+    constexpr int longestWait = 1000; // milliseconds
+    const auto bus = QDBusConnection::sessionBus();
+    if (bus.isConnected()) {
+        bus.call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+                                                QStringLiteral("/org/freedesktop/DBus"),
+                                                QStringLiteral("org.freedesktop.DBus.Peer"),
+                                                QStringLiteral("Ping")),
+                 QDBus::Block, longestWait);
+    }
 }
 
 } // namespace
@@ -50,9 +67,13 @@ void postDistributedNotification(const Notification &notification)
     auto message = QDBusMessage::createSignal(objectPath(), interfaceName(), signalName());
     message << notification.name << notification.object.toString() << *userInfo;
     const auto bus = QDBusConnection::sessionBus();
-    if (!bus.send(message)) {
+    if (!bus.isConnected() || !bus.send(message)) {
         reportNoSessionBus(bus);
+        return;
     }
+    // A program may end right after its last notification.
+    static std::once_flag once;
+    std::call_once(once, [] { qAddPostRoutine(waitUntilAllIsSent); });
 }
 
 DistributedObserver::DistributedObserver(QString name, Handler handler)

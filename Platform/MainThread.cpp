@@ -4,6 +4,7 @@
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QThread>
 #include <QTimer>
 
@@ -86,6 +87,25 @@ void pumpEvents(std::chrono::milliseconds longest)
     limit.setTimerType(Qt::PreciseTimer);
     limit.start(longest);
     QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+}
+
+bool pumpEventsUntil(const std::function<bool()> &ended)
+{
+    if (ended()) {
+        return true;
+    }
+    // A real event loop, because only such a one is told that the application quits.
+    QEventLoop loop;
+    QTimer poll;
+    poll.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
+        if (ended()) {
+            loop.quit();
+        }
+    });
+    poll.start(std::chrono::milliseconds(10));
+    loop.exec();
+    return ended();
 }
 
 } // namespace platform

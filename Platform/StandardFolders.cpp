@@ -109,7 +109,7 @@ QString userFolder(SearchPathDirectory directory)
         return shown;
     }
     const auto home = homeDirectory();
-    return home.isNull() ? QString() : home + folderIn(directory, UserDomain);
+    return home.isNull() ? QString() : QDir::cleanPath(home + folderIn(directory, UserDomain));
 }
 
 // Makes the folder where there is nothing. Whether it is a folder that only this user can enter.

@@ -6,6 +6,7 @@
 
 #include <QElapsedTimer>
 #include <QTest>
+#include <QTimer>
 
 #include <thread>
 
@@ -19,7 +20,12 @@ private Q_SLOTS:
     void aWaitingCallOnTheMainThreadRunsAtOnce();
     void aWaitingCallFromAWorkerRunsOnTheMainThread();
     void pumpingWaitsAtMostItsTime();
+    void pumpingUntilAnEndDispatchesEventsAndReturnsTrue();
+    void pumpingUntilAnEndThatIsThereReturnsAtOnce();
+    void pumpingUntilAnEndMayBeNested();
+    void pumpingUntilAnEndReturnsFalseWhenTheApplicationQuits();
     void endingWorkersServesTheirCallsAndCutsTheirSleep();
+    void aWorkerIsToldThatItIsToEnd();
 };
 
 void MainThreadTest::aCallWithoutWaitRunsOnALaterPassInOrder()
@@ -68,6 +74,55 @@ void MainThreadTest::pumpingWaitsAtMostItsTime()
     QVERIFY(time.elapsed() < 200);
 }
 
+void MainThreadTest::pumpingUntilAnEndDispatchesEventsAndReturnsTrue()
+{
+    bool called = false;
+    std::atomic<bool> ended = false;
+    platform::performOnMainThread([&] { called = true; });
+    std::thread worker([&] {
+        std::this_thread::sleep_for(50ms);
+        ended = true;
+    });
+    QVERIFY(platform::pumpEventsUntil([&] { return ended.load(); }));
+    worker.join();
+    QVERIFY(called);
+}
+
+void MainThreadTest::pumpingUntilAnEndThatIsThereReturnsAtOnce()
+{
+    bool called = false;
+    platform::performOnMainThread([&] { called = true; });
+    QVERIFY(platform::pumpEventsUntil([] { return true; }));
+    QVERIFY(!called);
+    platform::runPendingMainThreadCalls();
+}
+
+void MainThreadTest::pumpingUntilAnEndMayBeNested()
+{
+    QStringList order;
+    bool outer = false;
+    bool inner = false;
+    QTimer::singleShot(10ms, this, [&] {
+        QTimer::singleShot(20ms, this, [&] { outer = true; });
+        QTimer::singleShot(80ms, this, [&] { inner = true; });
+        QVERIFY(platform::pumpEventsUntil([&] { return inner; }));
+        order << QStringLiteral("inner");
+    });
+    QVERIFY(platform::pumpEventsUntil([&] { return outer; }));
+    order << QStringLiteral("outer");
+    QCOMPARE(order, QStringList({QStringLiteral("inner"), QStringLiteral("outer")}));
+}
+
+void MainThreadTest::pumpingUntilAnEndReturnsFalseWhenTheApplicationQuits()
+{
+    bool returned = true;
+    QTimer::singleShot(0, this,
+                       [&] { returned = platform::pumpEventsUntil([] { return false; }); });
+    QTimer::singleShot(50ms, this, [] { QCoreApplication::quit(); });
+    QCoreApplication::exec();
+    QVERIFY(!returned);
+}
+
 void MainThreadTest::endingWorkersServesTheirCallsAndCutsTheirSleep()
 {
     std::atomic<bool> sleptWhole = true;
@@ -84,6 +139,24 @@ void MainThreadTest::endingWorkersServesTheirCallsAndCutsTheirSleep()
     QVERIFY(!sleptWhole);
     QVERIFY(called);
     QVERIFY(time.elapsed() < 5000);
+}
+
+void MainThreadTest::aWorkerIsToldThatItIsToEnd()
+{
+    QVERIFY(!platform::WorkerThreads::currentThreadIsToEnd());
+    std::atomic<bool> before = true;
+    std::atomic<bool> after = false;
+    {
+        platform::WorkerThreads workers;
+        workers.start([&] {
+            before = platform::WorkerThreads::currentThreadIsToEnd();
+            workers.sleepFor(60s);
+            after = platform::WorkerThreads::currentThreadIsToEnd();
+        });
+        std::this_thread::sleep_for(50ms);
+    }
+    QVERIFY(!before);
+    QVERIFY(after);
 }
 
 QTEST_GUILESS_MAIN(MainThreadTest)

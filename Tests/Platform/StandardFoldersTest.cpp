@@ -3,6 +3,7 @@
 #include "Platform/StandardFolders.h"
 
 #include "Tests/Support/ConsoleSeat.h"
+#include "Tests/Support/EnvironmentVariable.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,24 +22,6 @@ using platform::searchPathForDirectories;
 Q_DECLARE_METATYPE(SearchPathDirectory)
 
 namespace {
-
-// Sets an environment variable until it is destroyed.
-class Variable {
-public:
-    Variable(const char *name, const QByteArray &value)
-        : m_name(name), m_wasSet(qEnvironmentVariableIsSet(name)), m_before(qgetenv(name))
-    {
-        value.isNull() ? qunsetenv(name) : qputenv(name, value);
-    }
-    ~Variable() { m_wasSet ? qputenv(m_name, m_before) : qunsetenv(m_name); }
-    Variable(const Variable &) = delete;
-    Variable &operator=(const Variable &) = delete;
-
-private:
-    const char *m_name;
-    bool m_wasSet;
-    QByteArray m_before;
-};
 
 bool isRoot()
 {
@@ -160,12 +143,18 @@ void StandardFoldersTest::theHomeIsTheEnvironmentsWhereThatIsAnAbsolutePath()
 {
     const auto accounts = isRoot() ? QStringLiteral("/root") : QStringLiteral("/home/tester");
     {
-        const Variable home("HOME", "/tmp/elsewhere/");
+        const test::EnvironmentVariable home("HOME", "/tmp/elsewhere/");
         QCOMPARE(platform::homeDirectory(), QStringLiteral("/tmp/elsewhere"));
         QCOMPARE(platform::homeDirectoryForUser({}), QStringLiteral("/tmp/elsewhere"));
     }
+    {
+        const test::EnvironmentVariable home("HOME", "/");
+        QCOMPARE(searchPathForDirectories(SearchPathDirectory::Library, platform::UserDomain),
+                 QStringList(isRoot() ? QStringLiteral("/var/root/Library")
+                                      : QStringLiteral("/Library")));
+    }
     for (const auto &value : {QByteArray(), QByteArray(""), QByteArray("relative/home")}) {
-        const Variable home("HOME", value);
+        const test::EnvironmentVariable home("HOME", value);
         QCOMPARE(platform::homeDirectory(), accounts);
     }
 }
@@ -180,7 +169,7 @@ void StandardFoldersTest::theHomeOfAnAccountIsTheAccounts()
 
 void StandardFoldersTest::theUserNameIsTheAccounts()
 {
-    const Variable user("USER", "somebody");
+    const test::EnvironmentVariable user("USER", "somebody");
     QCOMPARE(platform::userName(), isRoot() ? QStringLiteral("root") : QStringLiteral("tester"));
 }
 
@@ -231,7 +220,7 @@ void StandardFoldersTest::theTemporaryFolderIsTheUsersAlone()
     QCOMPARE(status.st_mode & 07777U, 0700U);
     QCOMPARE(status.st_uid, ::getuid());
     QVERIFY(QDir().mkpath(QStringLiteral("/tmp/other")));
-    const Variable variable("TMPDIR", "/tmp/other/");
+    const test::EnvironmentVariable variable("TMPDIR", "/tmp/other/");
     QCOMPARE(platform::temporaryDirectory(),
              QStringLiteral("/tmp/other/com.corvane.%1").arg(::getuid()));
 }
@@ -273,7 +262,7 @@ void StandardFoldersTest::uniqueTextsDiffer()
 
 void StandardFoldersTest::theCacheFolderIsCopiedLikeAConfigurationString()
 {
-    const Variable variable("XDG_CACHE_HOME", "/tmp/cäche");
+    const test::EnvironmentVariable variable("XDG_CACHE_HOME", "/tmp/cäche");
     const QByteArray expected("/tmp/cäche/");
     std::array<char, 64> buffer{};
     buffer.fill('?');
