@@ -56,7 +56,8 @@ private:
     void note(const QString &method, QObject *alert, qint64 code, void *context)
     {
         messages.append({method, alert, code, context});
-        then();
+        const auto act = then; // it may replace itself
+        act();
     }
 };
 
