@@ -6,11 +6,15 @@
 
 #include <csignal>
 #include <system_error>
-#include <utility>
 
-// The callers' side.
 namespace platform {
 namespace {
+
+constexpr auto lingerStep = std::chrono::microseconds(250);
+constexpr int lingerSteps = 80; // 20 ms
+
+// Having found fewer entries than this, the worker lets more gather before it looks again.
+constexpr std::size_t busy = 256;
 
 // Signals are for the program's own threads.
 class SignalsBlocked {
@@ -31,8 +35,8 @@ private:
 
 } // namespace
 
-SerialWorker::SerialWorker(const char *threadName, Take take, std::function<void()> endBatch)
-    : m_threadName(threadName), m_take(std::move(take)), m_endBatch(std::move(endBatch))
+SerialWorker::SerialWorker(const char *threadName, std::function<std::size_t()> work)
+    : m_threadName(threadName), m_work(std::move(work))
 {
 }
 
@@ -41,118 +45,101 @@ SerialWorker::~SerialWorker()
     stop(std::chrono::milliseconds::max());
 }
 
-void SerialWorker::add(Job *job)
+void SerialWorker::rouse(std::unique_lock<std::mutex> &lock)
 {
-    // Counted first, so that a job never finishes uncounted.
-    m_added.fetch_add(1, std::memory_order_relaxed);
-    if (isCurrentThread()) {
-        job->next = nullptr;
-        *m_endOfLine = job;
-        m_endOfLine = &job->next;
+    if (!m_running) {
+        start();
         return;
     }
-    auto *newest = m_newest.load(std::memory_order_relaxed);
-    do {
-        job->next = newest;
-    } while (!m_newest.compare_exchange_weak(newest, job));
-    // Sequentially consistent, as in sleep(): either the worker sees the job or this sees it
-    // asleep.
-    if (m_state.load() != State::Awake) {
-        rouse();
-    }
-}
-
-void SerialWorker::rouse()
-{
-    auto state = State::Asleep;
-    if (m_state.compare_exchange_strong(state, State::Awake)) {
-        { // The worker may be between its last look and its sleep.
-            const std::lock_guard lock(m_mutex);
-        }
-        m_wake.notify_one();
-    } else if (state == State::Unstarted) {
-        start();
-    } else if (state == State::Stopped) {
-        dropWaiting();
-    }
+    m_awake = true;
+    lock.unlock();
+    m_wake.notify_one();
 }
 
 void SerialWorker::start()
 {
-    const std::lock_guard lock(m_mutex);
-    if (m_state.load() != State::Unstarted) {
-        return;
-    }
     const SignalsBlocked blocked;
     try {
         m_thread = std::thread([this] { run(); });
-        m_ended = false;
-        m_state.store(State::Awake);
+        m_awake = m_running = true;
     } catch (const std::system_error &) {
-        // No thread to be had now; the next job tries again, and nobody waits meanwhile.
+        // No thread to be had now. The next entry tries again, and nobody waits meanwhile.
     }
 }
 
-void SerialWorker::dropWaiting()
+void SerialWorker::run()
 {
-    std::size_t dropped = 0;
-    for (auto *job = takeWaiting(); job != nullptr; ++dropped) {
-        m_take(std::exchange(job, job->next), Fate::Drop);
+    m_id.store(std::this_thread::get_id(), std::memory_order_relaxed);
+    ::pthread_setname_np(::pthread_self(), m_threadName);
+    int idleSteps = 0;
+    while (!isStopped()) {
+        const auto entries = m_work();
+        idleSteps = entries == 0 ? idleSteps + 1 : 0;
+        std::unique_lock lock(m_mutex);
+        if (idleSteps > lingerSteps && m_added == m_finished) {
+            m_awake = false;
+            m_wake.wait(lock, [this] { return m_awake || m_urgent; });
+            m_awake = true;
+            idleSteps = 0;
+        } else if (entries < busy) {
+            m_wake.wait_for(lock, lingerStep, [this] { return m_urgent; });
+        }
+        m_urgent = false;
     }
-    finished(dropped);
+    // The system may give the same identifier to a new thread.
+    m_id.store(std::thread::id(), std::memory_order_relaxed);
+    const std::lock_guard lock(m_mutex);
+    m_running = false;
+    m_done.notify_all();
+}
+
+void SerialWorker::finished(std::size_t entries)
+{
+    const std::lock_guard lock(m_mutex);
+    m_finished += entries;
+    m_done.notify_all();
 }
 
 void SerialWorker::waitUntilIdle()
 {
-    const auto last = m_added.load(std::memory_order_relaxed);
-    if (isCurrentThread() || m_finished.load() >= last) {
+    if (isCurrentThread()) {
         return;
     }
     std::unique_lock lock(m_mutex);
-    m_waiting.fetch_add(1);
-    m_urgent = true;
-    m_wake.notify_one();
-    m_done.wait(lock, [&] {
-        return m_finished.load() >= last || m_ended || m_state.load() == State::Stopped;
-    });
-    m_waiting.fetch_sub(1);
+    const auto last = m_added;
+    while (m_finished < last && m_running && !isStopped()) {
+        m_urgent = true;
+        m_wake.notify_one();
+        m_done.wait(lock);
+    }
 }
 
-std::size_t SerialWorker::pending() const
+std::size_t SerialWorker::pending()
 {
-    // In this order, so that it is never negative.
-    const auto done = m_finished.load();
-    return m_added.load() - done;
+    const std::lock_guard lock(m_mutex);
+    return m_added - m_finished;
 }
 
 bool SerialWorker::stop(std::chrono::milliseconds longest)
 {
-    std::thread thread;
     std::unique_lock lock(m_mutex);
-    m_state.store(State::Stopped);
+    m_stopped.store(true, std::memory_order_relaxed);
     m_urgent = true;
     m_wake.notify_one();
     m_done.notify_all();
-    const auto ended = [this] { return m_ended; };
+    const auto ended = [this] { return !m_running; };
     if (longest == std::chrono::milliseconds::max()) {
         m_done.wait(lock, ended);
     } else if (!isCurrentThread()) {
         m_done.wait_for(lock, longest, ended);
     }
-    const bool hasEnded = m_ended;
-    thread = std::move(m_thread);
+    const bool hasEnded = ended();
+    auto thread = std::move(m_thread);
     lock.unlock();
-
     if (thread.joinable()) {
         hasEnded ? thread.join() : thread.detach();
     }
-    dropWaiting();
     return hasEnded;
-}
-
-bool SerialWorker::isCurrentThread() const
-{
-    return m_id.load(std::memory_order_relaxed) == std::this_thread::get_id();
 }
 
 } // namespace platform

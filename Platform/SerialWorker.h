@@ -3,9 +3,7 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <condition_variable>
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -13,80 +11,76 @@
 
 namespace platform {
 
-// The thread behind a SerialQueue: takes the waiting jobs in the order in which they were added,
-// one at a time. Adding a job takes no lock, and no system call while the thread is about: after
-// work the thread looks for more every 250 microseconds, and only after 20 milliseconds without any
-// does it sleep until it is woken. It starts with the first job.
+// The thread behind a SerialQueue. Adding costs no system call while the thread is about: after
+// work it looks for more every 250 microseconds, and only after 20 milliseconds without any does it
+// sleep until it is woken. It starts with the first entry.
 class SerialWorker {
 public:
-    struct Job {
-        Job *next = nullptr;
-    };
-    enum class Fate { Run, Drop };
+    // work handles all that waits and returns how many entries that were. Called on the thread.
+    SerialWorker(const char *threadName, std::function<std::size_t()> work);
 
-    // take owns each job it gets; it is asked to drop what is left when the worker is stopped.
-    using Take = std::function<void(Job *, Fate)>;
-
-    // endBatch is called after a number of jobs, before they count as finished.
-    SerialWorker(const char *threadName, Take take, std::function<void()> endBatch);
-
-    // Stops, and waits for the running job however long it takes.
+    // Stops, and waits for the work to return however long it takes.
     ~SerialWorker();
 
     SerialWorker(const SerialWorker &) = delete;
     SerialWorker &operator=(const SerialWorker &) = delete;
 
-    // Any thread. A job added by a running job is next in line.
-    void add(Job *job);
+    // Has put add an entry while it holds the lock. Any thread; nothing happens after stop().
+    template <typename Put>
+    void add(Put put)
+    {
+        std::unique_lock lock(m_mutex);
+        if (!isStopped()) {
+            put();
+            ++m_added;
+            if (!m_awake) {
+                rouse(lock);
+            }
+        }
+    }
 
-    // Returns when all jobs added before the call have finished; inside a job at once.
+    // Excludes add().
+    std::unique_lock<std::mutex> lock() { return std::unique_lock(m_mutex); }
+
+    // Work tells that so many entries are done with.
+    void finished(std::size_t entries);
+
+    // Returns when all entries added before the call are done with, on the thread itself at once.
     void waitUntilIdle();
 
-    // Jobs that have been added and have not finished.
-    std::size_t pending() const;
+    // Entries that have been added and are not done with.
+    std::size_t pending();
 
-    // Drops all jobs that have not begun, now and later, and ends the thread. Waits at most longest
-    // for the running job; false when that was not enough.
+    // Ends the thread; work is to return without handling what is left. Waits at most longest for
+    // it to do so; false when that was not enough.
     bool stop(std::chrono::milliseconds longest);
 
+    bool isStopped() const { return m_stopped.load(std::memory_order_relaxed); }
+    bool isCurrentThread() const
+    {
+        return m_id.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    }
+
 private:
-    enum class State { Unstarted, Awake, Asleep, Stopped };
-
-    void rouse();
+    void rouse(std::unique_lock<std::mutex> &lock);
     void start();
-    void dropWaiting();
-
     void run();
-    Job *takeWaiting();
-    Job *takeNext(Job *&jobs);
-    std::size_t runWaiting();
-    void take(Job *job);
-    void finished(std::size_t jobs);
-    void linger();
-    void sleep();
-    bool isCurrentThread() const;
 
     const char *m_threadName;
-    Take m_take;
-    std::function<void()> m_endBatch;
-
-    // What callers change at every job has a cache line of its own.
-    alignas(64) std::atomic<Job *> m_newest = nullptr; // linked from the newest to the oldest
-    std::atomic<std::uint64_t> m_added = 0;
-
-    alignas(64) std::atomic<State> m_state = State::Unstarted;
-    std::atomic<std::thread::id> m_id;
-    std::atomic<std::uint64_t> m_finished = 0;
-    std::atomic<int> m_waiting = 0;
-    Job *m_nextInLine = nullptr; // the worker's own, like its end
-    Job **m_endOfLine = &m_nextInLine;
+    std::function<std::size_t()> m_work;
 
     std::mutex m_mutex;
     std::condition_variable m_wake;
     std::condition_variable m_done;
-    bool m_urgent = false;
-    bool m_ended = true;
+    std::uint64_t m_added = 0;
+    std::uint64_t m_finished = 0;
+    bool m_awake = false;  // will look for entries without being told
+    bool m_urgent = false; // somebody waits for it to look
+    bool m_running = false;
     std::thread m_thread;
+
+    std::atomic<bool> m_stopped = false;
+    std::atomic<std::thread::id> m_id;
 };
 
 } // namespace platform

@@ -16,17 +16,33 @@ constexpr std::size_t largeBatch = 256 * 1024;
 
 } // namespace
 
-void ZQLog::appendTextToLog(QString text)
+void ZQLog::appendTextToLog(QStringView text)
 {
-    text = std::move(text).trimmed();
+    text = text.trimmed();
     if (text.isEmpty()) {
         return;
     }
     m_bytesInQueue.fetch_add(static_cast<quint64>(text.size()), std::memory_order_relaxed);
-    m_writeQueue.add(std::move(text));
+    if (m_writeQueue.isCurrentThread()) {
+        // Next in line, so that the header stays at the head of its file.
+        m_nextInLine.push_back(text.toString());
+    } else {
+        m_writeQueue.add(text);
+    }
 }
 
-void ZQLog::appendLogOnThread(const QString &text)
+void ZQLog::appendAll(const ZQLogTexts &texts)
+{
+    for (std::size_t index = 0; index < texts.count() && !m_writeQueue.isStopped(); ++index) {
+        appendLogOnThread(texts[index]);
+        for (; !m_nextInLine.empty(); m_nextInLine.pop_front()) {
+            appendLogOnThread(m_nextInLine.front());
+        }
+    }
+    guarded([this] { writeBatch(); });
+}
+
+void ZQLog::appendLogOnThread(QStringView text)
 {
     if (loggingDisabled()) {
         return; // with the text still counted in bytesInQueue: kept on purpose
@@ -34,11 +50,12 @@ void ZQLog::appendLogOnThread(const QString &text)
     guarded([&] {
         if (!useCurrentFile()) {
             if (!loggingDisabled()) {
-                platform::printLine(platform::format(
-                    QStringLiteral("Unable to log the following information: %s"), text));
+                platform::printLine(
+                    platform::format(QStringLiteral("Unable to log the following information: %s"),
+                                     text.toString()));
                 platform::printLine(QStringLiteral("Unable to open log for output"));
             }
-            leftQueue(static_cast<quint64>(text.size()));
+            leftQueue(text.size());
             return;
         }
         m_batch.add(text);
@@ -50,11 +67,6 @@ void ZQLog::appendLogOnThread(const QString &text)
             appendLog(QStringLiteral("Log truncated at 500KB"));
         }
     });
-}
-
-void ZQLog::endBatch()
-{
-    guarded([this] { writeBatch(); });
 }
 
 // Has the batch go to the current file. False where that cannot be opened.
@@ -91,9 +103,9 @@ void ZQLog::writeBatch()
     leftQueue(written.characters);
 }
 
-void ZQLog::leftQueue(quint64 characters)
+void ZQLog::leftQueue(qsizetype characters)
 {
-    m_bytesInQueue.fetch_sub(characters, std::memory_order_relaxed);
+    m_bytesInQueue.fetch_sub(static_cast<quint64>(characters), std::memory_order_relaxed);
 }
 
 void ZQLog::setFileHandle(FileHandle file)

@@ -7,7 +7,6 @@
 #include "Platform/MainThread.h"
 
 #include <cstdlib>
-#include <exception>
 
 namespace {
 
@@ -25,8 +24,7 @@ constexpr auto longestFarewell = std::chrono::milliseconds(200);
 ZQLog::ZQLog()
     : m_terminationObserver(platform::NotificationCenter::defaultCenter().addObserver(
           platform::applicationWillTerminateNotification, &ZQLog::willTerminate)),
-      m_writeQueue(
-          "log", [this](const QString &text) { appendLogOnThread(text); }, [this] { endBatch(); })
+      m_writeQueue("log", [this](const ZQLogTexts &texts) { appendAll(texts); })
 {
     platform::setUncaughtExceptionHandler(uncaughtExceptionHandler);
 }
@@ -50,9 +48,9 @@ void ZQLog::append(Wait wait, const QString &format,
     }
     auto &log = sharedController();
     log.guarded([&] {
-        auto text = platform::formatText(format, arguments);
+        const auto text = platform::formatText(format, arguments);
         const auto length = static_cast<quint64>(text.size());
-        log.appendTextToLog(std::move(text));
+        log.appendTextToLog(text);
         if (wait == Wait::ForShortText && length > 0 && length < longText &&
             log.bytesInQueue() < longText && !platform::isMainThread()) {
             finishWriting();

@@ -8,11 +8,13 @@
 #include "Platform/SerialQueue.h"
 #include "Platform/TextFormat.h"
 #include "Shared/ZQLogBatch.h"
+#include "Shared/ZQLogTexts.h"
 
 #include <QStringList>
 
 #include <atomic>
-#include <cstdint>
+#include <deque>
+#include <exception>
 #include <memory>
 #include <mutex>
 
@@ -97,7 +99,7 @@ private:
                        std::initializer_list<platform::FormatArgument> arguments);
     static void appendAndPrint(const QString &format,
                                std::initializer_list<platform::FormatArgument> arguments);
-    void appendTextToLog(QString text);
+    void appendTextToLog(QStringView text);
     void close();
 
     // Runs a part of the log's work; what that raises is printed.
@@ -113,11 +115,11 @@ private:
     void reportException(const char *reason) const noexcept;
 
     // On the write queue.
-    void appendLogOnThread(const QString &text);
-    void endBatch();
+    void appendAll(const ZQLogTexts &texts);
+    void appendLogOnThread(QStringView text);
     bool useCurrentFile();
     void writeBatch();
-    void leftQueue(quint64 characters);
+    void leftQueue(qsizetype characters);
 
     void startNewLog(const QString &applicationName);
     bool rotate(const QString &folder) const;
@@ -137,9 +139,10 @@ private:
     // The write queue's own.
     ZQLogBatch m_batch;
     unsigned m_batchFileHandleChanges = 0;
+    std::deque<QString> m_nextInLine; // queued by the queue itself
 
     std::atomic<quint64> m_bytesInQueue = 0;
-    platform::SerialQueue<QString> m_writeQueue;
+    platform::SerialQueue<ZQLogTexts> m_writeQueue;
 };
 
 // Logs and prints the reason of an exception that nobody caught. Installed with the log.

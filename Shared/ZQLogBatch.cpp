@@ -71,7 +71,7 @@ ZQLogBatch::Written ZQLogBatch::write(const Failed &failed)
     if (error == 0) {
         all.bytes = written;
         for (const auto &line : m_lines) {
-            all.characters += static_cast<quint64>(line.characters);
+            all.characters += line.characters;
         }
     } else {
         all = writeOneByOne(written, error, failed);
@@ -99,7 +99,7 @@ ZQLogBatch::Written ZQLogBatch::writeOneByOne(std::size_t written, int error, co
         }
         if (outcome.error == 0) {
             all.bytes += length;
-            all.characters += static_cast<quint64>(line.characters);
+            all.characters += line.characters;
         } else {
             m_file->removeTail(outcome.written);
             failed(std::generic_category().message(outcome.error).c_str());

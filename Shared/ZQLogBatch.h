@@ -29,7 +29,7 @@ public:
 
     struct Written {
         quint64 bytes = 0;
-        quint64 characters = 0; // UTF-16 units of the texts
+        qsizetype characters = 0; // UTF-16 units of the texts
     };
     // Writes and forgets the lines. A line that cannot be written whole is left out, and failed is
     // called with the system's words.

@@ -24,6 +24,6 @@ function(ostrel_test name)
     add_test(NAME ${name}.${account}
       COMMAND "${OSTREL_SANDBOX}" --as ${account} --build "${PROJECT_BINARY_DIR}" ${options}
               -- "$<TARGET_FILE:${name}>")
-    set_tests_properties(${name}.${account} PROPERTIES TIMEOUT 240)
+    set_tests_properties(${name}.${account} PROPERTIES TIMEOUT 120)
   endforeach()
 endfunction()
