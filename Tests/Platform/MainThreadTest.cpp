@@ -159,5 +159,16 @@ void MainThreadTest::aWorkerIsToldThatItIsToEnd()
     QVERIFY(after);
 }
 
-QTEST_GUILESS_MAIN(MainThreadTest)
+int main(int count, char **arguments)
+{
+    // Without an application, too, a worker is not the main thread.
+    bool onWorker = true;
+    std::thread([&] { onWorker = platform::isMainThread(); }).join();
+    if (onWorker || !platform::isMainThread()) {
+        qFatal("without an application the main thread is not known");
+    }
+    QCoreApplication application(count, arguments);
+    MainThreadTest test;
+    return QTest::qExec(&test, count, arguments);
+}
 #include "MainThreadTest.moc"
