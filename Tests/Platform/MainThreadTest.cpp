@@ -144,16 +144,18 @@ void MainThreadTest::endingWorkersServesTheirCallsAndCutsTheirSleep()
 void MainThreadTest::aWorkerIsToldThatItIsToEnd()
 {
     QVERIFY(!platform::WorkerThreads::currentThreadIsToEnd());
+    std::atomic<bool> asked = false;
     std::atomic<bool> before = true;
     std::atomic<bool> after = false;
     {
         platform::WorkerThreads workers;
         workers.start([&] {
             before = platform::WorkerThreads::currentThreadIsToEnd();
+            asked = true;
             workers.sleepFor(60s);
             after = platform::WorkerThreads::currentThreadIsToEnd();
         });
-        std::this_thread::sleep_for(50ms);
+        QTRY_VERIFY(asked.load());
     }
     QVERIFY(!before);
     QVERIFY(after);
