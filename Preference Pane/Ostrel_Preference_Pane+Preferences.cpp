@@ -107,6 +107,5 @@ void Ostrel_Preference_Pane::showPortHint()
     constexpr qlonglong lastPort = 65535;
     const qlonglong port = keys::leadingInteger(m_ui->networkCustomPortText->text());
     const bool usable = port > 0 && port <= lastPort;
-    m_ui->networkPortHint->setText(tr("Ports are numbers from 1 to 65535."));
     m_ui->networkPortHint->setVisible(!usable);
 }

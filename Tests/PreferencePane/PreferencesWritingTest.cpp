@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
+#include "Platform/AlertPanel.h"
 #include "Tests/PreferencePane/PaneFixture.h"
 #include "Tests/Support/ConsoleCapture.h"
 
@@ -10,7 +11,6 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -263,11 +263,11 @@ void PreferencesWritingTest::inAnUnwritableFolderOneRequestIsMadeAndTheAlertName
     int alerts = 0;
     QTimer answer;
     connect(&answer, &QTimer::timeout, &answer, [&] {
-        if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+        if (auto *alert = qobject_cast<platform::AlertPanel *>(QApplication::activeModalWidget())) {
             ++alerts;
-            message = box->text();
-            informative = box->informativeText();
-            box->defaultButton()->click();
+            message = alert->description().messageText;
+            informative = alert->description().informativeText;
+            alert->accept();
         }
     });
     answer.start(20);
@@ -298,8 +298,8 @@ void PreferencesWritingTest::aFailedSaveKeepsTheControlsAndDoesNotRefresh()
     QFile::setPermissions(PaneFixture::preferencesFolder(), QFile::ReadOwner | QFile::ExeOwner);
     QTimer answer;
     connect(&answer, &QTimer::timeout, &answer, [] {
-        if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
-            box->defaultButton()->click();
+        if (auto *alert = qobject_cast<platform::AlertPanel *>(QApplication::activeModalWidget())) {
+            alert->accept();
         }
     });
     answer.start(20);
