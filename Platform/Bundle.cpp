@@ -12,37 +12,17 @@
 #include <link.h>
 
 namespace platform {
-namespace {
-
-QString runningProgram()
-{
-    // Never destroyed: the log still asks while the process exits.
-    static const auto *program =
-        new QString(QFile::symLinkTarget(QStringLiteral("/proc/self/exe")));
-    return *program;
-}
-
-// The bundle folder of a program at "Contents/MacOS/NAME" in it; null for any other place.
-QString bundlePathOfProgram(const QString &program)
-{
-    static const auto middle = QStringLiteral("/Contents/MacOS");
-    const auto folder = program.left(program.lastIndexOf(QLatin1Char('/')));
-    return folder.endsWith(middle) && folder.size() > middle.size()
-               ? folder.left(folder.size() - middle.size())
-               : QString();
-}
-
-} // namespace
 
 Bundle Bundle::main()
 {
-    // Asked once: where the program is moved while it runs, its bundle is still where it was.
-    static const auto program = QFile::decodeName(ownExecutable());
-    auto bundle = ofProgram(program);
+    // Asked once: where the program is moved while it runs, its bundle is still where it was. Never
+    // destroyed: the log still asks while the process exits.
+    static const auto *program = new QString(QFile::decodeName(ownExecutable()));
+    auto bundle = ofProgram(*program);
     if (bundle.isNull()) {
-        bundle = Bundle(QFileInfo(program).path());
+        bundle = Bundle(QFileInfo(*program).path());
     }
-    bundle.m_executable = program;
+    bundle.m_executable = *program;
     return bundle;
 }
 
