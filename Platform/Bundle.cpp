@@ -48,7 +48,7 @@ Bundle Bundle::containing(const void *address)
 
 Bundle Bundle::ofProgram(const QString &program)
 {
-    static const auto middle = QStringLiteral("/Contents/MacOS");
+    const QLatin1String middle("/Contents/MacOS");
     const auto folder = program.left(program.lastIndexOf(QLatin1Char('/')));
     return folder.endsWith(middle) && folder.size() > middle.size()
                ? Bundle(folder.left(folder.size() - middle.size()))
