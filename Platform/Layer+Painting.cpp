@@ -61,10 +61,14 @@ void Layer::paintBorder(QPainter &painter, const QRectF &area) const
     const QRectF inner =
         outer.adjusted(m_borderWidth, m_borderWidth, -m_borderWidth, -m_borderWidth);
     const qreal innerRadius = qMax(m_cornerRadius - m_borderWidth, 0.0);
+    // The hole runs the other way round: where both outlines cross one pixel their coverages are then
+    // subtracted, which the odd-even rule does not do.
     QPainterPath line;
-    line.setFillRule(Qt::OddEvenFill);
+    line.setFillRule(Qt::WindingFill);
     line.addRoundedRect(outer, m_cornerRadius, m_cornerRadius);
-    line.addRoundedRect(inner, innerRadius, innerRadius);
+    QPainterPath hole;
+    hole.addRoundedRect(inner, innerRadius, innerRadius);
+    line.addPath(hole.toReversed());
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.fillPath(line, Qt::black);

@@ -46,18 +46,20 @@ std::optional<QVariant> integerFrom(const char *bytes, quint64 size)
     return ~high == 0 && negative < 0 ? std::optional(QVariant(negative)) : std::nullopt;
 }
 
-// Seconds since 2001. A null where the calendar ends: before year 1 and in some 300000 years.
+// Seconds since 2001. A null where the date is out of range, as the XML form cannot hold it.
 QVariant dateFrom(double time)
 {
     constexpr qint64 secondsFrom1970To2001 = 978307200;
-    constexpr double longest = 1e13;
+    constexpr double longest = 1e13; // beyond any year in range, but not beyond QDateTime
     const auto seconds = std::floor(time);
     if (!(std::abs(seconds) < longest)) { // written so that it is also true for nan
         return {};
     }
     const auto date = QDateTime::fromSecsSinceEpoch(
         static_cast<qint64>(seconds) + secondsFrom1970To2001, Qt::UTC);
-    return date.date().year() > 0 ? QVariant(date) : QVariant();
+    const auto year = date.date().year();
+    return year >= propertylist::earliestYear && year <= propertylist::latestYear ? QVariant(date)
+                                                                                  : QVariant();
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/PropertyListScalars.h"
 
+#include "Platform/PropertyListLimits.h"
+
 #include <QDateTime>
 
 #include <array>
@@ -27,6 +29,11 @@ bool parseDigits(std::string_view text, int &number)
     return text.substr(0, 1) != "-" && parse(text, number);
 }
 
+bool isInRange(const QDate &day)
+{
+    return day.year() >= earliestYear && day.year() <= latestYear;
+}
+
 } // namespace
 
 QString textFromUtf8(std::string_view utf8)
@@ -38,7 +45,9 @@ QString textFromUtf8(std::string_view utf8)
         marks += QChar(0xFEFF);
         utf8.remove_prefix(mark.size());
     }
-    auto text = QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
+    // Without bytes Qt makes a null text, which is another thing than an empty one.
+    auto text = utf8.empty() ? QString(QLatin1String(""))
+                             : QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
     return marks.isEmpty() ? text : marks + text;
 }
 
@@ -94,9 +103,11 @@ std::optional<QDateTime> dateFromText(std::string_view text)
             return std::nullopt;
         }
     }
-    const QDateTime date(QDate(numbers[0], numbers[1], numbers[2]),
-                         QTime(numbers[3], numbers[4], numbers[5]), Qt::UTC);
-    return date.isValid() ? std::optional(date) : std::nullopt;
+    const QDate day(numbers[0], numbers[1], numbers[2]);
+    const QTime time(numbers[3], numbers[4], numbers[5]);
+    return day.isValid() && isInRange(day) && time.isValid()
+               ? std::optional(QDateTime(day, time, Qt::UTC))
+               : std::nullopt;
 }
 
 std::optional<QByteArray> dataFromText(std::string_view text)
@@ -129,7 +140,7 @@ QByteArray textFromReal(double real)
 QByteArray textFromDate(const QDateTime &date)
 {
     const auto utc = date.toUTC();
-    if (!utc.isValid() || utc.date().year() < 1) {
+    if (!utc.isValid() || !isInRange(utc.date())) {
         return {};
     }
     return QByteArray::number(utc.date().year()).rightJustified(4, '0') +

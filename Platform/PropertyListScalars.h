@@ -19,7 +19,7 @@ std::optional<QVariant> integerFromText(std::string_view text);
 // Also "nan", "inf" and "infinity".
 std::optional<double> realFromText(std::string_view text);
 
-// "2026-01-31T23:59:59Z"; years from 1 on, of any number of digits.
+// "2026-01-31T23:59:59Z"; years of up to five digits.
 std::optional<QDateTime> dateFromText(std::string_view text);
 
 // Base64 with white space anywhere.
@@ -28,8 +28,8 @@ std::optional<QByteArray> dataFromText(std::string_view text);
 // What realFromText() reads back to the very same number, as short as can be.
 QByteArray textFromReal(double real);
 
-// What dateFromText() reads back; fractions of a second are cut off. Empty for a date before
-// year 1.
+// What dateFromText() reads back; fractions of a second are cut off. Empty for a date out
+// of range.
 QByteArray textFromDate(const QDateTime &date);
 
 } // namespace platform::propertylist

@@ -88,13 +88,19 @@ bool PropertyListXmlWriter::write(const QVariant &value)
         return false;
     }
     m_xml.append(tail);
-    return true;
+    return isSmallEnough();
+}
+
+bool PropertyListXmlWriter::isSmallEnough()
+{
+    return static_cast<qint64>(m_xml.size()) <= propertylist::maximumSize ||
+           fail(QStringLiteral("The property list would be too large."));
 }
 
 bool PropertyListXmlWriter::writeValue(const QVariant &value, int depth)
 {
-    if (static_cast<qint64>(m_xml.size()) > propertylist::maximumSize) {
-        return fail(QStringLiteral("The property list would be too large."));
+    if (!isSmallEnough()) {
+        return false;
     }
     switch (value.userType()) {
     case QMetaType::UnknownType:

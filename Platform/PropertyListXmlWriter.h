@@ -20,6 +20,7 @@ public:
     const QString &error() const { return m_error; }
 
 private:
+    bool isSmallEnough();
     bool writeValue(const QVariant &value, int depth);
     bool writeArray(const QVariantList &array, int depth);
     bool writeDictionary(const QVariantMap &dictionary, int depth);

@@ -12,7 +12,7 @@ namespace {
 constexpr quint64 longestFile = 500000;
 
 // So many bytes are handed over together.
-constexpr std::size_t largeBatch = 256 * 1024;
+constexpr std::size_t muchAtOnce = 256 * 1024;
 
 } // namespace
 
@@ -39,7 +39,7 @@ void ZQLog::appendAll(const ZQLogTexts &texts)
             appendLogOnThread(m_nextInLine.front());
         }
     }
-    guarded([this] { writeBatch(); });
+    guarded([this] { writeLines(); });
 }
 
 void ZQLog::appendLogOnThread(QStringView text)
@@ -58,9 +58,9 @@ void ZQLog::appendLogOnThread(QStringView text)
             leftQueue(text.size());
             return;
         }
-        m_batch.add(text);
-        if (bytesWritten() + m_batch.size() >= longestFile || m_batch.size() >= largeBatch) {
-            writeBatch();
+        m_lines.add(text);
+        if (bytesWritten() + m_lines.size() >= longestFile || m_lines.size() >= muchAtOnce) {
+            writeLines();
         }
         if (bytesWritten() >= longestFile) {
             createNewLog(appName());
@@ -69,35 +69,35 @@ void ZQLog::appendLogOnThread(QStringView text)
     });
 }
 
-// Has the batch go to the current file. False where that cannot be opened.
+// Has the lines go to the current file. False where that cannot be opened.
 bool ZQLog::useCurrentFile()
 {
-    if (m_fileHandleChanges.load(std::memory_order_relaxed) != m_batchFileHandleChanges) {
-        writeBatch();
+    if (m_fileHandleChanges.load(std::memory_order_relaxed) != m_linesFileHandleChanges) {
+        writeLines();
         const std::lock_guard lock(m_mutex);
-        m_batchFileHandleChanges = m_fileHandleChanges.load(std::memory_order_relaxed);
-        m_batch.setFile(m_fileHandle);
+        m_linesFileHandleChanges = m_fileHandleChanges.load(std::memory_order_relaxed);
+        m_lines.setFile(m_fileHandle);
     }
-    if (m_batch.hasFile()) {
+    if (m_lines.hasFile()) {
         return true;
     }
     auto file = platform::AppendFile::open(currentFile());
     if (file == nullptr) {
         return false;
     }
-    m_batch.setFile(file);
+    m_lines.setFile(file);
     const std::lock_guard lock(m_mutex);
     // Not if somebody has begun a new log meanwhile.
-    if (m_fileHandleChanges.load(std::memory_order_relaxed) == m_batchFileHandleChanges) {
+    if (m_fileHandleChanges.load(std::memory_order_relaxed) == m_linesFileHandleChanges) {
         m_fileHandle = std::move(file);
     }
     return true;
 }
 
-void ZQLog::writeBatch()
+void ZQLog::writeLines()
 {
-    const auto written = m_batch.write([this](const char *reason) { reportException(reason); });
-    if (m_fileHandleChanges.load(std::memory_order_relaxed) == m_batchFileHandleChanges) {
+    const auto written = m_lines.write([this](const char *reason) { reportException(reason); });
+    if (m_fileHandleChanges.load(std::memory_order_relaxed) == m_linesFileHandleChanges) {
         m_bytesWritten.fetch_add(written.bytes, std::memory_order_relaxed);
     }
     leftQueue(written.characters);

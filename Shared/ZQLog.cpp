@@ -90,7 +90,7 @@ void ZQLog::close()
     }
     setAppName(QString());
     if (m_writeQueue.stop(longestFarewell)) {
-        m_batch.setFile(nullptr);
+        m_lines.setFile(nullptr);
     }
     setFileHandle(nullptr);
 }

@@ -7,7 +7,7 @@
 #include "Platform/PlatformException.h"
 #include "Platform/SerialQueue.h"
 #include "Platform/TextFormat.h"
-#include "Shared/ZQLogBatch.h"
+#include "Shared/ZQLogLines.h"
 #include "Shared/ZQLogTexts.h"
 
 #include <QStringList>
@@ -118,7 +118,7 @@ private:
     void appendAll(const ZQLogTexts &texts);
     void appendLogOnThread(QStringView text);
     bool useCurrentFile();
-    void writeBatch();
+    void writeLines();
     void leftQueue(qsizetype characters);
 
     void startNewLog(const QString &applicationName);
@@ -137,8 +137,8 @@ private:
     FileHandle m_fileHandle;
 
     // The write queue's own.
-    ZQLogBatch m_batch;
-    unsigned m_batchFileHandleChanges = 0;
+    ZQLogLines m_lines;
+    unsigned m_linesFileHandleChanges = 0;
     std::deque<QString> m_nextInLine; // queued by the queue itself
 
     std::atomic<quint64> m_bytesInQueue = 0;

@@ -14,8 +14,10 @@
 
 // Lines on their way to one log file. They are written together, with the same outcome as if each
 // had been written by itself.
-class ZQLogBatch {
+class ZQLogLines {
 public:
+    ZQLogLines();
+
     // Where the lines go; none: nothing can be added. Not to be changed while there are lines.
     void setFile(std::shared_ptr<platform::AppendFile> file) { m_file = std::move(file); }
     bool hasFile() const { return m_file != nullptr; }
@@ -25,7 +27,10 @@ public:
     void add(QStringView text);
 
     // Bytes of the lines.
-    std::size_t size() const { return static_cast<std::size_t>(m_bytes.size()); }
+    std::size_t size() const
+    {
+        return m_lines.empty() ? 0 : static_cast<std::size_t>(m_lines.back().end);
+    }
 
     struct Written {
         quint64 bytes = 0;
