@@ -11,7 +11,7 @@ namespace {
 // Contents cover whole pixels of the screen: between pixels an image would be blurred.
 QRectF onWholePixels(const QPainter &painter, const QRectF &area)
 {
-    const QTransform toScreen = painter.deviceTransform();
+    const QTransform &toScreen = painter.deviceTransform();
     const QRectF pixels = toScreen.mapRect(area);
     const QPointF topLeft(qRound(pixels.left()), qRound(pixels.top()));
     const QPointF bottomRight(qRound(pixels.right()), qRound(pixels.bottom()));
@@ -61,8 +61,8 @@ void Layer::paintBorder(QPainter &painter, const QRectF &area) const
     const QRectF inner =
         outer.adjusted(m_borderWidth, m_borderWidth, -m_borderWidth, -m_borderWidth);
     const qreal innerRadius = qMax(m_cornerRadius - m_borderWidth, 0.0);
-    // The hole runs the other way round: where both outlines cross one pixel their coverages are then
-    // subtracted, which the odd-even rule does not do.
+    // The hole runs the other way round: where both outlines cross one pixel their coverages are
+    // then subtracted, which the odd-even rule does not do.
     QPainterPath line;
     line.setFillRule(Qt::WindingFill);
     line.addRoundedRect(outer, m_cornerRadius, m_cornerRadius);

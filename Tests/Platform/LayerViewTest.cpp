@@ -42,7 +42,7 @@ std::shared_ptr<Layer> viewLayerWithSublayer(LayerView &view)
 {
     const auto root = std::make_shared<Layer>();
     view.setLayer(root);
-    const auto sublayer = std::make_shared<Layer>();
+    auto sublayer = std::make_shared<Layer>();
     sublayer->setFrame({0, 0, 10, 10});
     root->addSublayer(sublayer);
     return sublayer;

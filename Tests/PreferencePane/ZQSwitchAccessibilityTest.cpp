@@ -195,8 +195,7 @@ void ZQSwitchAccessibilityTest::disablingIsAnnounced()
 void ZQSwitchAccessibilityTest::otherWidgetsKeepTheirOwnInterface()
 {
     auto *window = QAccessible::queryAccessibleInterface(m_window.get());
-    QVERIFY(window != nullptr);
-    QVERIFY(window->role() != QAccessible::CheckBox);
+    QVERIFY(window != nullptr && window->role() != QAccessible::CheckBox);
 }
 
 QTEST_MAIN(ZQSwitchAccessibilityTest)

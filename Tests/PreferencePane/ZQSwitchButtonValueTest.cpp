@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "KnobLayerFixture.h"
 #include "Platform/LayerTransaction.h"
+#include "ReportedValues.h"
 #include "Tests/Support/HandDrivenAnimations.h"
 
 #include <QSignalSpy>
@@ -79,13 +80,13 @@ void ZQSwitchButtonValueTest::everySetOnReports()
     QSignalSpy reports(m_layer.get(), &ZQSwitchButtonCALayer::onChanged);
     m_layer->setOn(true);
     // The inner one confirms the value, then the outer one ends.
-    QCOMPARE(QList<QVariantList>(reports), (QList<QVariantList>{{true}, {true}}));
+    QCOMPARE(valuesOf(reports), (QList<bool>{true, true}));
     reports.clear();
     m_layer->setOn(true);
-    QCOMPARE(QList<QVariantList>(reports), (QList<QVariantList>{{true}}));
+    QCOMPARE(valuesOf(reports), (QList<bool>{true}));
     reports.clear();
     m_layer->setOn(false, Animated::No);
-    QCOMPARE(QList<QVariantList>(reports), (QList<QVariantList>{{false}, {false}}));
+    QCOMPARE(valuesOf(reports), (QList<bool>{false, false}));
 }
 
 void ZQSwitchButtonValueTest::aReleaseReportsOnceMore()
@@ -94,11 +95,11 @@ void ZQSwitchButtonValueTest::aReleaseReportsOnceMore()
     m_layer->mouseDown(OnKnobWhenOff);
     QCOMPARE(reports.size(), 0);
     m_layer->mouseUp(OnKnobWhenOff);
-    QCOMPARE(QList<QVariantList>(reports), (QList<QVariantList>{{true}, {true}, {true}}));
+    QCOMPARE(valuesOf(reports), (QList<bool>{true, true, true}));
     reports.clear();
     dragKnobTo(40);
     m_layer->mouseUp({0, 0}); // still on
-    QCOMPARE(QList<QVariantList>(reports), (QList<QVariantList>{{true}, {true}}));
+    QCOMPARE(valuesOf(reports), (QList<bool>{true, true}));
 }
 
 void ZQSwitchButtonValueTest::aReleaseWhileDisabledReportsTheUnchangedValue()
@@ -107,7 +108,7 @@ void ZQSwitchButtonValueTest::aReleaseWhileDisabledReportsTheUnchangedValue()
     QSignalSpy reports(m_layer.get(), &ZQSwitchButtonCALayer::onChanged);
     m_layer->mouseDown(OnKnobWhenOff);
     m_layer->mouseUp(OnKnobWhenOff);
-    QCOMPARE(QList<QVariantList>(reports), (QList<QVariantList>{{false}}));
+    QCOMPARE(valuesOf(reports), (QList<bool>{false}));
 }
 
 void ZQSwitchButtonValueTest::withoutAnimationTheKnobIsThereAtOnce()

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Preference Pane/ZQSwitch.h"
+#include "ReportedValues.h"
 
 #include <QApplication>
 #include <QMouseEvent>
@@ -247,7 +248,7 @@ void ZQSwitchClickTest::aReleaseOnADisabledSwitchReportsTheUnchangedValue()
     m_view->setEnabled(false);
     QSignalSpy reports(m_view.get(), &ZQSwitch::onChanged);
     click({20, 12});
-    QCOMPARE(QList<QVariantList>(reports), (QList<QVariantList>{{false}}));
+    QCOMPARE(valuesOf(reports), (QList<bool>{false}));
 }
 
 void ZQSwitchClickTest::hidingTheSwitchPutsADraggedKnobBack()

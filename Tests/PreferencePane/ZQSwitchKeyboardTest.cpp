@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Preference Pane/ZQSwitch.h"
+#include "ReportedValues.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -118,11 +119,11 @@ void ZQSwitchKeyboardTest::spaceReportsAsAClickDoes()
     m_switch->setFocus();
     QSignalSpy reports(m_switch, &ZQSwitch::onChanged);
     QTest::keyClick(m_switch, Qt::Key_Space);
-    const QList<QVariantList> byKey = reports;
+    const QList<bool> byKey = valuesOf(reports);
     QTest::keyClick(m_switch, Qt::Key_Space);
     reports.clear();
     QTest::mouseClick(m_switch, Qt::LeftButton, {}, {20, 12});
-    QCOMPARE(QList<QVariantList>(reports), byKey);
+    QCOMPARE(valuesOf(reports), byKey);
 }
 
 void ZQSwitchKeyboardTest::enterIsLeftToTheWindow()

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Preference Pane/ZQSwitch.h"
+#include "ReportedValues.h"
 #include "Tests/Support/XPointer.h"
 
 #include <QApplication>
@@ -198,7 +199,7 @@ void ZQSwitchMouseTest::aDisabledSwitchIgnoresPressesAndDrags()
     QVERIFY(m_view->isOn());
     QCOMPARE(m_view->buttonLayer()->theSwitch()->contents(),
              m_view->buttonLayer()->disabledImgRef());
-    QCOMPARE(QList<QVariantList>(reports), (QList<QVariantList>{{true}})); // of the release
+    QCOMPARE(valuesOf(reports), (QList<bool>{true})); // of the release
     QVERIFY(m_pointer->click({10, 12}));
     QVERIFY(m_view->isOn());
 }

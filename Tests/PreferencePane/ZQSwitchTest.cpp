@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Preference Pane/ZQSwitch.h"
 
+#include "ReportedValues.h"
 #include "ui_SwitchForm.h"
 
 #include <QMouseEvent>
@@ -12,7 +13,6 @@ using platform::calibratedWhite;
 using platform::Gradient;
 using platform::KeyedArchive;
 using platform::Layer;
-using Reports = QList<QVariantList>;
 using State = ZQSwitchButtonCALayer::EventState;
 
 namespace {
@@ -220,10 +220,10 @@ void ZQSwitchTest::everySetOnReportsChangedOrNot()
     QSignalSpy reports(&view, &ZQSwitch::onChanged);
     view.setOn(true);
     // Two from the knob, which confirms the value, and the call's own.
-    QCOMPARE(Reports(reports), (Reports{{true}, {true}, {true}}));
+    QCOMPARE(valuesOf(reports), (QList<bool>{true, true, true}));
     reports.clear();
     view.setOn(true);
-    QCOMPARE(Reports(reports), (Reports{{true}}));
+    QCOMPARE(valuesOf(reports), (QList<bool>{true}));
 }
 
 void ZQSwitchTest::setOnAnimatedReportsThroughTheBindingOnly()
@@ -232,10 +232,10 @@ void ZQSwitchTest::setOnAnimatedReportsThroughTheBindingOnly()
         ZQSwitch view;
         QSignalSpy reports(&view, &ZQSwitch::onChanged);
         view.setOn(true, animated);
-        QCOMPARE(Reports(reports), (Reports{{true}, {true}}));
+        QCOMPARE(valuesOf(reports), (QList<bool>{true, true}));
         reports.clear();
         view.setOn(false, animated);
-        QCOMPARE(Reports(reports), (Reports{{false}, {false}}));
+        QCOMPARE(valuesOf(reports), (QList<bool>{false, false}));
     }
 }
 
@@ -282,7 +282,7 @@ void ZQSwitchTest::aValueSetOnTheKnobComesBackToTheView()
     QCOMPARE(reports.last(), QVariantList{true});
     reports.clear();
     view.buttonLayer()->setOn(true); // unchanged values come back as well
-    QCOMPARE(Reports(reports), (Reports{{true}}));
+    QCOMPARE(valuesOf(reports), (QList<bool>{true}));
 }
 
 void ZQSwitchTest::theViewDoesNotCallTheKnobBack()
