@@ -134,7 +134,7 @@ void ZQSwitchClickTest::ofADoubleClickOnlyTheFirstActs()
 {
     QSignalSpy reports(m_view.get(), &ZQSwitch::onChanged);
     click({20, 12});
-    const int first = reports.size();
+    const auto first = reports.size();
     click({20, 12}, QEvent::MouseButtonDblClick);
     QVERIFY(m_view->isOn());
     QCOMPARE(reports.size(), first);
