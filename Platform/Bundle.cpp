@@ -12,11 +12,14 @@
 namespace platform {
 namespace {
 
+// Null where the system does not tell.
 QString runningProgram()
 {
     // Never destroyed: the log still asks while the process exits.
-    static const auto *program =
-        new QString(QFile::symLinkTarget(QStringLiteral("/proc/self/exe")));
+    static const auto *program = [] {
+        const auto target = QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
+        return new QString(target.isEmpty() ? QString() : target);
+    }();
     return *program;
 }
 
