@@ -30,7 +30,7 @@ AppendFile::~AppendFile()
     ::close(m_descriptor);
 }
 
-AppendFile::Outcome AppendFile::append(const char *bytes, std::size_t size)
+AppendFile::Outcome AppendFile::append(const char *bytes, std::size_t size) const
 {
     std::size_t written = 0;
     while (written < size) {
@@ -44,7 +44,7 @@ AppendFile::Outcome AppendFile::append(const char *bytes, std::size_t size)
     return {written, 0};
 }
 
-void AppendFile::removeTail(std::size_t size)
+void AppendFile::removeTail(std::size_t size) const
 {
     const auto end = ::lseek(m_descriptor, 0, SEEK_CUR);
     struct stat status {};

@@ -25,11 +25,11 @@ public:
         std::size_t written; // bytes
         int error;           // errno where that is less than was to be written
     };
-    Outcome append(const char *bytes, std::size_t size);
+    Outcome append(const char *bytes, std::size_t size) const;
 
     // Takes away what append() has just written of something it could not write whole. Does nothing
     // when others have written since.
-    void removeTail(std::size_t size);
+    void removeTail(std::size_t size) const;
 
 private:
     int m_descriptor;

@@ -6,7 +6,7 @@
 
 QString ZQException::logException(const platform::Exception &exception, const char *methodName)
 {
-    const auto text = platform::format(QStringLiteral("Exception in %s. %@ - %@."), methodName,
+    auto text = platform::format(QStringLiteral("Exception in %s. %@ - %@."), methodName,
                                        exception.name(), exception.reason());
     ZQLog::appendLogAndPrint(text);
     return text;

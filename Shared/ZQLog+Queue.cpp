@@ -12,7 +12,7 @@ namespace {
 constexpr quint64 longestFile = 500000;
 
 // So many bytes are handed over together.
-constexpr std::size_t muchAtOnce = 256 * 1024;
+constexpr std::size_t muchAtOnce = 262144;
 
 } // namespace
 

@@ -104,6 +104,9 @@ QString ZQLog::appName() const
         }
     }
     const auto path = platform::Bundle::main().executablePath();
+    if (path.isNull()) {
+        return {};
+    }
     const auto name = path.mid(path.lastIndexOf(u'/') + 1);
     const auto extension = name.lastIndexOf(u'.');
     return extension > 0 ? name.left(extension) : name;

@@ -37,7 +37,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t fullSize = 32 * 1024; // UTF-16 units, some 300 lines
+    static constexpr std::size_t fullSize = 32768; // UTF-16 units, some 300 lines
 
     std::vector<char16_t> m_units;
     std::vector<std::size_t> m_ends;

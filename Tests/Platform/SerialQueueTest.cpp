@@ -271,6 +271,7 @@ void SerialQueueTest::severalThreadsAddInTheirOwnOrder()
         }
     });
     std::vector<std::thread> adders;
+    adders.reserve(threads);
     for (int thread = 0; thread < threads; ++thread) {
         adders.emplace_back([&queue, thread] {
             for (int number = 0; number < each; ++number) {
@@ -292,8 +293,10 @@ void SerialQueueTest::severalThreadsWait()
     std::atomic<int> handled = 0;
     std::atomic<bool> early = false;
     Queue queue("test", [&](const Numbers &batch) { handled += static_cast<int>(batch.count()); });
+    constexpr int threads = 4;
     std::vector<std::thread> all;
-    for (int thread = 0; thread < 4; ++thread) {
+    all.reserve(threads);
+    for (int thread = 0; thread < threads; ++thread) {
         all.emplace_back([&] {
             for (int number = 0; number < 200; ++number) {
                 const int before = handled;

@@ -29,11 +29,13 @@ private Q_SLOTS:
     void aFileThatCannotBeCreatedIsPrinted();
 
     void theFilesAreNamedAfterTheExecutableNotTheGivenName();
+    void theGivenNameIsTakenOverWhereThereIsNoExecutable();
     void theExecutablesLastExtensionIsNoPartOfTheName();
     void theNameMayBeSetAndCleared();
 
     void aFileOf499999BytesIsNotFull();
     void theEntryThatReaches500000BytesEndsTheOldFile();
+    void theEntryBehindTheOneThatReaches500000BytesBeginsTheNewFile();
     void multiByteTextCountsInBytes();
     void aBurstIsWrittenAsIfOneByOne();
     void theTruncationNoticeIsWrittenFromInsideTheQueue();
@@ -229,6 +231,21 @@ void ZQLogRotationTest::theFilesAreNamedAfterTheExecutableNotTheGivenName()
     QCOMPARE(ZQLog::sharedController().appName(), text("ZQLogRotationTest"));
 }
 
+void ZQLogRotationTest::theGivenNameIsTakenOverWhereThereIsNoExecutable()
+{
+    // A process that cannot see its own entry in "/proc" does not know its executable.
+    QStringList blind{text("--dev-bind"), text("/"),  text("/"),         text("--tmpfs"),
+                      text("/proc"),      text("--"), test::logProgram()};
+    const auto run = test::runLogProgram(
+        blind + QStringList{text("state"), text("new=Given"), text("new=Later"), text("state")},
+        text("bwrap"));
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY(run.output.first().endsWith(text(" name (null)")));
+    QVERIFY(run.output.last().endsWith(text(" name Given")));
+    QVERIFY(QFile::exists(generation(1, text("Given"))));
+    QVERIFY(QFile::exists(generation(2, text("Given"))));
+}
+
 void ZQLogRotationTest::theExecutablesLastExtensionIsNoPartOfTheName()
 {
     const auto program = QDir::tempPath() + text("/Some program.1.bin");
@@ -271,6 +288,21 @@ void ZQLogRotationTest::theEntryThatReaches500000BytesEndsTheOldFile()
     QCOMPARE(ZQLog::sharedController().bytesWritten(),
              quint64(test::contents(generation(1)).size()));
     QCOMPARE(ZQLog::sharedController().bytesInQueue(), quint64(0));
+}
+
+void ZQLogRotationTest::theEntryBehindTheOneThatReaches500000BytesBeginsTheNewFile()
+{
+    // Queued at once, so that they are written together; the tenth line is the last byte.
+    ZQLog::createNewLog();
+    fillTo(longestFile - 10 * (lineOverhead + 1));
+    for (int line = 0; line < 15; ++line) {
+        ZQLog::fastAppendLog(text("%x"), line);
+    }
+    ZQLog::finishWriting();
+    QCOMPARE(test::contents(generation(2)).size(), int(longestFile));
+    QCOMPARE(body(generation(2)).last(), text("9"));
+    QCOMPARE(body(generation(1)),
+             (QStringList{notice(), text("a"), text("b"), text("c"), text("d"), text("e")}));
 }
 
 void ZQLogRotationTest::multiByteTextCountsInBytes()

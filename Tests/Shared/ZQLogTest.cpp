@@ -10,6 +10,7 @@
 #include <QProcess>
 #include <QTest>
 
+#include <array>
 #include <type_traits>
 
 // How texts become lines of the file.
@@ -61,6 +62,13 @@ QByteArray rawBody()
     return bytes;
 }
 
+// The date at the start of a line.
+QDateTime dateOf(const QByteArray &line)
+{
+    return QDateTime::fromString(QString::fromLatin1(line.left(10) + 'T' + line.mid(11, 8) + 'Z'),
+                                 Qt::ISODate);
+}
+
 constexpr int dateLength = 28; // "2012-06-15 14:23:45 +0000 - "
 
 } // namespace
@@ -80,9 +88,7 @@ void ZQLogTest::anEntryIsOneLineOfDateAndText()
     const auto line = rawBody();
     const auto after = QDateTime::currentDateTimeUtc();
     QCOMPARE(line.mid(19), QByteArray(" +0000 - an entry\n"));
-    auto date =
-        QDateTime::fromString(QString::fromLatin1(line.left(19)), text("yyyy-MM-dd HH:mm:ss"));
-    date.setTimeSpec(Qt::UTC);
+    const auto date = dateOf(line);
     QVERIFY(date.isValid());
     QVERIFY(before.addSecs(-1) <= date && date <= after);
 }
@@ -98,9 +104,7 @@ void ZQLogTest::theDateIsInUtcWhateverTheTimeZone()
     const auto before = QDateTime::currentDateTimeUtc().addSecs(-1);
     process.start(test::logProgram(), {text("new")});
     QVERIFY(process.waitForFinished());
-    const auto line = test::contents(generation(1, text("LogProgram"))).left(19);
-    auto date = QDateTime::fromString(QString::fromLatin1(line), text("yyyy-MM-dd HH:mm:ss"));
-    date.setTimeSpec(Qt::UTC);
+    const auto date = dateOf(test::contents(generation(1, text("LogProgram"))));
     QVERIFY(before <= date && date <= QDateTime::currentDateTimeUtc());
 }
 
@@ -158,8 +162,8 @@ void ZQLogTest::aNulInsideAnEntryStays()
 
 void ZQLogTest::aSurrogateWithoutItsOtherHalfBecomesAQuestionMark()
 {
-    const QString texts[] = {QString(QChar(0xD83D)), QString(QChar(0xDE00)),
-                             text("a") + QChar(0xDE00) + QChar(0xD83D) + text("b")};
+    const std::array<QString, 3> texts{QString(QChar(0xD83D)), QString(QChar(0xDE00)),
+                                       text("a") + QChar(0xDE00) + QChar(0xD83D) + text("b")};
     for (const auto &broken : texts) {
         ZQLog::appendLog(broken);
     }

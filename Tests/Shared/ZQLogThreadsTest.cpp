@@ -33,6 +33,7 @@ QString text(const char *utf8)
 void onThreads(int count, const std::function<void(int)> &work)
 {
     std::vector<std::thread> all;
+    all.reserve(static_cast<std::size_t>(count));
     for (int thread = 0; thread < count; ++thread) {
         all.emplace_back(work, thread);
     }

@@ -58,7 +58,7 @@ QStringList stuck()
 
 QString letters(int count)
 {
-    return QString(count, QLatin1Char('x'));
+    return QString().fill(QLatin1Char('x'), count);
 }
 
 void addWaysToEnd()
