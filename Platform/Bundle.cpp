@@ -12,30 +12,6 @@
 #include <link.h>
 
 namespace platform {
-namespace {
-
-// Null where the system does not tell.
-QString runningProgram()
-{
-    // Never destroyed: the log still asks while the process exits.
-    static const auto *program = [] {
-        const auto target = QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
-        return new QString(target.isEmpty() ? QString() : target);
-    }();
-    return *program;
-}
-
-// The bundle folder of a program at "Contents/MacOS/NAME" in it; null for any other place.
-QString bundlePathOfProgram(const QString &program)
-{
-    static const auto middle = QStringLiteral("/Contents/MacOS");
-    const auto folder = program.left(program.lastIndexOf(QLatin1Char('/')));
-    return folder.endsWith(middle) && folder.size() > middle.size()
-               ? folder.left(folder.size() - middle.size())
-               : QString();
-}
-
-} // namespace
 
 Bundle Bundle::main()
 {
