@@ -18,9 +18,10 @@ _started = []
 
 def start(command, **options):
     """Starts a program that announces itself to assistive technology."""
-    # Qt 5 meets a screen reader only where the accessibility bus was up before the program, and its
-    # address was at the X server: asked for on the session bus, it comes too late.
-    Atspi.get_desktop(0).get_child_count()  # brings the bus and its registry up
+    # This brings the accessibility bus up, which leaves its address on the root window; there Qt
+    # finds it at once. A Qt 5 that has to ask the session bus for it may announce itself before
+    # the answer comes, and then is never seen.
+    Atspi.get_desktop(0).get_child_count()
     process = subprocess.Popen(command, env=dict(os.environ, **options), stderr=subprocess.DEVNULL)
     _started.append(process)
     return process
