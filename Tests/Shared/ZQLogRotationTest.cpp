@@ -175,6 +175,7 @@ void ZQLogRotationTest::aLinkOrFolderInTheCurrentFilesPlaceIsRotatedLikeAFile()
     test::write(elsewhere, "precious");
     QVERIFY(QDir().mkpath(generation(1)));
     ZQLog::createNewLog();
+    ZQLog::finishWriting(); // or what waits goes to the next new log
     QVERIFY(QFileInfo(generation(2)).isDir());
     QVERIFY(QFile::remove(generation(1)));
     QVERIFY(QFile::link(elsewhere, generation(1)));
