@@ -14,11 +14,9 @@ constexpr qint64 maximumSize = qint64(64) * 1024 * 1024;
 // Containers inside one another.
 constexpr int maximumDepth = 512;
 
-// Values in all: as many as the XML form can hold, of the shortest kind, "<true/>".
-constexpr qint64 maximumValues = maximumSize / 7;
-
-// Dates: far beyond the platform's "distant future", far before QDateTime ends.
-constexpr int earliestYear = 1;
-constexpr int latestYear = 99999;
+// Values in all, each one counted as often as it is met. A value takes about 64 bytes beside its
+// content, so that memory for both has the same bound.
+constexpr qint64 maximumValues = 1024 * 1024;
+constexpr qint64 valueWeight = maximumSize / maximumValues;
 
 } // namespace platform::propertylist

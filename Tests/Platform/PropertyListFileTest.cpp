@@ -146,8 +146,8 @@ void PropertyListFileTest::onlyRegularFilesAreReadAndNothingBlocks()
 
 void PropertyListFileTest::aFileLargerThanTheLimitIsNotRead()
 {
-    put("<dict/>");
-    QCOMPARE(::truncate(m_name.constData(), platform::propertylist::maximumSize), 0);
+    constexpr auto most = static_cast<int>(platform::propertylist::maximumSize);
+    put(QByteArray("<dict/>").rightJustified(most, ' '));
     QCOMPARE(dictionaryFromFile(m_path), QVariantMap());
     QCOMPARE(::truncate(m_name.constData(), platform::propertylist::maximumSize + 1), 0);
     QVERIFY(!dictionaryFromFile(m_path));

@@ -58,6 +58,10 @@ private Q_SLOTS:
     void aSharedObjectDoesNotGetAroundTheLimitOfDepth();
     void objectsThatUnfoldWithoutBoundAreRefused();
     void aHugeArrayOfOneObjectIsRefused();
+    void aLongTextMetOftenIsRefused();
+    void moreElementsThanTheLimitAreRefused();
+    void nestingCannotHideBehindOtherMarkup_data();
+    void nestingCannotHideBehindOtherMarkup();
     void whatWouldBeTooLargeIsNotWritten();
     void moreBytesThanTheLimitAreNotRead();
     void theDeepestListIsReadAndWrittenOnASmallStack();
@@ -130,6 +134,62 @@ void PropertyListLimitsTest::aHugeArrayOfOneObjectIsRefused()
     list.objects = {BinaryPropertyList::counted(0xA, count, QByteArray(count, '\1')),
                     QByteArray("\x09")};
     QVERIFY(!propertyListFromData(list.data()));
+}
+
+void PropertyListLimitsTest::aLongTextMetOftenIsRefused()
+{
+    BinaryPropertyList list;
+    const auto text = BinaryPropertyList::text(QByteArray(1024 * 1024, 'a'));
+    list.objects = {list.container(QList<int>::fromVector(QVector<int>(63, 1))), text};
+    QVERIFY(propertyListFromData(list.data()));
+    list.objects = {list.container(QList<int>::fromVector(QVector<int>(64, 1))), text};
+    QVERIFY(!propertyListFromData(list.data()));
+    // The same where the texts of different objects overlap.
+    list.objects = {list.container({})};
+    for (auto i = 0; i < 70; ++i) {
+        list.objects << QByteArray::fromHex("5F1200100000");
+    }
+    list.objects << QByteArray(1024 * 1024 + 10, 'a');
+    QList<int> all;
+    for (auto i = 1; i <= 70; ++i) {
+        all << i;
+    }
+    list.objects[0] = list.container(all);
+    QVERIFY(!propertyListFromData(list.data()));
+    list.root = 70;
+    QVERIFY(propertyListFromData(list.data()));
+}
+
+void PropertyListLimitsTest::moreElementsThanTheLimitAreRefused()
+{
+    const auto list = [](qint64 count) {
+        return "<array>" + QByteArray("<true/>").repeated(static_cast<int>(count)) + "</array>";
+    };
+    QElapsedTimer time;
+    time.start();
+    QVERIFY(propertyListFromData(list(platform::propertylist::maximumValues - 1)));
+    QVERIFY(!propertyListFromData(list(4 * platform::propertylist::maximumValues)));
+    QVERIFY(time.elapsed() < 60000);
+}
+
+// What looks like closing tags to one reader and not to another must not take nesting back.
+void PropertyListLimitsTest::nestingCannotHideBehindOtherMarkup_data()
+{
+    QTest::addColumn<QByteArray>("unit");
+    QTest::newRow("comment") << QByteArray("<array><!-- </array> -->");
+    QTest::newRow("section") << QByteArray("<array><![CDATA[</array>]]>");
+    QTest::newRow("text") << QByteArray("<array><string><![CDATA[</array>]]></string>");
+    QTest::newRow("instruction") << QByteArray("<array><?a \"?></array>\"?>");
+    QTest::newRow("attribute") << QByteArray("<array a=\"></array>\">");
+    QTest::newRow("document type") << QByteArray("<array><!DOCTYPE a [</array>]>");
+}
+
+void PropertyListLimitsTest::nestingCannotHideBehindOtherMarkup()
+{
+    QFETCH(QByteArray, unit);
+    constexpr auto many = 300000;
+    QVERIFY(!propertyListFromData(unit.repeated(many)));
+    QVERIFY(!propertyListFromData(unit.repeated(many) + QByteArray("</array>").repeated(many)));
 }
 
 void PropertyListLimitsTest::whatWouldBeTooLargeIsNotWritten()
