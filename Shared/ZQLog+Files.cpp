@@ -75,16 +75,23 @@ void writeHeader()
 void ZQLog::createNewLog(const QString &applicationName)
 {
     auto &log = sharedController();
-    log.guarded([&] { log.startNewLog(applicationName); });
+    log.guarded([&] {
+        if (log.startNewLog(applicationName)) {
+            writeHeader();
+        }
+    });
 }
 
-void ZQLog::startNewLog(const QString &applicationName)
+// False where there is no new file, for reasons that have been printed.
+bool ZQLog::startNewLog(const QString &applicationName)
 {
+    // Calls do not exclude each other (kept on purpose), only the writer meanwhile.
+    const std::shared_lock newLog(m_newLogs);
     setFileHandle(nullptr);
     if (isDisabledByPreferences()) {
         platform::printLine(QStringLiteral("Logging is disabled"));
         m_loggingDisabled.store(true, std::memory_order_relaxed);
-        return;
+        return false;
     }
     if (!applicationName.isNull() && appName().isNull()) {
         setAppName(applicationName);
@@ -95,22 +102,24 @@ void ZQLog::startNewLog(const QString &applicationName)
     if (!QFileInfo::exists(folder) && !platform::createPrivateFolder(folder)) {
         platform::printLine(
             platform::format(QStringLiteral("Unable to create folder %s."), folder));
-        return;
+        return false;
     }
     const auto file = currentFile();
     if (platform::nameExists(file) && !rotate(folder)) {
-        return;
+        return false;
     }
     QString error;
     if (!platform::createEmptyPrivateFile(file, &error)) {
         platform::printLine(
             platform::format(QStringLiteral("Unable to create log file %s - %s"), file, error));
-        return;
+        return false;
     }
-    if (auto handle = platform::AppendFile::open(file)) {
-        setFileHandle(std::move(handle));
-        writeHeader();
+    auto handle = platform::AppendFile::open(file);
+    if (handle == nullptr) {
+        return false;
     }
+    setFileHandle(std::move(handle));
+    return true;
 }
 
 // Every generation becomes the next, the last one goes. False as soon as one cannot be moved.

@@ -72,13 +72,12 @@ void ZQLog::appendLogOnThread(QStringView text)
 // Has the lines go to the current file. False where that cannot be opened.
 bool ZQLog::useCurrentFile()
 {
-    if (m_fileHandleChanges.load(std::memory_order_relaxed) != m_linesFileHandleChanges) {
-        writeLines();
-        const std::lock_guard lock(m_mutex);
-        m_linesFileHandleChanges = m_fileHandleChanges.load(std::memory_order_relaxed);
-        m_lines.setFile(m_fileHandle);
+    if (takeFileHandle()) {
+        return true;
     }
-    if (m_lines.hasFile()) {
+    // Not while another thread is between the old file and the new one.
+    const std::unique_lock noNewLog(m_newLogs);
+    if (takeFileHandle()) {
         return true;
     }
     auto file = platform::AppendFile::open(currentFile());
@@ -87,11 +86,23 @@ bool ZQLog::useCurrentFile()
     }
     m_lines.setFile(file);
     const std::lock_guard lock(m_mutex);
-    // Not if somebody has begun a new log meanwhile.
+    // Not if the log has been closed meanwhile.
     if (m_fileHandleChanges.load(std::memory_order_relaxed) == m_linesFileHandleChanges) {
         m_fileHandle = std::move(file);
     }
     return true;
+}
+
+// Follows a change of the file handle. False where there is none.
+bool ZQLog::takeFileHandle()
+{
+    if (m_fileHandleChanges.load(std::memory_order_relaxed) != m_linesFileHandleChanges) {
+        writeLines();
+        const std::lock_guard lock(m_mutex);
+        m_linesFileHandleChanges = m_fileHandleChanges.load(std::memory_order_relaxed);
+        m_lines.setFile(m_fileHandle);
+    }
+    return m_lines.hasFile();
 }
 
 void ZQLog::writeLines()

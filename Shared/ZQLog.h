@@ -17,22 +17,22 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <shared_mutex>
 
-// The process-wide log: time-stamped lines in the file "<appName>.1.log" in the user's
+// The process-wide log: time-stamped lines in "<appName>.1.log" in the user's
 // "Library/Logs/Corvane" (for root in the one of "/Library"), with four older generations beside
-// it. Callers only format and queue; the lines are written by a thread of the log's own. Nothing
-// here reports failure or raises: what goes wrong is printed to standard output. Any thread.
+// it. Callers only format and queue; a thread of the log's own writes. Nothing here reports failure
+// or raises: what goes wrong is printed to standard output. Any thread.
 class ZQLog {
 public:
     // The one instance, made at the first use. It stays to the very end of the process.
     static ZQLog &sharedController();
 
     /// createNewLog:
-    /// Renames the generations and begins a new file with a header. The name is taken over only
-    /// where the process has no executable to name the files after: kept on purpose. Runs on the
-    /// calling thread; calls do not exclude each other.
-    static void createNewLog(const QString &applicationName);
-    static void createNewLog() { createNewLog(QString()); }
+    /// Renames the generations and begins a new file with a header, on the calling thread; calls do
+    /// not exclude each other. The name is taken over only where the process has no executable to
+    /// name the files after: kept on purpose.
+    static void createNewLog(const QString &applicationName = QString());
 
     /// appendLog:
     /// Formats as platform::format() and queues an entry; a null format does nothing. On other
@@ -78,8 +78,8 @@ public:
     // Bytes that this process has written to the current file since createNewLog().
     quint64 bytesWritten() const { return m_bytesWritten.load(std::memory_order_relaxed); }
 
-    // UTF-16 units queued and not yet written: approximate, and only growing while logging is
-    // disabled or when writing fails (kept on purpose).
+    // UTF-16 units queued and not yet written: approximate. Stays too large for good after texts
+    // that came while logging was disabled or could not be written: kept on purpose.
     quint64 bytesInQueue() const { return m_bytesInQueue.load(std::memory_order_relaxed); }
 
     // Set by createNewLog() when the global preferences say so; never reset.
@@ -102,7 +102,7 @@ private:
     void appendTextToLog(QStringView text);
     void close();
 
-    // Runs a part of the log's work; what that raises is printed.
+    // Does some work; what that raises is printed.
     template <typename Work>
     void guarded(Work work) const noexcept
     {
@@ -118,10 +118,11 @@ private:
     void appendAll(const ZQLogTexts &texts);
     void appendLogOnThread(QStringView text);
     bool useCurrentFile();
+    bool takeFileHandle();
     void writeLines();
     void leftQueue(qsizetype characters);
 
-    void startNewLog(const QString &applicationName);
+    bool startNewLog(const QString &applicationName);
     bool rotate(const QString &folder) const;
     QString generation(const QString &folder, long number) const;
     QString currentFile() const;
@@ -132,7 +133,8 @@ private:
     std::atomic<bool> m_loggingDisabled = false;
     std::atomic<unsigned> m_fileHandleChanges = 0;
 
-    mutable std::mutex m_mutex; // name and file handle
+    std::shared_mutex m_newLogs; // shared by calls that begin a new log
+    mutable std::mutex m_mutex;  // name and file handle
     QString m_appName;
     FileHandle m_fileHandle;
 
@@ -145,5 +147,5 @@ private:
     platform::SerialQueue<ZQLogTexts> m_writeQueue;
 };
 
-// Logs and prints the reason of an exception that nobody caught. Installed with the log.
+// For exceptions that nobody catches; installed with the log.
 void uncaughtExceptionHandler(const platform::Exception &exception);
