@@ -3,45 +3,107 @@
 #include "Platform/DistributedNotificationCenter.h"
 
 #include "Platform/Console.h"
+#include "Platform/DBusValue.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
-#include <QDBusMessage>
+#include <QDBusError>
 
 #include <mutex>
 
 namespace platform {
 namespace {
 
-const auto objectPath = QStringLiteral("/com/corvane/DistributedNotifications");
-const auto interfaceName = QStringLiteral("com.corvane.DistributedNotifications");
-const auto signalName = QStringLiteral("Posted");
+QString objectPath()
+{
+    return QStringLiteral("/com/corvane/DistributedNotifications");
+}
+
+QString interfaceName()
+{
+    return QStringLiteral("com.corvane.DistributedNotifications");
+}
+
+QString signalName()
+{
+    return QStringLiteral("Posted");
+}
+
+void reportNoSessionBus(const QDBusConnection &bus)
+{
+    static std::once_flag once;
+    std::call_once(once, [&bus] {
+        const auto reason = bus.lastError().message();
+        consoleLog(QStringLiteral("Distributed notifications are lost: no session bus (%@)"),
+                   reason.isEmpty() ? QStringLiteral("disconnected") : reason);
+    });
+}
+
+// Messages leave on a thread of the bus connection. The answer to a call means that all before it
+// are gone.
+void waitUntilAllIsSent()
+{
+    constexpr int longestWait = 1000; // milliseconds
+    const auto bus = QDBusConnection::sessionBus();
+    if (bus.isConnected()) {
+        bus.call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+                                                QStringLiteral("/org/freedesktop/DBus"),
+                                                QStringLiteral("org.freedesktop.DBus.Peer"),
+                                                QStringLiteral("Ping")),
+                 QDBus::Block, longestWait);
+    }
+}
 
 } // namespace
 
 void postDistributedNotification(const Notification &notification)
 {
-    auto message = QDBusMessage::createSignal(objectPath, interfaceName, signalName);
-    message << notification.name << notification.object.toString() << notification.userInfo;
-    if (!QDBusConnection::sessionBus().send(message)) {
-        static std::once_flag once;
-        std::call_once(once, [] { consoleLog(QStringLiteral("No session bus")); });
+    const auto userInfo = dbusDictionary(notification.userInfo);
+    if (!userInfo) {
+        consoleLog(QStringLiteral("Distributed notification %@ is lost: too much user information"),
+                   notification.name);
+        return;
     }
+    auto message = QDBusMessage::createSignal(objectPath(), interfaceName(), signalName());
+    message << notification.name << notification.object.toString() << *userInfo;
+    const auto bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected() || !bus.send(message)) {
+        reportNoSessionBus(bus);
+        return;
+    }
+    // A program may end right after its last notification.
+    static std::once_flag once;
+    std::call_once(once, [] { qAddPostRoutine(waitUntilAllIsSent); });
 }
 
-DistributedObserver::DistributedObserver(const QString &name, Handler handler)
-    : m_name(name), m_handler(std::move(handler))
+DistributedObserver::DistributedObserver(QString name, Handler handler)
+    : m_name(std::move(name)), m_handler(std::move(handler))
 {
-    QDBusConnection::sessionBus().connect(QString(), objectPath, interfaceName, signalName,
-                                          {m_name}, QStringLiteral("ssa{sv}"), this,
-                                          SLOT(posted(QString, QString, QVariantMap)));
+    // A signal of another signature is not passed on.
+    auto bus = QDBusConnection::sessionBus();
+    if (!bus.connect(QString(), objectPath(), interfaceName(), signalName(), {m_name},
+                     QStringLiteral("ssa{sv}"), this, SLOT(posted(QDBusMessage)))) {
+        reportNoSessionBus(bus);
+    }
 }
 
 DistributedObserver::~DistributedObserver() = default;
 
-void DistributedObserver::posted(const QString &name, const QString &object,
-                                 const QVariantMap &userInfo)
+void DistributedObserver::posted(const QDBusMessage &message)
 {
-    m_handler({name, object, userInfo});
+    const auto arguments = message.arguments();
+    if (arguments.size() != 3) {
+        return;
+    }
+    Notification notification;
+    notification.name = arguments.at(0).toString();
+    if (const auto object = arguments.at(1).toString(); !object.isEmpty()) {
+        notification.object = object;
+    }
+    notification.userInfo = plainDictionary(arguments.at(2));
+    // A copy, because the handler may destroy this object.
+    const auto handler = m_handler;
+    handler(notification);
 }
 
 } // namespace platform

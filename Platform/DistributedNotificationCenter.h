@@ -4,6 +4,7 @@
 
 #include "Platform/Notification.h"
 
+#include <QDBusMessage>
 #include <QObject>
 
 #include <functional>
@@ -13,21 +14,24 @@
 namespace platform {
 
 // Posts to every process that observes the name. Any thread. Never fails visibly: without a session
-// bus the notification is lost and one console line per process says so.
+// bus the notification is lost and one console line per process says so. User information that the
+// bus cannot carry is left out.
 void postDistributedNotification(const Notification &notification);
 
 // Calls handler on the main thread for each notification of the name, from any sender, this process
-// included, until the object is destroyed.
+// included, until the object is destroyed. User information holds plain values only: truth values,
+// numbers, text, QByteArray, QStringList, QVariantList and QVariantMap. The object is text or, for
+// none, invalid. Made and destroyed on the main thread; the handler may destroy it.
 class DistributedObserver : public QObject {
     Q_OBJECT
 public:
     using Handler = std::function<void(const Notification &)>;
 
-    DistributedObserver(const QString &name, Handler handler);
+    DistributedObserver(QString name, Handler handler);
     ~DistributedObserver() override;
 
 private Q_SLOTS:
-    void posted(const QString &name, const QString &object, const QVariantMap &userInfo);
+    void posted(const QDBusMessage &message);
 
 private:
     QString m_name;

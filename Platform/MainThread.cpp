@@ -4,8 +4,11 @@
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QThread>
 #include <QTimer>
+
+#include <unistd.h>
 
 #include <condition_variable>
 #include <deque>
@@ -26,12 +29,41 @@ CallQueue &callQueue()
     return *queue;
 }
 
+class CallReceiver : public QObject {
+public:
+    bool event(QEvent *event) override
+    {
+        if (event->type() == QEvent::User) {
+            runPendingMainThreadCalls();
+            return true;
+        }
+        return QObject::event(event);
+    }
+};
+
+// A posted event is the main thread's alone from then on, unlike a queued method call, which its
+// sender still holds while the main thread may be freeing it.
+void wakeMainThread(const QCoreApplication &application)
+{
+    static auto *receiver = new CallReceiver; // never destroyed, as the queue
+    static const bool moved = [&] {
+        receiver->moveToThread(application.thread());
+        return true;
+    }();
+    Q_UNUSED(moved)
+    QCoreApplication::postEvent(receiver, new QEvent(QEvent::User));
+}
+
 } // namespace
 
 bool isMainThread()
 {
-    const auto *application = QCoreApplication::instance();
-    return application == nullptr || application->thread() == QThread::currentThread();
+    if (const auto *application = QCoreApplication::instance()) {
+        return application->thread() == QThread::currentThread();
+    }
+    // Before the application and after it the process's first thread: a worker that is still there
+    // then must not take itself for the main thread.
+    return ::gettid() == ::getpid();
 }
 
 void performOnMainThread(std::function<void()> call)
@@ -40,8 +72,8 @@ void performOnMainThread(std::function<void()> call)
         const std::lock_guard lock(callQueue().mutex);
         callQueue().calls.push_back(std::move(call));
     }
-    if (auto *application = QCoreApplication::instance()) {
-        QMetaObject::invokeMethod(application, runPendingMainThreadCalls, Qt::QueuedConnection);
+    if (const auto *application = QCoreApplication::instance()) {
+        wakeMainThread(*application);
     }
 }
 
@@ -86,6 +118,25 @@ void pumpEvents(std::chrono::milliseconds longest)
     limit.setTimerType(Qt::PreciseTimer);
     limit.start(longest);
     QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+}
+
+bool pumpEventsUntil(const std::function<bool()> &ended)
+{
+    if (ended()) {
+        return true;
+    }
+    // A real event loop, because only such a one is told that the application quits.
+    QEventLoop loop;
+    QTimer poll;
+    poll.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
+        if (ended()) {
+            loop.quit();
+        }
+    });
+    poll.start(std::chrono::milliseconds(10));
+    loop.exec();
+    return ended();
 }
 
 } // namespace platform

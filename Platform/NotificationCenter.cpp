@@ -2,14 +2,32 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/NotificationCenter.h"
 
+#include <QCoreApplication>
+
 #include <vector>
 
 namespace platform {
+namespace {
+
+void announceTermination()
+{
+    const auto post = [] {
+        NotificationCenter::defaultCenter().post({applicationWillTerminateNotification, {}, {}});
+    };
+    auto *application = QCoreApplication::instance();
+    QObject::connect(application, &QCoreApplication::aboutToQuit, application, post,
+                     Qt::DirectConnection);
+}
+
+} // namespace
 
 NotificationCenter &NotificationCenter::defaultCenter()
 {
     // Never destroyed: objects with static lifetime may still remove their observers.
-    static auto *center = new NotificationCenter;
+    static auto *center = [] {
+        qAddPreRoutine(announceTermination); // now, or once there is an application
+        return new NotificationCenter;
+    }();
     return *center;
 }
 

@@ -20,7 +20,7 @@ public:
     const Bundle &bundle() const { return m_bundle; }
 
     // Makes the view, then calls mainViewDidLoad(). Called once by the host, which owns the view
-    // from then on; the pane outlives it or forgets it.
+    // and deletes the pane before it.
     virtual QWidget *loadMainView(QWidget *parent) = 0;
 
     // Called once when the view is there.

@@ -7,21 +7,29 @@
 #include <optional>
 
 // Property lists, XML and binary, as QVariant: dictionaries are QVariantMap, arrays QVariantList,
-// text QString, data QByteArray, dates QDateTime (UTC), integers qlonglong (qulonglong where they
-// do not fit), reals double, truth values bool.
+// text QString, data QByteArray, dates QDateTime (UTC, whole seconds), integers qlonglong
+// (qulonglong where they do not fit), reals double, truth values bool. Beside these, the binary
+// form has UIDs, which are read as the dictionary {"CF$UID": number} that stands for them in the
+// XML form, and nulls, which are read as invalid values and, as the XML form has none, are left out
+// when written.
+//
+// No input crashes, blocks or exhausts the process; PropertyListLimits.h has the bounds. Any
+// thread.
 namespace platform {
 
-// The value of a property list in any format; nothing when the bytes are not one.
+// The value of a property list in either form; nothing when the bytes are not a whole one.
 std::optional<QVariant> propertyListFromData(const QByteArray &data);
 
-// The XML form; empty when the value holds something that a property list cannot hold.
+// The XML form; empty when the value holds something that a property list cannot hold. Characters
+// that XML cannot hold (control characters, halves of surrogate pairs) become U+FFFD.
 QByteArray propertyListToXml(const QVariant &value);
 
-// The dictionary in a file; nothing when the file cannot be read or does not hold a dictionary.
+// The dictionary in a file; nothing when the file is not a regular one, cannot be read or does not
+// hold a dictionary.
 std::optional<QVariantMap> dictionaryFromFile(const QString &path);
 
-// Replaces the file by the dictionary's XML form atomically. False, with the system's words in
-// error, when that failed; the old file is then untouched.
+// Replaces the file by the dictionary's XML form atomically, as replaceFile() does. False, with the
+// reason in error, when that failed; the old file is then untouched.
 bool writeDictionaryToFile(const QVariantMap &dictionary, const QString &path,
                            QString *error = nullptr);
 

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QUuid>
 
@@ -103,12 +104,22 @@ QString userFolder(SearchPathDirectory directory)
     if (isRunningAsRoot()) {
         return QStringLiteral("/var/root") + folderIn(directory, UserDomain);
     }
-    const auto shown = desktopEnvironmentFolder(directory);
+    auto shown = desktopEnvironmentFolder(directory);
     if (!shown.isEmpty()) {
         return shown;
     }
     const auto home = homeDirectory();
-    return home.isNull() ? QString() : home + folderIn(directory, UserDomain);
+    return home.isNull() ? QString() : QDir::cleanPath(home + folderIn(directory, UserDomain));
+}
+
+// Makes the folder where there is nothing. Whether it is a folder that only this user can enter.
+bool isOrBecomesPrivate(const QString &path)
+{
+    const auto name = QFile::encodeName(path);
+    ::mkdir(name.constData(), S_IRWXU);
+    struct stat status {};
+    return ::lstat(name.constData(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == ::geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
 } // namespace
@@ -182,7 +193,14 @@ QString consoleUser()
 
 QString temporaryDirectory()
 {
-    return QDir::tempPath();
+    const auto shared = QDir::tempPath();
+    auto own = QStringLiteral("%1/com.corvane.%2").arg(shared).arg(::geteuid());
+    if (isOrBecomesPrivate(own)) {
+        return own;
+    }
+    // Somebody else has taken the name, so what stands there cannot be trusted.
+    auto atHome = homeDirectory() + QStringLiteral("/.cache/com.corvane.temporary");
+    return QDir().mkpath(QFileInfo(atHome).path()) && isOrBecomesPrivate(atHome) ? atHome : shared;
 }
 
 QString globallyUniqueString()

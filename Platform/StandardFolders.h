@@ -43,7 +43,8 @@ QString userName();
 // where nobody is.
 QString consoleUser();
 
-// The folder for temporary files, without a trailing slash.
+// The user's own folder for temporary files, made where it does not exist, without a trailing
+// slash. Nobody else can enter it, so files of well-known names are safe in it.
 QString temporaryDirectory();
 
 // A new unique text at every call, fit for a file name.

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <charconv>
+#include <chrono>
 
 namespace platform {
 namespace {
@@ -98,18 +99,40 @@ QString description(const QDateTime &date)
     if (!date.isValid()) {
         return nullText();
     }
-    // Written out by hand: toString() with a pattern costs microseconds and every log line has one.
-    const auto utc = date.toUTC();
-    const auto day = utc.date();
-    const auto time = utc.time();
-    return QString::asprintf("%04d-%02d-%02d %02d:%02d:%02d +0000", day.year(), day.month(),
-                             day.day(), time.hour(), time.minute(), time.second());
+    // Written out by hand: every log line has one, and a pattern costs microseconds.
+    using namespace std::chrono;
+    const milliseconds moment(date.toMSecsSinceEpoch());
+    const auto epochDay = floor<days>(moment);
+    const hh_mm_ss time(floor<seconds>(moment - epochDay));
+    constexpr qint64 epochJulianDay = 2440588;
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    QDate::fromJulianDay(epochJulianDay + epochDay.count()).getDate(&year, &month, &day);
+
+    auto text = QStringLiteral("0000-00-00 00:00:00 +0000");
+    auto *const characters = text.data();
+    const auto put = [characters](int last, qint64 number) {
+        for (; number > 0; number /= 10) {
+            characters[last--] = QLatin1Char(static_cast<char>('0' + number % 10));
+        }
+    };
+    put(6, month);
+    put(9, day);
+    put(12, time.hours().count());
+    put(15, time.minutes().count());
+    put(18, time.seconds().count());
+    if (year < 0 || year > 9999) {
+        return QString::number(year) + text.mid(4);
+    }
+    put(3, year);
+    return text;
 }
 
 QString description(double number)
 {
     std::array<char, 32> buffer{};
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr;
+    const auto *const end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr;
     return QString::fromLatin1(buffer.data(), static_cast<int>(end - buffer.data()));
 }
 

@@ -2,15 +2,15 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/TextFormat.h"
 
+#include "Platform/FormatDirective.h"
 #include "Platform/FormatValue.h"
 
 #include <QStringView>
 #include <QVarLengthArray>
 
-#include <locale.h>
-
 #include <algorithm>
 #include <array>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -21,24 +21,47 @@ namespace {
 
 using Value = FormatArgument::Value;
 
-constexpr int mostWidth = 4095;
-
-// "%", flags, width, "." and precision, length, conversion.
-struct Directive {
-    bool left = false;
-    bool plus = false;
-    bool space = false;
-    bool alternate = false;
-    bool zero = false;
-    int width = 0;
-    int precision = -1; // none
-    int shortness = 0;  // how many "h"
-    char16_t conversion = 0;
-};
-
-bool contains(std::u16string_view characters, char16_t character)
+bool isSigned(char16_t conversion)
 {
-    return character != 0 && characters.find(character) != std::u16string_view::npos;
+    return conversion == u'd' || conversion == u'i';
+}
+
+// The number as C shows it under this directive.
+WholeNumber fitted(const WholeNumber &number, const FormatDirective &directive)
+{
+    const auto bits = number.negative ? 0 - number.magnitude : number.magnitude;
+    if (directive.shortness > 0) {
+        const quint64 top = directive.shortness > 1 ? 0x80 : 0x8000;
+        const auto low = bits & (2 * top - 1);
+        const bool negative = isSigned(directive.conversion) && (low & top) != 0;
+        return {negative ? 2 * top - low : low, negative};
+    }
+    if (!number.negative || isSigned(directive.conversion)) {
+        return number;
+    }
+    // Two's complement: in 32 bits where the number was an int in C.
+    const bool isInt = !directive.isLong && number.magnitude <= 0x80000000U;
+    return {isInt ? bits & 0xFFFFFFFFU : bits, false};
+}
+
+// The digits before end; where they begin. None for 0.
+char16_t *writeDigits(char16_t *end, quint64 number, char16_t conversion)
+{
+    if (conversion == u'o') {
+        for (; number != 0; number >>= 3U) {
+            *--end = static_cast<char16_t>(u'0' + (number & 7U));
+        }
+    } else if (conversion == u'x' || conversion == u'X' || conversion == u'p') {
+        const auto *const digits = conversion == u'X' ? u"0123456789ABCDEF" : u"0123456789abcdef";
+        for (; number != 0; number >>= 4U) {
+            *--end = digits[number & 15U];
+        }
+    } else {
+        for (; number != 0; number /= 10) {
+            *--end = static_cast<char16_t>(u'0' + number % 10);
+        }
+    }
+    return end;
 }
 
 bool isText(const Value &value)
@@ -59,22 +82,22 @@ public:
     QString text();
 
 private:
-    char16_t at(qsizetype position) const;
-    qsizetype parse(qsizetype position, Directive &directive);
-    void parseFlags(qsizetype &position, Directive &directive) const;
-    int parseNumber(qsizetype &position);
+    void resolve(FormatDirective &directive);
+    int nextNumber();
 
-    void convert(const Directive &directive, const Value &value);
-    bool convertWholeNumber(const Directive &directive, const Value &value);
-    bool convertReal(const Directive &directive, const Value &value);
-    bool convertCharacter(const Directive &directive, const Value &value);
-    void convertText(const Directive &directive, const Value &value);
+    void convertNext(FormatDirective &directive);
+    void convert(const FormatDirective &directive, const Value &value);
+    bool convertWholeNumber(const FormatDirective &directive, const Value &value);
+    bool convertReal(const FormatDirective &directive, const Value &value);
+    bool convertCharacter(const FormatDirective &directive, const Value &value);
+    void convertText(const FormatDirective &directive, const Value &value);
 
     void append(QStringView text);
     void appendTimes(char16_t character, int times);
-    void appendField(const Directive &directive, QStringView prefix, int zeros, QStringView body);
-    void appendText(const Directive &directive, const QString &text);
-    void appendBytes(const Directive &directive, std::string_view bytes);
+    void appendField(const FormatDirective &directive, QStringView prefix, int zeros,
+                     QStringView body);
+    void appendText(const FormatDirective &directive, const QString &text);
+    void appendBytes(const FormatDirective &directive, std::string_view bytes);
 
     QStringView m_format;
     const FormatArgument *m_next;
@@ -92,98 +115,55 @@ QString Formatter::text()
             break;
         }
         append(m_format.mid(position, percent - position));
-        Directive directive;
-        const auto *const first = m_next;
-        position = parse(percent + 1, directive);
+        FormatDirective directive;
+        position = parseDirective(m_format, percent + 1, directive);
         if (directive.conversion == u'%') {
             append(u"%");
         } else if (directive.conversion == 0) {
-            m_next = first;
             append(m_format.mid(percent, position - percent));
-        } else if (m_next == m_end) {
-            append(u"(null)");
         } else {
-            convert(directive, unwrapped((m_next++)->value()));
+            convertNext(directive);
         }
     }
     return QString(reinterpret_cast<const QChar *>(m_output.constData()), m_output.size());
 }
 
-char16_t Formatter::at(qsizetype position) const
+// Takes the arguments for a width and a precision of "*".
+void Formatter::resolve(FormatDirective &directive)
 {
-    return position < m_format.size() ? m_format[position].unicode() : u'\0';
-}
-
-// Reads a directive behind its "%" and returns the position behind it. No conversion: the directive
-// is unknown or unfinished, and what stands at the position is no part of it.
-qsizetype Formatter::parse(qsizetype position, Directive &directive)
-{
-    const auto start = position;
-    parseFlags(position, directive);
-    directive.width = parseNumber(position);
-    if (directive.width < 0) {
-        directive.left = true;
-        directive.width = -directive.width;
+    if (directive.widthIsArgument) {
+        directive.width = nextNumber();
+        directive.left = directive.left || directive.width < 0;
+        directive.width = std::abs(directive.width);
     }
-    if (at(position) == u'.') {
-        ++position;
-        directive.precision = std::max(-1, parseNumber(position));
-    }
-    for (; contains(u"hlqLjzt", at(position)); ++position) {
-        directive.shortness += at(position) == u'h' ? 1 : 0;
-    }
-    if (at(position) == u'%' ? position == start : contains(u"@sdiuxXofFeEgGaAcp", at(position))) {
-        directive.conversion = at(position++);
-    }
-    return position;
-}
-
-void Formatter::parseFlags(qsizetype &position, Directive &directive) const
-{
-    for (;; ++position) {
-        switch (at(position)) {
-        case u'-':
-            directive.left = true;
-            break;
-        case u'+':
-            directive.plus = true;
-            break;
-        case u' ':
-            directive.space = true;
-            break;
-        case u'#':
-            directive.alternate = true;
-            break;
-        case u'0':
-            directive.zero = true;
-            break;
-        case u'\'': // the "C" locale has no grouping
-            break;
-        default:
-            return;
-        }
+    if (directive.precisionIsArgument) {
+        directive.precision = std::max(-1, nextNumber());
     }
 }
 
-// The digits at the position, or the argument for a "*"; 0 where there is neither.
-int Formatter::parseNumber(qsizetype &position)
+// The next argument within the limits of a width; 0 where it is no number or there is none.
+int Formatter::nextNumber()
 {
-    if (at(position) == u'*') {
-        ++position;
-        const auto number =
-            m_next == m_end ? std::nullopt : wholeNumberOf(unwrapped((m_next++)->value()));
-        const auto magnitude =
-            number ? static_cast<int>(std::min<quint64>(number->magnitude, mostWidth)) : 0;
-        return number && number->negative ? -magnitude : magnitude;
+    const auto number =
+        m_next == m_end ? std::nullopt : wholeNumberOf(unwrapped((m_next++)->value()));
+    if (!number) {
+        return 0;
     }
-    int number = 0;
-    for (; contains(u"0123456789", at(position)); ++position) {
-        number = std::min(mostWidth, number * 10 + (at(position) - u'0'));
-    }
-    return number;
+    const auto magnitude = static_cast<int>(std::min<quint64>(number->magnitude, mostFormatWidth));
+    return number->negative ? -magnitude : magnitude;
 }
 
-void Formatter::convert(const Directive &directive, const Value &value)
+void Formatter::convertNext(FormatDirective &directive)
+{
+    resolve(directive);
+    if (m_next == m_end) {
+        append(u"(null)");
+        return;
+    }
+    convert(directive, unwrapped((m_next++)->value()));
+}
+
+void Formatter::convert(const FormatDirective &directive, const Value &value)
 {
     bool done = false;
     switch (directive.conversion) {
@@ -213,50 +193,33 @@ void Formatter::convert(const Directive &directive, const Value &value)
     }
 }
 
-bool Formatter::convertWholeNumber(const Directive &directive, const Value &value)
+bool Formatter::convertWholeNumber(const FormatDirective &directive, const Value &value)
 {
-    auto number = wholeNumberOf(value);
-    if (!number) {
+    const auto given = wholeNumberOf(value);
+    if (!given) {
         return false;
     }
+    const auto number = fitted(*given, directive);
     const auto conversion = directive.conversion;
-    const bool isSigned = conversion == u'd' || conversion == u'i';
-    if (directive.shortness > 0) {
-        const auto bits = number->negative ? 0 - number->magnitude : number->magnitude;
-        const auto low = directive.shortness > 1 ? bits & 0xFFU : bits & 0xFFFFU;
-        const auto top = directive.shortness > 1 ? 0x80U : 0x8000U;
-        number->negative = isSigned && (low & top) != 0;
-        number->magnitude = number->negative ? 2 * top - low : low;
-    } else if (number->negative && !isSigned) {
-        // Two's complement in 32 bits where that holds the number, as for an int in C.
-        const auto bits = 0 - number->magnitude;
-        number->magnitude = number->magnitude <= 0x80000000U ? bits & 0xFFFFFFFFU : bits;
-        number->negative = false;
-    }
-
-    const bool isHex = conversion == u'x' || conversion == u'X' || conversion == u'p';
-    const quint64 base = isHex ? 16 : conversion == u'o' ? 8 : 10;
-    const auto *const digits = conversion == u'X' ? u"0123456789ABCDEF" : u"0123456789abcdef";
     std::array<char16_t, 24> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init)
-    auto *const end = buffer.data() + buffer.size();
-    auto *first = end;
-    for (auto rest = number->magnitude; rest != 0; rest /= base) {
-        *--first = digits[rest % base];
-    }
-    int zeros = std::max(0, std::max(directive.precision, directive.precision < 0 ? 1 : 0) -
-                                static_cast<int>(end - first));
+    const auto *const end = buffer.data() + buffer.size();
+    const auto *const first =
+        writeDigits(buffer.data() + buffer.size(), number.magnitude, conversion);
+    // Without a precision, -1, there is at least one digit, too.
+    int zeros = std::max(0, std::abs(directive.precision) - static_cast<int>(end - first));
     if (conversion == u'o' && directive.alternate && zeros == 0) {
         zeros = 1;
     }
 
     QStringView prefix;
-    if (isHex && (conversion == u'p' || (directive.alternate && number->magnitude != 0))) {
-        prefix = conversion == u'X' ? u"0X" : u"0x";
-    } else if (isSigned) {
-        prefix = number->negative  ? u"-"
-                 : directive.plus  ? u"+"
-                 : directive.space ? u" "
-                                   : QStringView();
+    if (number.negative) {
+        prefix = u"-";
+    } else if (isSigned(conversion)) {
+        prefix = directive.plus ? u"+" : directive.space ? u" " : QStringView();
+    } else if (conversion == u'p' || (directive.alternate && number.magnitude != 0)) {
+        prefix = conversion == u'X'                         ? u"0X"
+                 : conversion == u'x' || conversion == u'p' ? u"0x"
+                                                            : QStringView();
     }
     auto field = directive;
     field.zero = directive.zero && directive.precision < 0;
@@ -264,14 +227,14 @@ bool Formatter::convertWholeNumber(const Directive &directive, const Value &valu
     return true;
 }
 
-bool Formatter::convertReal(const Directive &directive, const Value &value)
+bool Formatter::convertReal(const FormatDirective &directive, const Value &value)
 {
     const auto number = realOf(value);
     if (!number) {
         return false;
     }
     // The C library knows how, but must not take the decimal point from the user's locale.
-    static const auto cLocale = ::newlocale(LC_ALL_MASK, "C", nullptr);
+    static auto *const cLocale = ::newlocale(LC_ALL_MASK, "C", nullptr);
     std::array<char, 16> pattern{};
     auto *end = pattern.data();
     *end++ = '%';
@@ -287,8 +250,8 @@ bool Formatter::convertReal(const Directive &directive, const Value &value)
         *end++ = character;
     }
     // Sign, 309 digits, point and decimals.
-    std::array<char, mostWidth + 320> text; // NOLINT(cppcoreguidelines-pro-type-member-init)
-    const auto previous = ::uselocale(cLocale);
+    std::array<char, mostFormatWidth + 320> text; // NOLINT(cppcoreguidelines-pro-type-member-init)
+    auto *const previous = ::uselocale(cLocale);
     const auto size = std::snprintf(text.data(), text.size(), pattern.data(), directive.width,
                                     directive.precision, *number);
     ::uselocale(previous);
@@ -296,7 +259,7 @@ bool Formatter::convertReal(const Directive &directive, const Value &value)
     return true;
 }
 
-bool Formatter::convertCharacter(const Directive &directive, const Value &value)
+bool Formatter::convertCharacter(const FormatDirective &directive, const Value &value)
 {
     const auto number = isText(value) ? std::nullopt : wholeNumberOf(value);
     if (!number || number->negative || number->magnitude > QChar::LastValidCodePoint) {
@@ -309,7 +272,7 @@ bool Formatter::convertCharacter(const Directive &directive, const Value &value)
     return true;
 }
 
-void Formatter::convertText(const Directive &directive, const Value &value)
+void Formatter::convertText(const FormatDirective &directive, const Value &value)
 {
     if (const auto *const *text = std::get_if<const QString *>(&value)) {
         appendText(directive, **text);
@@ -335,7 +298,9 @@ void Formatter::convertText(const Directive &directive, const Value &value)
 
 void Formatter::append(QStringView text)
 {
-    m_output.append(text.utf16(), static_cast<int>(text.size()));
+    if (!text.isEmpty()) {
+        m_output.append(text.utf16(), static_cast<int>(text.size()));
+    }
 }
 
 void Formatter::appendTimes(char16_t character, int times)
@@ -346,7 +311,7 @@ void Formatter::appendTimes(char16_t character, int times)
 }
 
 // Prefix, zeros and body, filled up to the directive's width.
-void Formatter::appendField(const Directive &directive, QStringView prefix, int zeros,
+void Formatter::appendField(const FormatDirective &directive, QStringView prefix, int zeros,
                             QStringView body)
 {
     const auto size = prefix.size() + zeros + body.size();
@@ -366,7 +331,7 @@ void Formatter::appendField(const Directive &directive, QStringView prefix, int 
     }
 }
 
-void Formatter::appendText(const Directive &directive, const QString &text)
+void Formatter::appendText(const FormatDirective &directive, const QString &text)
 {
     auto shown = text.isNull() ? QStringView(u"(null)") : QStringView(text);
     if (directive.precision >= 0 && directive.precision < shown.size()) {
@@ -381,7 +346,7 @@ void Formatter::appendText(const Directive &directive, const QString &text)
 }
 
 // UTF-8 without a precision; ASCII, the usual case, without an intermediate text.
-void Formatter::appendBytes(const Directive &directive, std::string_view bytes)
+void Formatter::appendBytes(const FormatDirective &directive, std::string_view bytes)
 {
     if (std::any_of(bytes.begin(), bytes.end(), [](char byte) { return byte < 0; })) {
         appendText(directive, QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size())));

@@ -5,6 +5,11 @@
 #include "Platform/MainThread.h"
 
 namespace platform {
+namespace {
+
+thread_local WorkerThreads *ownerOfCurrentThread = nullptr;
+
+} // namespace
 
 WorkerThreads::~WorkerThreads()
 {
@@ -23,6 +28,7 @@ void WorkerThreads::start(std::function<void()> body)
     auto &worker = m_workers.emplace_back();
     m_running.fetch_add(1, std::memory_order_relaxed);
     worker.thread = std::thread([this, &worker, body = std::move(body)] {
+        ownerOfCurrentThread = this;
         body();
         m_running.fetch_sub(1, std::memory_order_relaxed);
         worker.finished.store(true, std::memory_order_release);
@@ -33,6 +39,15 @@ bool WorkerThreads::sleepFor(std::chrono::milliseconds time)
 {
     std::unique_lock lock(m_mutex);
     return !m_wake.wait_for(lock, time, [this] { return m_ending; });
+}
+
+bool WorkerThreads::currentThreadIsToEnd()
+{
+    if (ownerOfCurrentThread == nullptr) {
+        return false;
+    }
+    const std::lock_guard lock(ownerOfCurrentThread->m_mutex);
+    return ownerOfCurrentThread->m_ending;
 }
 
 void WorkerThreads::end()

@@ -28,6 +28,9 @@ public:
     // Sleeps on a worker. False, and at once, when the workers are to end.
     bool sleepFor(std::chrono::milliseconds time);
 
+    // True on a worker whose owner has asked it to end; false on every other thread.
+    static bool currentThreadIsToEnd();
+
     // Asks all workers to end and waits for them. Main thread only.
     void end();
 

@@ -32,29 +32,21 @@ QString directoryInDomain(SearchPathDirectory directory, Domain domain)
         directory, domain == Domain::User ? platform::UserDomain : platform::LocalDomain);
 }
 
-bool isProtectedFolder(const QString &path)
+// Folders that are protected themselves; null where there is no such folder.
+QStringList protectedFolders()
 {
+    QStringList folders;
     for (const auto domain : {Domain::User, Domain::Local}) {
-        for (const auto &folder :
-             {ZQLocalPaths::applicationDirectory(domain),
-              ZQLocalPaths::adminApplicationDirectory(domain),
-              ZQLocalPaths::documentDirectory(domain), ZQLocalPaths::libraryDirectory(domain),
-              ZQLocalPaths::prefsDirectory(domain), ZQLocalPaths::cacheDirectory(domain),
-              ZQLocalPaths::appSupportDirectory(domain)}) {
-            if (!folder.isNull() && path == folder) {
-                return true;
-            }
-        }
+        folders << ZQLocalPaths::applicationDirectory(domain)
+                << ZQLocalPaths::adminApplicationDirectory(domain)
+                << ZQLocalPaths::documentDirectory(domain) << ZQLocalPaths::libraryDirectory(domain)
+                << ZQLocalPaths::prefsDirectory(domain) << ZQLocalPaths::cacheDirectory(domain)
+                << ZQLocalPaths::appSupportDirectory(domain);
     }
-    for (const auto &folder :
-         {ZQLocalPaths::desktopDirectory(), ZQLocalPaths::userDirectory(),
-          ZQLocalPaths::systemLibraryDirectory(), ZQLocalPaths::localDocumentationDirectory(),
-          QStringLiteral("/Users/Shared"), QStringLiteral("/Volumes")}) {
-        if (!folder.isNull() && path == folder) {
-            return true;
-        }
-    }
-    return false;
+    return folders << ZQLocalPaths::desktopDirectory() << ZQLocalPaths::userDirectory()
+                   << ZQLocalPaths::systemLibraryDirectory()
+                   << ZQLocalPaths::localDocumentationDirectory() << QStringLiteral("/Users/Shared")
+                   << QStringLiteral("/Volumes");
 }
 
 } // namespace
@@ -218,7 +210,7 @@ bool ZQLocalPaths::isPathSystemDirectory(const QString &path, ExactMatch exactMa
     }
     // Kept on purpose: the character before the trailing slash goes with it, so that a folder of
     // the list is not recognised in this spelling.
-    if (isProtectedFolder(path.endsWith(u'/') ? path.left(path.size() - 2) : path)) {
+    if (protectedFolders().contains(path.endsWith(u'/') ? path.left(path.size() - 2) : path)) {
         return true;
     }
     if (exactMatch == ExactMatch::Yes) {

@@ -4,6 +4,12 @@
 
 set(OSTREL_SANDBOX "${PROJECT_SOURCE_DIR}/Tests/Support/sandbox")
 
+set(OSTREL_TEST_ENVIRONMENT "")
+if(OSTREL_SANITIZE MATCHES "thread")
+  set(OSTREL_TEST_ENVIRONMENT
+      "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/Tests/Support/thread-sanitizer.supp")
+endif()
+
 # ostrel_test(NAME SOURCES... LIBRARIES... [AS user root] [SESSION_BUS] [X_SERVER])
 # Builds a Qt test and registers it once per account; the default is both accounts.
 function(ostrel_test name)
@@ -24,6 +30,6 @@ function(ostrel_test name)
     add_test(NAME ${name}.${account}
       COMMAND "${OSTREL_SANDBOX}" --as ${account} --build "${PROJECT_BINARY_DIR}" ${options}
               -- "$<TARGET_FILE:${name}>")
-    set_tests_properties(${name}.${account} PROPERTIES TIMEOUT 240)
+    set_tests_properties(${name}.${account} PROPERTIES TIMEOUT 120 ENVIRONMENT "${OSTREL_TEST_ENVIRONMENT}")
   endforeach()
 endfunction()

@@ -1,10 +1,12 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Platform/MainThread.h"
+
 #include "Platform/WorkerThreads.h"
 
 #include <QElapsedTimer>
 #include <QTest>
+#include <QTimer>
 
 #include <thread>
 
@@ -18,7 +20,12 @@ private Q_SLOTS:
     void aWaitingCallOnTheMainThreadRunsAtOnce();
     void aWaitingCallFromAWorkerRunsOnTheMainThread();
     void pumpingWaitsAtMostItsTime();
+    void pumpingUntilAnEndDispatchesEventsAndReturnsTrue();
+    void pumpingUntilAnEndThatIsThereReturnsAtOnce();
+    void pumpingUntilAnEndMayBeNested();
+    void pumpingUntilAnEndReturnsFalseWhenTheApplicationQuits();
     void endingWorkersServesTheirCallsAndCutsTheirSleep();
+    void aWorkerIsToldThatItIsToEnd();
 };
 
 void MainThreadTest::aCallWithoutWaitRunsOnALaterPassInOrder()
@@ -67,6 +74,55 @@ void MainThreadTest::pumpingWaitsAtMostItsTime()
     QVERIFY(time.elapsed() < 200);
 }
 
+void MainThreadTest::pumpingUntilAnEndDispatchesEventsAndReturnsTrue()
+{
+    bool called = false;
+    std::atomic<bool> ended = false;
+    platform::performOnMainThread([&] { called = true; });
+    std::thread worker([&] {
+        std::this_thread::sleep_for(50ms);
+        ended = true;
+    });
+    QVERIFY(platform::pumpEventsUntil([&] { return ended.load(); }));
+    worker.join();
+    QVERIFY(called);
+}
+
+void MainThreadTest::pumpingUntilAnEndThatIsThereReturnsAtOnce()
+{
+    bool called = false;
+    platform::performOnMainThread([&] { called = true; });
+    QVERIFY(platform::pumpEventsUntil([] { return true; }));
+    QVERIFY(!called);
+    platform::runPendingMainThreadCalls();
+}
+
+void MainThreadTest::pumpingUntilAnEndMayBeNested()
+{
+    QStringList order;
+    bool outer = false;
+    bool inner = false;
+    QTimer::singleShot(10ms, this, [&] {
+        QTimer::singleShot(20ms, this, [&] { outer = true; });
+        QTimer::singleShot(80ms, this, [&] { inner = true; });
+        QVERIFY(platform::pumpEventsUntil([&] { return inner; }));
+        order << QStringLiteral("inner");
+    });
+    QVERIFY(platform::pumpEventsUntil([&] { return outer; }));
+    order << QStringLiteral("outer");
+    QCOMPARE(order, QStringList({QStringLiteral("inner"), QStringLiteral("outer")}));
+}
+
+void MainThreadTest::pumpingUntilAnEndReturnsFalseWhenTheApplicationQuits()
+{
+    bool returned = true;
+    QTimer::singleShot(0, this,
+                       [&] { returned = platform::pumpEventsUntil([] { return false; }); });
+    QTimer::singleShot(50ms, this, [] { QCoreApplication::quit(); });
+    QCoreApplication::exec();
+    QVERIFY(!returned);
+}
+
 void MainThreadTest::endingWorkersServesTheirCallsAndCutsTheirSleep()
 {
     std::atomic<bool> sleptWhole = true;
@@ -85,5 +141,36 @@ void MainThreadTest::endingWorkersServesTheirCallsAndCutsTheirSleep()
     QVERIFY(time.elapsed() < 5000);
 }
 
-QTEST_GUILESS_MAIN(MainThreadTest)
+void MainThreadTest::aWorkerIsToldThatItIsToEnd()
+{
+    QVERIFY(!platform::WorkerThreads::currentThreadIsToEnd());
+    std::atomic<bool> asked = false;
+    std::atomic<bool> before = true;
+    std::atomic<bool> after = false;
+    {
+        platform::WorkerThreads workers;
+        workers.start([&] {
+            before = platform::WorkerThreads::currentThreadIsToEnd();
+            asked = true;
+            workers.sleepFor(60s);
+            after = platform::WorkerThreads::currentThreadIsToEnd();
+        });
+        QTRY_VERIFY(asked.load());
+    }
+    QVERIFY(!before);
+    QVERIFY(after);
+}
+
+int main(int count, char **arguments)
+{
+    // Without an application, too, a worker is not the main thread.
+    bool onWorker = true;
+    std::thread([&] { onWorker = platform::isMainThread(); }).join();
+    if (onWorker || !platform::isMainThread()) {
+        qFatal("without an application the main thread is not known");
+    }
+    QCoreApplication application(count, arguments);
+    MainThreadTest test;
+    return QTest::qExec(&test, count, arguments);
+}
 #include "MainThreadTest.moc"

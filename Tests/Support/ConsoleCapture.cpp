@@ -6,11 +6,11 @@
 
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <syslog.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstring>
-#include <syslog.h>
 
 namespace test {
 namespace {

@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Hosts/SettingsWindow/SettingsWindow.h"
+
+#include <QIcon>
+#include <QPixmap>
+#include <QShortcut>
+
+SettingsWindow::SettingsWindow(std::unique_ptr<platform::PreferencePane> pane)
+    : m_pane(std::move(pane))
+{
+    auto *view = m_pane->loadMainView(this);
+    view->setContentsMargins(6, 6, 6, 6);
+    setCentralWidget(view);
+    setWindowTitle(view->windowTitle());
+    setWindowIcon(QIcon::fromTheme(QStringLiteral("input-keyboard")));
+    for (const auto key : {QKeySequence::Quit, QKeySequence::Close}) {
+        for (const auto &sequence : QKeySequence::keyBindings(key)) {
+            connect(new QShortcut(sequence, this), &QShortcut::activated, this, &QWidget::close);
+        }
+    }
+}
+
+bool SettingsWindow::saveScreenshot(const QString &path)
+{
+    return centralWidget()->grab().save(path, "PNG");
+}

@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/PreferencePane.h"
+
+#include <QMainWindow>
+
+#include <memory>
+
+// The window of ostrel-settings: one pane, and the usual keys to close it.
+class SettingsWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit SettingsWindow(std::unique_ptr<platform::PreferencePane> pane);
+
+    platform::PreferencePane &pane() { return *m_pane; }
+
+    // Renders the pane's main view and writes it as PNG. False when the file cannot be written.
+    bool saveScreenshot(const QString &path);
+
+private:
+    // Declared as a member, so that it goes before the view, which is a child.
+    std::unique_ptr<platform::PreferencePane> m_pane;
+};

@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Listener/StandInListener.h"
+
+#include <QTimer>
+
+using namespace std::chrono_literals;
+
+namespace {
+// Long enough for a person to read the word in between.
+constexpr auto relaunchTime = 1s;
+} // namespace
+
+StandInListener::StandInListener(QString statusWord)
+    : m_statusWord(std::move(statusWord)),
+      m_statusRequests(QStringLiteral("ZQOstrelClientCurrentStatus"),
+                       [this](const auto & /*request*/) { say(m_statusWord); }),
+      m_disconnects(QStringLiteral("ZQOstrelClientDisconnect"),
+                    [](const auto & /*request*/) { say(QStringLiteral("Disconnected")); }),
+      m_relaunches(QStringLiteral("ZQOstrelClientRelaunch"), [this](const auto & /*request*/) {
+          say(QStringLiteral("Relaunching..."));
+          QTimer::singleShot(relaunchTime, this, [this] { say(m_statusWord); });
+      })
+{
+    say(m_statusWord);
+}
+
+void StandInListener::say(const QString &word)
+{
+    platform::postDistributedNotification(
+        {QStringLiteral("ZQOstrelClientStatusUpdate"), {}, {{QStringLiteral("status"), word}}});
+}

@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QTextBrowser>
+
+#include <memory>
+
+namespace platform {
+
+// A paragraph of plain text in an alert: looks like a label, but breaks words that are too long for
+// a line and scrolls where a label would grow beyond the screen.
+class AlertText : public QTextBrowser {
+    Q_OBJECT
+public:
+    // Shows at most longest UTF-16 units of the text.
+    AlertText(const QString &text, int longest, QWidget *parent);
+
+    // The width that the text would like, at most widest.
+    int idealWidth(int widest) const;
+
+    // Takes that width and the height that the text then needs, at most highest.
+    void fit(int width, int highest);
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    std::unique_ptr<QTextDocument> measured(int width) const;
+    void takeLabelColours();
+};
+
+} // namespace platform

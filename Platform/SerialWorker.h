@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace platform {
+
+// The thread behind a SerialQueue. Adding costs no system call while the thread is about: after
+// work it looks for more every 250 microseconds, and only after 20 milliseconds without any does it
+// sleep until it is woken. It starts with the first entry.
+class SerialWorker {
+public:
+    // work handles all that waits and returns how many entries that were. Called on the thread.
+    SerialWorker(const char *threadName, std::function<std::size_t()> work);
+
+    // Stops, and waits for the work to return however long it takes.
+    ~SerialWorker();
+
+    SerialWorker(const SerialWorker &) = delete;
+    SerialWorker &operator=(const SerialWorker &) = delete;
+
+    // Has put add an entry while it holds the lock. Any thread; nothing happens after stop().
+    template <typename Put>
+    void add(Put put)
+    {
+        std::unique_lock lock(m_mutex);
+        if (!isStopped()) {
+            put();
+            ++m_added;
+            if (!m_awake) {
+                rouse(lock);
+            }
+        }
+    }
+
+    // Excludes add().
+    std::unique_lock<std::mutex> lock() { return std::unique_lock(m_mutex); }
+
+    // Work tells that so many entries are done with.
+    void finished(std::size_t entries);
+
+    // Returns when all entries added before the call are done with, on the thread itself at once.
+    void waitUntilIdle();
+
+    // Entries that have been added and are not done with.
+    std::size_t pending();
+
+    // Ends the thread; work is to return without handling what is left. Waits at most longest for
+    // it to do so; false when that was not enough.
+    bool stop(std::chrono::milliseconds longest);
+
+    bool isStopped() const { return m_stopped.load(std::memory_order_relaxed); }
+    bool isCurrentThread() const
+    {
+        return m_id.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    }
+
+private:
+    void rouse(std::unique_lock<std::mutex> &lock);
+    void start();
+    void run();
+
+    const char *m_threadName;
+    std::function<std::size_t()> m_work;
+
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    std::condition_variable m_done;
+    std::uint64_t m_added = 0;
+    std::uint64_t m_finished = 0;
+    bool m_awake = false;  // will look for entries without being told
+    bool m_urgent = false; // somebody waits for it to look
+    bool m_running = false;
+    std::thread m_thread;
+
+    std::atomic<bool> m_stopped = false;
+    std::atomic<std::thread::id> m_id;
+};
+
+} // namespace platform

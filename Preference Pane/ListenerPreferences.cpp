@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Preference Pane/ListenerPreferences.h"
+
+#include "Platform/DamagedPropertyList.h"
+#include "Platform/PropertyList.h"
+#include "Preference Pane/OstrelNames.h"
+#include "Shared/ZQLocalPaths.h"
+
+#include <QMetaType>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+namespace listenerPreferences {
+namespace {
+
+qlonglong cutToInteger(double real)
+{
+    using Limits = std::numeric_limits<qlonglong>;
+    if (std::isnan(real)) {
+        return 0;
+    }
+    // 2^63 itself, which a double holds exactly.
+    const double end = -static_cast<double>(Limits::min());
+    return real >= end    ? Limits::max()
+           : real <= -end ? Limits::min()
+                          : static_cast<qlonglong>(real);
+}
+
+} // namespace
+
+QString filePath()
+{
+    return ZQLocalPaths::prefsDirectory(Domain::User) + QLatin1Char('/') + names::listenerFile;
+}
+
+QVariantMap load()
+{
+    return platform::dictionaryFromFile(filePath()).value_or(QVariantMap());
+}
+
+bool write(const QVariantMap &preferences)
+{
+    const QString path = filePath();
+    platform::keepDamagedPropertyList(path);
+    return platform::writeDictionaryToFile(preferences, path);
+}
+
+std::optional<qlonglong> number(const QVariant &value)
+{
+    switch (value.userType()) {
+    case QMetaType::Bool:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+        return value.toLongLong();
+    case QMetaType::ULongLong:
+        return static_cast<qlonglong>(
+            qMin(value.toULongLong(), qulonglong{std::numeric_limits<qlonglong>::max()}));
+    case QMetaType::Double:
+        return cutToInteger(value.toDouble());
+    default:
+        return std::nullopt;
+    }
+}
+
+bool isOnUnlessZero(const QVariantMap &preferences, const QString &key)
+{
+    return number(preferences.value(key)) != 0;
+}
+
+bool isOnOnlyAtOne(const QVariantMap &preferences, const QString &key)
+{
+    return number(preferences.value(key)) == 1;
+}
+
+qlonglong leadingInteger(const QString &text)
+{
+    // White space as Unicode knows it, which strtoll would not skip.
+    qsizetype begin = 0;
+    while (begin < text.size() && text.at(static_cast<int>(begin)).isSpace()) {
+        ++begin;
+    }
+    return std::strtoll(text.mid(static_cast<int>(begin)).toLatin1().constData(), nullptr, 10);
+}
+
+} // namespace listenerPreferences

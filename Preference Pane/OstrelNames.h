@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Notification.h"
+
+#include <QString>
+
+// Names shared with the listener: files, processes, notifications and status words.
+namespace names {
+
+inline const QString listener = QStringLiteral("OstrelListener");
+inline const QString listenerLabel = QStringLiteral("com.corvane.OstrelListener");
+inline const QString listenerFile = QStringLiteral("com.corvane.OstrelListener.plist");
+
+inline const QString statusUpdate = QStringLiteral("ZQOstrelClientStatusUpdate");
+inline const QString currentStatus = QStringLiteral("ZQOstrelClientCurrentStatus");
+inline const QString disconnectClient = QStringLiteral("ZQOstrelClientDisconnect");
+inline const QString relaunchClient = QStringLiteral("ZQOstrelClientRelaunch");
+
+inline const QString status = QStringLiteral("status");
+
+inline const QString running = QStringLiteral("Running");
+inline const QString disconnected = QStringLiteral("Disconnected");
+inline const QString relaunching = QStringLiteral("Relaunching...");
+inline const QString notLoaded = QStringLiteral("Not loaded");
+inline const QString timedOut = QStringLiteral("Timed out");
+
+// A status object of our own, handed to updateStatus() and never posted.
+inline platform::Notification statusNotification(const QString &word)
+{
+    return {QString(), {}, {{status, word}}};
+}
+
+} // namespace names

@@ -1,0 +1,110 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+// What the controls do, and the simple actions of the buttons.
+#include "Preference Pane/Ostrel_Preference_Pane.h"
+#include "Shared/ZQSoftwareUpdate.h"
+#include "Shared/ZQTroubleshootingUtils.h"
+#include "ui_Ostrel_Preference_Pane.h"
+
+#include <QDesktopServices>
+#include <QStyle>
+#include <QUrl>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto portPause = 1s;
+
+void disableWithReason(QPushButton *button, const QString &reason)
+{
+    button->setEnabled(false);
+    button->setToolTip(reason);
+    button->setAccessibleDescription(reason);
+}
+
+} // namespace
+
+void Ostrel_Preference_Pane::connectControls()
+{
+    // clicked, activated and the like tell the user's changes only, not those made while loading.
+    for (auto *box : {m_ui->autoUpdateCheck, m_ui->volFeedbackCheck,
+                      m_ui->securityConfirmConnections, m_ui->securityAllowOneConnection}) {
+        connect(box, &QCheckBox::clicked, this, &Ostrel_Preference_Pane::savePrefs);
+    }
+    for (auto *box : {m_ui->networkCustomPortCheck, m_ui->networkDisableBonjour}) {
+        connect(box, &QCheckBox::clicked, this, &Ostrel_Preference_Pane::updateNetworkSettings);
+    }
+    connect(m_ui->networkInterfacePopUp, QOverload<int>::of(&QComboBox::activated), this,
+            &Ostrel_Preference_Pane::updateNetworkSettings);
+
+    m_portTimer.setSingleShot(true);
+    m_portTimer.setInterval(portPause);
+    connect(m_ui->networkCustomPortText, &QLineEdit::textEdited, this,
+            &Ostrel_Preference_Pane::portEdited);
+    connect(&m_portTimer, &QTimer::timeout, this, &Ostrel_Preference_Pane::savePortIfEdited);
+    connect(m_ui->networkCustomPortText, &QLineEdit::editingFinished, this,
+            &Ostrel_Preference_Pane::savePortIfEdited);
+
+    m_ui->noticeCloseButton->setIcon(
+        m_mainView->style()->standardIcon(QStyle::SP_TitleBarCloseButton));
+    connect(m_ui->noticeCloseButton, &QToolButton::clicked, m_ui->noticeFrame, &QWidget::hide);
+    connect(m_ui->updateCheckButton, &QPushButton::clicked, this,
+            &Ostrel_Preference_Pane::manualUpdateCheck);
+    connect(m_ui->userManualButton, &QPushButton::clicked, this,
+            &Ostrel_Preference_Pane::userManual);
+    connect(m_ui->feedbackButton, &QPushButton::clicked, this,
+            &Ostrel_Preference_Pane::leaveFeedback);
+    connect(m_ui->gatherLogsButton, &QPushButton::clicked, this,
+            &Ostrel_Preference_Pane::gatherLogs);
+    if (!ZQSoftwareUpdate::isAvailable()) {
+        disableWithReason(m_ui->updateCheckButton,
+                          tr("Checking for updates is not available yet in this version."));
+    }
+    if (!ZQTroubleshootingUtils::isAvailable()) {
+        disableWithReason(m_ui->gatherLogsButton,
+                          tr("Gathering logs is not available yet in this version."));
+    }
+    if (manualPath().isNull()) {
+        disableWithReason(m_ui->userManualButton, tr("This version comes without a manual."));
+    }
+}
+
+QString Ostrel_Preference_Pane::manualPath() const
+{
+    return bundle().pathForResource(QStringLiteral("Ostrel User Manual"), QStringLiteral("pdf"));
+}
+
+void Ostrel_Preference_Pane::showNotice(const QString &text)
+{
+    const int side = m_ui->noticeLabel->fontMetrics().height() * 3 / 2;
+    m_ui->noticeIcon->setPixmap(
+        m_mainView->style()->standardIcon(QStyle::SP_MessageBoxInformation).pixmap(side, side));
+    m_ui->noticeLabel->setText(text);
+    m_ui->noticeFrame->show();
+}
+
+void Ostrel_Preference_Pane::manualUpdateCheck()
+{
+    ZQSoftwareUpdate::launchSoftwareUpdate();
+}
+
+void Ostrel_Preference_Pane::userManual()
+{
+    const QString path = manualPath();
+    if (!path.isNull()) {
+        QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+    }
+}
+
+void Ostrel_Preference_Pane::leaveFeedback()
+{
+    QDesktopServices::openUrl(
+        QUrl(QStringLiteral("http://support.corvane.com/ostrel/feedback/?app=ostrel_pref_pane")));
+}
+
+void Ostrel_Preference_Pane::gatherLogs()
+{
+    ZQTroubleshootingUtils::gatherLogsForAppsWithNames(
+        {QStringLiteral("Ostrel"), QStringLiteral("OstrelListener")});
+}

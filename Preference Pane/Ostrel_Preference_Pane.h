@@ -1,0 +1,123 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/DistributedNotificationCenter.h"
+#include "Platform/PreferencePane.h"
+#include "Platform/WorkerThreads.h"
+
+#include <QTimer>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+
+namespace Ui {
+class Ostrel_Preference_Pane;
+}
+
+enum class ChangeSwitch { No, Yes };
+
+// The pane's controller: owns the controls, shows the listener's state, turns the master switch
+// into a start or stop of the listener and keeps its preferences file. Main thread, but for the
+// methods that say otherwise.
+class Ostrel_Preference_Pane : public platform::PreferencePane {
+    Q_OBJECT
+public:
+    explicit Ostrel_Preference_Pane(const platform::Bundle &bundle);
+    ~Ostrel_Preference_Pane() override;
+
+    QWidget *loadMainView(QWidget *parent) override;
+    void mainViewDidLoad() override;
+    QStringList pages() const override;
+    bool showPage(const QString &name) override;
+
+    // Test seam: how long a second of the pane's timers and pauses lasts.
+    static void setLengthOfSecond(std::chrono::milliseconds length);
+
+    // Set from creation until the start-up version check has ended: the switch starts nothing.
+    bool isLoading() const { return m_isLoading.load(std::memory_order_relaxed); }
+    // Set while a start or stop of the listener runs on its worker.
+    bool isProcessing() const { return m_isProcessing.load(std::memory_order_relaxed); }
+
+    /// observeValueForKeyPath:ofObject:change:context: for any report of the switch's "on".
+    void observeSwitch();
+    /// enableDisableClient: starts or stops the listener on a worker, as the switch says.
+    void enableDisableClient();
+    /// updateEnabledStatus: derives the switch from whether the listener is up (job file there, and
+    /// a status line that does not say otherwise), and the enabling of the controls.
+    void updateEnabledStatus(ChangeSwitch changeSwitch = ChangeSwitch::Yes);
+    /// disableInterface disables the master switch and nothing else.
+    void disableInterface();
+
+    /// manualUpdateCheck:
+    void manualUpdateCheck();
+    /// userManual: opens the manual in the desktop's viewer; a failure is not reported.
+    void userManual();
+    /// leaveFeedback: opens the maker's feedback page in the browser.
+    void leaveFeedback();
+    /// gatherLogs: collects the logs of the pane and the listener.
+    void gatherLogs();
+
+    /// savePrefs: merges the controls into the listener preferences file and writes it atomically.
+    void savePrefs();
+    /// updateNetworkSettings: saves and asks the listener to relaunch, also when saving failed.
+    void updateNetworkSettings();
+    /// populateNetworkInterfaces refills the interface menu and selects the saved interface.
+    void populateNetworkInterfaces();
+
+    /// updateStatus: shows the status word of a notification, from the listener or of our own.
+    void updateStatus(const platform::Notification &notification);
+    /// postNotification: posts and arms a time-out of 10 seconds. Any thread.
+    void postNotification(const platform::Notification &notification);
+    /// fetchCurrentStatus asks the listener for its status and arms a time-out of 10 seconds.
+    void fetchCurrentStatus();
+    /// scheduleTimeOut: replaces the pending time-out; whole seconds.
+    void scheduleTimeOut(std::chrono::seconds interval);
+    /// invalidateTimeOut cancels the pending time-out.
+    void invalidateTimeOut();
+    /// timedOut reports "Timed out".
+    void timedOut();
+
+    /// setupClient starts the listener. On a worker.
+    void setupClient();
+    /// stopClient stops the listener. On a worker.
+    void stopClient();
+    /// reloadClientIfNew runs the start-up version check. On a worker.
+    void reloadClientIfNew();
+    /// isProcessRunning: whether a process runs an executable of exactly this name. Any thread.
+    static bool isProcessRunning(const QString &processName);
+
+    // Where the listener is installed as a login job. Computed afresh each time.
+    static QString jobFilePath();
+
+protected:
+    void setProcessing(bool processing);
+
+private:
+    bool isListenerUp() const;
+    void connectControls();
+    void showPreferences(const QVariantMap &preferences);
+    void showNotice(const QString &text);
+    void showPortHint();
+    void portEdited();
+    void savePortIfEdited();
+    void startStatusPoll();
+    void readVersion();
+    void checkListenerVersion();
+    void endClientOperation();
+    // Runs call on a later pass of the main event loop, unless the pane is gone by then.
+    void performLater(std::function<void()> call);
+    static std::chrono::milliseconds inPaneTime(std::chrono::seconds interval);
+    QString manualPath() const;
+
+    std::unique_ptr<Ui::Ostrel_Preference_Pane> m_ui;
+    QWidget *m_mainView = nullptr;
+    std::atomic<bool> m_isLoading = true;
+    std::atomic<bool> m_isProcessing = false;
+    std::unique_ptr<QTimer> m_messageTimer;
+    std::unique_ptr<QTimer> m_statusTimer;
+    QTimer m_portTimer;
+    std::unique_ptr<platform::DistributedObserver> m_statusObserver;
+    platform::WorkerThreads m_workers;
+};

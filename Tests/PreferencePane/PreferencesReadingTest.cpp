@@ -1,0 +1,189 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Preference Pane/ListenerPreferences.h"
+#include "Tests/PreferencePane/PaneFixture.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateTime>
+#include <QLineEdit>
+#include <QTest>
+
+#include <limits>
+
+namespace {
+
+struct Box {
+    const char *key;
+    const char *control;
+    bool onByDefault;
+};
+
+constexpr Box boxes[] = {
+    {"autoUpdateCheck", "autoUpdateCheck", true},
+    {"volChangeFeedback", "volFeedbackCheck", true},
+    {"customPortSet", "networkCustomPortCheck", false},
+    {"disableBonjour", "networkDisableBonjour", false},
+    {"confirmConnections", "securityConfirmConnections", false},
+    {"limitToOneConnection", "securityAllowOneConnection", false},
+};
+
+} // namespace
+
+// What the controls show for what the listener preferences file holds.
+class PreferencesReadingTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void aBoxShowsWhatTheFileHolds_data();
+    void aBoxShowsWhatTheFileHolds();
+    void withoutAFileEveryControlShowsItsDefault();
+    void aFileThatIsNoDictionaryShowsTheDefaults_data();
+    void aFileThatIsNoDictionaryShowsTheDefaults();
+    void aStoredPortShowsOnlyAboveZero_data();
+    void aStoredPortShowsOnlyAboveZero();
+    void theLeadingIntegerOfATextIsItsValue_data();
+    void theLeadingIntegerOfATextIsItsValue();
+    void aFifoInPlaceOfTheFileDoesNotBlock();
+};
+
+void PreferencesReadingTest::aBoxShowsWhatTheFileHolds_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("control");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<bool>("shown");
+    struct Case {
+        const char *name;
+        QVariant value;
+        bool onWhereDefaultIsOn;
+        bool onWhereDefaultIsOff;
+    };
+    const Case cases[] = {
+        {"missing", {}, true, false},
+        {"0", 0, false, false},
+        {"1", 1, true, true},
+        {"2", 2, true, false},
+        {"-1", -1, true, false},
+        {"true", true, true, true},
+        {"false", false, false, false},
+        {"1.0", 1.0, true, true},
+        {"0.0", 0.0, false, false},
+        {"beyond 63 bits", std::numeric_limits<qulonglong>::max(), true, false},
+        {"text 0", QStringLiteral("0"), true, false},
+        {"text 1", QStringLiteral("1"), true, false},
+        {"array", QVariantList{0, 1}, true, false},
+        {"dictionary", QVariantMap{{QStringLiteral("a"), 0}}, true, false},
+        {"data", QByteArray("\0", 1), true, false},
+        {"date", QDateTime::fromSecsSinceEpoch(1000000000), true, false},
+    };
+    for (const auto &box : boxes) {
+        for (const auto &one : cases) {
+            QTest::newRow(qPrintable(
+                QStringLiteral("%1 = %2").arg(QLatin1String(box.key), QLatin1String(one.name))))
+                << QString::fromLatin1(box.key) << QString::fromLatin1(box.control) << one.value
+                << (box.onByDefault ? one.onWhereDefaultIsOn : one.onWhereDefaultIsOff);
+        }
+    }
+}
+
+void PreferencesReadingTest::aBoxShowsWhatTheFileHolds()
+{
+    QFETCH(QString, key);
+    QFETCH(QString, control);
+    QFETCH(QVariant, value);
+    PaneFixture fixture(std::chrono::seconds(60));
+    PaneFixture::writePreferences(value.isValid() ? QVariantMap{{key, value}} : QVariantMap());
+    fixture.open();
+    QTEST(fixture.control<QCheckBox>(qPrintable(control))->isChecked(), "shown");
+}
+
+void PreferencesReadingTest::withoutAFileEveryControlShowsItsDefault()
+{
+    PaneFixture fixture(std::chrono::seconds(60));
+    fixture.open();
+    for (const auto &box : boxes) {
+        QCOMPARE(fixture.control<QCheckBox>(box.control)->isChecked(), box.onByDefault);
+    }
+    QCOMPARE(fixture.control<QLineEdit>("networkCustomPortText")->text(), QStringLiteral("24780"));
+    QCOMPARE(fixture.control<QComboBox>("networkInterfacePopUp")->currentText(),
+             QStringLiteral("Any (recommended)"));
+}
+
+void PreferencesReadingTest::aFileThatIsNoDictionaryShowsTheDefaults_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("text") << QByteArray("autoUpdateCheck = 0\n");
+    QTest::newRow("cut off") << QByteArray(
+        "<plist version=\"1.0\"><dict><key>autoUpdateCheck</key><integer>0</inte");
+    QTest::newRow("an array") << QByteArray(
+        "<plist version=\"1.0\"><array><integer>0</integer></array></plist>");
+    QTest::newRow("binary rubbish") << QByteArray("bplist00\xff\xff\xff\xff\xff\xff\xff\xff", 16);
+}
+
+void PreferencesReadingTest::aFileThatIsNoDictionaryShowsTheDefaults()
+{
+    QFETCH(QByteArray, bytes);
+    PaneFixture fixture(std::chrono::seconds(60));
+    PaneFixture::writePreferencesBytes(bytes);
+    fixture.open();
+    for (const auto &box : boxes) {
+        QCOMPARE(fixture.control<QCheckBox>(box.control)->isChecked(), box.onByDefault);
+    }
+}
+
+void PreferencesReadingTest::aStoredPortShowsOnlyAboveZero_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("8080") << QVariant(8080) << QStringLiteral("8080");
+    QTest::newRow("1") << QVariant(1) << QStringLiteral("1");
+    QTest::newRow("70000") << QVariant(70000) << QStringLiteral("70000");
+    QTest::newRow("0") << QVariant(0) << QStringLiteral("24780");
+    QTest::newRow("-5") << QVariant(-5) << QStringLiteral("24780");
+    QTest::newRow("text") << QVariant(QStringLiteral("80")) << QStringLiteral("24780");
+    QTest::newRow("array") << QVariant(QVariantList{80}) << QStringLiteral("24780");
+}
+
+void PreferencesReadingTest::aStoredPortShowsOnlyAboveZero()
+{
+    QFETCH(QVariant, value);
+    PaneFixture fixture(std::chrono::seconds(60));
+    PaneFixture::writePreferences({{QStringLiteral("customPort"), value}});
+    fixture.open();
+    QTEST(fixture.control<QLineEdit>("networkCustomPortText")->text(), "text");
+}
+
+void PreferencesReadingTest::theLeadingIntegerOfATextIsItsValue_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<qlonglong>("value");
+    QTest::newRow("digits") << QStringLiteral("8080") << 8080LL;
+    QTest::newRow("digits, then letters") << QStringLiteral("80ab") << 80LL;
+    QTest::newRow("white space first") << QStringLiteral(" \t\u00a0 81") << 81LL;
+    QTest::newRow("no number") << QStringLiteral("ab80") << 0LL;
+    QTest::newRow("empty") << QString() << 0LL;
+    QTest::newRow("negative") << QStringLiteral("-5") << -5LL;
+    QTest::newRow("above the ports") << QStringLiteral("70000") << 70000LL;
+    QTest::newRow("a real") << QStringLiteral("80.9") << 80LL;
+    QTest::newRow("hexadecimal") << QStringLiteral("0x50") << 0LL;
+    QTest::newRow("beyond 64 bits")
+        << QStringLiteral("99999999999999999999") << std::numeric_limits<qlonglong>::max();
+}
+
+void PreferencesReadingTest::theLeadingIntegerOfATextIsItsValue()
+{
+    QFETCH(QString, text);
+    QTEST(listenerPreferences::leadingInteger(text), "value");
+}
+
+void PreferencesReadingTest::aFifoInPlaceOfTheFileDoesNotBlock()
+{
+    PaneFixture fixture(std::chrono::seconds(60));
+    QCOMPARE(QProcess::execute(QStringLiteral("mkfifo"), {PaneFixture::preferencesPath()}), 0);
+    fixture.open();
+    QVERIFY(fixture.control<QCheckBox>("autoUpdateCheck")->isChecked());
+}
+
+QTEST_MAIN(PreferencesReadingTest)
+#include "PreferencesReadingTest.moc"

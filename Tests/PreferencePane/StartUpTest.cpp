@@ -1,0 +1,280 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Preference Pane/EmbossedLabel.h"
+#include "Tests/PreferencePane/PaneFixture.h"
+#include "Tests/Support/ConsoleCapture.h"
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QDesktopServices>
+#include <QDir>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+#include <QUrl>
+
+using namespace std::chrono_literals;
+
+// What the pane does when a host opens it, and its simple actions.
+class StartUpTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void aRunningListenerWithAJobFileIsShownAtOnce();
+    void aRunningListenerWithoutAJobFileLeavesTheSwitchOff();
+    void aJobFileWithoutAProcessLeavesTheSwitchOff();
+    void aProcessWhoseNameOnlyBeginsWithTheListenersDoesNotCount();
+    void theVersionIsReadFromTheFileItself();
+    void withoutAVersionTheLabelIsEmpty();
+    void theLabelsBesideTheSwitchAreRaised();
+    void loadingEndsASecondAfterOpening();
+    void theVersionCheckStoresTheBundleVersion();
+    void aChangedVersionWithAJobFileStaysOnRecordUntilItCanBeReloaded();
+    void theUpdateCheckStartsUnlessItsSettingEqualsZero_data();
+    void theUpdateCheckStartsUnlessItsSettingEqualsZero();
+    void closingWithinTheFirstSecondIsQuickAndQuiet();
+    void everyControlHasAnAccessibleName();
+    void theFeedbackButtonOpensTheFeedbackPage();
+    void theManualButtonOpensTheManual();
+    void withoutAManualTheButtonSaysSo();
+    void whatIsNotAvailableYetSaysSo();
+    void thePagesCanBeShownByName();
+
+public Q_SLOTS:
+    void keepUrl(const QUrl &url) { m_opened = url; }
+
+private:
+    QUrl m_opened;
+};
+
+void StartUpTest::aRunningListenerWithAJobFileIsShownAtOnce()
+{
+    PaneFixture fixture(60s);
+    PaneFixture::installJob();
+    fixture.runProcess(QStringLiteral("OstrelListener"));
+    fixture.open();
+    QCOMPARE(fixture.status(), QStringLiteral("Status: Running"));
+    QVERIFY(fixture.masterSwitch().isOn());
+}
+
+void StartUpTest::aRunningListenerWithoutAJobFileLeavesTheSwitchOff()
+{
+    PaneFixture fixture(60s);
+    fixture.runProcess(QStringLiteral("OstrelListener"));
+    fixture.open();
+    QCOMPARE(fixture.status(), QStringLiteral("Status: Not loaded"));
+    QVERIFY(!fixture.masterSwitch().isOn());
+}
+
+void StartUpTest::aJobFileWithoutAProcessLeavesTheSwitchOff()
+{
+    PaneFixture fixture(60s);
+    PaneFixture::installJob();
+    fixture.open();
+    QCOMPARE(fixture.status(), QStringLiteral("Status: Not loaded"));
+    QVERIFY(!fixture.masterSwitch().isOn());
+}
+
+void StartUpTest::aProcessWhoseNameOnlyBeginsWithTheListenersDoesNotCount()
+{
+    PaneFixture fixture(60s);
+    fixture.runProcess(QStringLiteral("OstrelListenerX"));
+    fixture.runProcess(QStringLiteral("XOstrelListener"));
+    QVERIFY(!Ostrel_Preference_Pane::isProcessRunning(QStringLiteral("OstrelListener")));
+    QVERIFY(Ostrel_Preference_Pane::isProcessRunning(QStringLiteral("OstrelListenerX")));
+    fixture.runProcess(QStringLiteral("OstrelListener"));
+    QVERIFY(Ostrel_Preference_Pane::isProcessRunning(QStringLiteral("OstrelListener")));
+}
+
+void StartUpTest::theVersionIsReadFromTheFileItself()
+{
+    PaneFixture fixture(60s);
+    fixture.open();
+    QCOMPARE(fixture.control<QLabel>("versionLabel")->text(), QStringLiteral("3.1"));
+    fixture.close();
+    fixture.setInfo({{QStringLiteral("CFBundleShortVersionString"), 4}});
+    fixture.open();
+    QCOMPARE(fixture.control<QLabel>("versionLabel")->text(), QStringLiteral("4"));
+}
+
+void StartUpTest::withoutAVersionTheLabelIsEmpty()
+{
+    PaneFixture fixture(60s);
+    fixture.setInfo({});
+    fixture.open();
+    QCOMPARE(fixture.control<QLabel>("versionLabel")->text(), QString());
+}
+
+void StartUpTest::theLabelsBesideTheSwitchAreRaised()
+{
+    PaneFixture fixture(60s);
+    fixture.open();
+    for (const char *name : {"masterOffLabel", "masterOnLabel"}) {
+        QCOMPARE(static_cast<int>(fixture.control<EmbossedLabel>(name)->backgroundStyle()), 2);
+    }
+}
+
+void StartUpTest::loadingEndsASecondAfterOpening()
+{
+    PaneFixture fixture(1s);
+    QElapsedTimer time;
+    time.start();
+    fixture.open();
+    QVERIFY(fixture.pane().isLoading());
+    fixture.waitUntilLoaded();
+    QVERIFY(time.elapsed() >= 950);
+}
+
+void StartUpTest::theVersionCheckStoresTheBundleVersion()
+{
+    PaneFixture fixture(50ms);
+    PaneFixture::writePreferences({{QStringLiteral("mine"), 1}});
+    fixture.open();
+    fixture.waitUntilLoaded();
+    QCOMPARE(PaneFixture::preferences().value(QStringLiteral("lastRunVersion")).toString(),
+             QStringLiteral("7"));
+    QCOMPARE(PaneFixture::preferences().value(QStringLiteral("mine")).toInt(), 1);
+    QCOMPARE(PaneFixture::preferences().size(), 2);
+}
+
+void StartUpTest::aChangedVersionWithAJobFileStaysOnRecordUntilItCanBeReloaded()
+{
+    test::ConsoleCapture console;
+    PaneFixture fixture(50ms);
+    PaneFixture::installJob();
+    PaneFixture::writePreferences({{QStringLiteral("lastRunVersion"), QStringLiteral("6")}});
+    fixture.open();
+    fixture.waitUntilLoaded();
+    QVERIFY(console.lines().contains(
+        QStringLiteral("Reloading the listener of version 6 is not available yet")));
+    QCOMPARE(PaneFixture::preferences().value(QStringLiteral("lastRunVersion")).toString(),
+             QStringLiteral("6"));
+}
+
+void StartUpTest::theUpdateCheckStartsUnlessItsSettingEqualsZero_data()
+{
+    QTest::addColumn<QVariant>("setting");
+    QTest::addColumn<bool>("started");
+    QTest::newRow("missing") << QVariant() << true;
+    QTest::newRow("0") << QVariant(0) << false;
+    QTest::newRow("false") << QVariant(false) << false;
+    QTest::newRow("1") << QVariant(1) << true;
+    QTest::newRow("2") << QVariant(2) << true;
+    QTest::newRow("text 0") << QVariant(QStringLiteral("0")) << true;
+}
+
+void StartUpTest::theUpdateCheckStartsUnlessItsSettingEqualsZero()
+{
+    QFETCH(QVariant, setting);
+    QFETCH(bool, started);
+    test::ConsoleCapture console;
+    PaneFixture fixture(100ms);
+    PaneFixture::writePreferences(setting.isValid()
+                                      ? QVariantMap{{QStringLiteral("autoUpdateCheck"), setting}}
+                                      : QVariantMap());
+    fixture.open();
+    fixture.waitUntilLoaded();
+    fixture.close(); // waits for the workers
+    QCOMPARE(console.lines().count(
+                 QStringLiteral("Checking for updates at start-up is not available yet")),
+             started ? 1 : 0);
+}
+
+void StartUpTest::closingWithinTheFirstSecondIsQuickAndQuiet()
+{
+    PaneFixture fixture(60s);
+    fixture.open();
+    QElapsedTimer time;
+    time.start();
+    fixture.close();
+    QVERIFY(time.elapsed() < 10000);
+}
+
+void StartUpTest::everyControlHasAnAccessibleName()
+{
+    PaneFixture fixture(60s);
+    fixture.open();
+    for (auto *widget : fixture.window().findChildren<QWidget *>()) {
+        // Parts that Qt makes inside a control speak through it.
+        if (widget->focusPolicy() == Qt::NoFocus || widget->objectName().isEmpty() ||
+            widget->objectName().startsWith(QLatin1String("qt_"))) {
+            continue;
+        }
+        auto *accessible = QAccessible::queryAccessibleInterface(widget);
+        QVERIFY(accessible != nullptr);
+        QVERIFY2(
+            !accessible->text(QAccessible::Name).isEmpty(),
+            qPrintable(widget->objectName() + QLatin1String(widget->metaObject()->className())));
+    }
+}
+
+void StartUpTest::theFeedbackButtonOpensTheFeedbackPage()
+{
+    PaneFixture fixture(60s);
+    fixture.open();
+    QDesktopServices::setUrlHandler(QStringLiteral("http"), this, "keepUrl");
+    fixture.control<QPushButton>("feedbackButton")->click();
+    QDesktopServices::unsetUrlHandler(QStringLiteral("http"));
+    QCOMPARE(m_opened.scheme(), QStringLiteral("http"));
+    QCOMPARE(m_opened.path(), QStringLiteral("/ostrel/feedback/"));
+    QCOMPARE(m_opened.query(), QStringLiteral("app=ostrel_pref_pane"));
+}
+
+void StartUpTest::theManualButtonOpensTheManual()
+{
+    PaneFixture fixture(60s);
+    fixture.open();
+    const QString resources =
+        fixture.pane().bundle().path() + QStringLiteral("/Contents/Resources");
+    fixture.close();
+    QDir().mkpath(resources);
+    QFile manual(resources + QStringLiteral("/Ostrel User Manual.pdf"));
+    QVERIFY(manual.open(QIODevice::WriteOnly));
+    manual.close();
+    fixture.open();
+    QVERIFY(fixture.control<QPushButton>("userManualButton")->isEnabled());
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "keepUrl");
+    fixture.control<QPushButton>("userManualButton")->click();
+    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+    QCOMPARE(m_opened.toLocalFile(), manual.fileName());
+}
+
+void StartUpTest::withoutAManualTheButtonSaysSo()
+{
+    PaneFixture fixture(60s);
+    fixture.open();
+    QVERIFY(!fixture.control<QPushButton>("userManualButton")->isEnabled());
+    QVERIFY(!fixture.control<QPushButton>("userManualButton")->toolTip().isEmpty());
+    fixture.pane().userManual(); // reports nothing
+}
+
+void StartUpTest::whatIsNotAvailableYetSaysSo()
+{
+    test::ConsoleCapture console;
+    PaneFixture fixture(60s);
+    fixture.open();
+    for (const char *name : {"updateCheckButton", "gatherLogsButton"}) {
+        QVERIFY(!fixture.control<QPushButton>(name)->isEnabled());
+        QVERIFY(fixture.control<QPushButton>(name)->toolTip().contains(
+            QStringLiteral("not available yet")));
+    }
+    fixture.pane().manualUpdateCheck();
+    fixture.pane().gatherLogs();
+    QVERIFY(console.lines().contains(QStringLiteral("Checking for updates is not available yet")));
+    QVERIFY(console.lines().contains(
+        QStringLiteral("Gathering the logs of Ostrel, OstrelListener is not available yet")));
+}
+
+void StartUpTest::thePagesCanBeShownByName()
+{
+    PaneFixture fixture(60s);
+    fixture.open();
+    for (const auto &page : fixture.pane().pages()) {
+        QVERIFY(fixture.pane().showPage(page));
+        QVERIFY(fixture.control<QWidget>(qPrintable(page))->isVisible());
+    }
+    QVERIFY(!fixture.pane().showPage(QStringLiteral("nonsense")));
+    QVERIFY(!fixture.pane().showPage(QString()));
+}
+
+QTEST_MAIN(StartUpTest)
+#include "StartUpTest.moc"

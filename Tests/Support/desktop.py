@@ -1,0 +1,140 @@
+# SPDX-FileCopyrightText: 2026 Corvane
+# SPDX-License-Identifier: MIT
+"""Drives programs from outside: reads labels over AT-SPI, moves the mouse with xdotool."""
+import os
+import plistlib
+import subprocess
+import sys
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402
+
+PATIENCE = 60  # seconds; a loaded machine is slow, a broken program stays broken
+_started = []
+
+
+def start(command, **options):
+    """Starts a program that announces itself to assistive technology."""
+    # This brings the accessibility bus up, which leaves its address on the root window; there Qt
+    # finds it at once. A Qt 5 that has to ask the session bus for it may announce itself before
+    # the answer comes, and then is never seen.
+    Atspi.get_desktop(0).get_child_count()
+    process = subprocess.Popen(command, env=dict(os.environ, **options), stderr=subprocess.DEVNULL)
+    _started.append(process)
+    return process
+
+
+def end_all():
+    for process in _started:
+        if process.poll() is None:
+            process.terminate()
+
+
+def wait_until(condition, what):
+    end = time.monotonic() + PATIENCE
+    while time.monotonic() < end:
+        if condition():
+            return
+        time.sleep(0.05)
+    raise AssertionError(f"waited in vain for {what}")
+
+
+def sleep_past_loading():
+    """The switch starts nothing in the first second after the pane has opened."""
+    time.sleep(1.5)
+
+
+def property_list(path):
+    try:
+        with open(path, "rb") as file:
+            return plistlib.load(file)
+    except (OSError, plistlib.InvalidFileException):
+        return {}
+
+
+def screenshot(path):
+    time.sleep(0.4)  # implicit animations end
+    subprocess.run(["import", "-window", "root", "-trim", "+repage", path], check=True)
+
+
+def window(title):
+    """The number of the showing window of this title, once it is there."""
+    found = []
+
+    def is_there():
+        search = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", title],
+                                capture_output=True, text=True)
+        found[:] = search.stdout.split()
+        return bool(found)
+
+    wait_until(is_there, f'a window "{title}"')
+    return found[-1]
+
+
+def press(title, key):
+    """Presses a key in the window of this title."""
+    # Without a window manager nobody gives a window the focus.
+    subprocess.run(["xdotool", "windowfocus", "--sync", window(title), "key", key], check=True)
+
+
+class Application:
+    """A running program as a screen reader sees it."""
+
+    def __init__(self, name):
+        self._name = name
+        self._root = None
+        wait_until(self._find, f"{name} on the accessibility bus")
+
+    def _find(self):
+        desktop = Atspi.get_desktop(0)
+        # Nobody runs a main loop here that would tell the cache of newcomers.
+        desktop.clear_cache()
+        for index in range(desktop.get_child_count()):
+            child = desktop.get_child_at_index(index)
+            if child is not None and child.get_name() == self._name:
+                self._root = child
+                return True
+        return False
+
+    def _walk(self, node=None):
+        node = node or self._root
+        yield node
+        for index in range(node.get_child_count()):
+            child = node.get_child_at_index(index)
+            if child is not None:
+                yield from self._walk(child)
+
+    def find(self, name):
+        """The first showing control of this accessible name, or None."""
+        try:
+            self._root.clear_cache()
+            for node in self._walk():
+                if node.get_name() == name and node.get_state_set().contains(
+                        Atspi.StateType.SHOWING):
+                    return node
+        except GLib.Error as error:  # the tree changes while it is read
+            print(f"accessibility tree: {error.message}", file=sys.stderr)
+        return None
+
+    def wait_for_label(self, text):
+        wait_until(lambda: self.find(text), f'"{text}"; shown: {self.names()}')
+
+    def names(self):
+        try:
+            return [node.get_name() for node in self._walk() if node.get_name()]
+        except GLib.Error:
+            return []
+
+    def is_checked(self, name):
+        return self.find(name).get_state_set().contains(Atspi.StateType.CHECKED)
+
+    def click(self, name):
+        wait_until(lambda: self.find(name), f'"{name}" to click')
+        box = self.find(name).get_extents(Atspi.CoordType.SCREEN)
+        # Check boxes react on their left end only where the style says so.
+        x = box.x + min(box.width // 2, 10)
+        y = box.y + box.height // 2
+        subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True)
