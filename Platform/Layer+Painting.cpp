@@ -8,14 +8,15 @@
 namespace platform {
 namespace {
 
-// Contents cover whole pixels of the screen: between pixels an image would be blurred.
+// Contents cover whole pixels of the screen, and as many wherever they are: between pixels, or
+// stretched by one, an image would be blurred.
 QRectF onWholePixels(const QPainter &painter, const QRectF &area)
 {
     const QTransform &toScreen = painter.deviceTransform();
     const QRectF pixels = toScreen.mapRect(area);
     const QPointF topLeft(qRound(pixels.left()), qRound(pixels.top()));
-    const QPointF bottomRight(qRound(pixels.right()), qRound(pixels.bottom()));
-    return toScreen.inverted().mapRect(QRectF(topLeft, bottomRight));
+    const QSizeF size(qRound(pixels.width()), qRound(pixels.height()));
+    return toScreen.inverted().mapRect(QRectF(topLeft, size));
 }
 
 } // namespace

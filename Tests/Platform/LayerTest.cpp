@@ -68,6 +68,7 @@ private Q_SLOTS:
     void theOriginOfTheBoundsShiftsTheSublayers();
     void aHiddenLayerIsNotPaintedNorAreItsSublayers();
     void contentsFillTheBounds();
+    void contentsAreSharpAlsoBetweenPixels();
     void theBorderLiesInsideTheEdgeAboveTheSublayers();
     void theDelegateDrawsOnlyWhatIsMarkedForDisplay();
     void sizableSublayersGrowWithTheirSuperlayer();
@@ -155,6 +156,30 @@ void LayerTest::contentsFillTheBounds()
     QCOMPARE(picture.pixelColor(0, 0), QColor(Qt::red));
     QCOMPARE(picture.pixelColor(8, 0), QColor(Qt::blue));
     QCOMPARE(picture.pixelColor(0, 5), QColor(Qt::blue));
+}
+
+void LayerTest::contentsAreSharpAlsoBetweenPixels()
+{
+    // Four points are 4.4 pixels here, from 3.3 to 7.7; the contents have four.
+    QImage stripes(4, 4, QImage::Format_ARGB32_Premultiplied);
+    stripes.fill(Qt::white);
+    for (int y = 0; y < stripes.height(); ++y) {
+        stripes.setPixelColor(0, y, Qt::black);
+        stripes.setPixelColor(2, y, Qt::black);
+    }
+    const auto root = layerWithFrame({0, 0, 12, 12});
+    const auto striped = layerWithFrame({3, 5, 4, 4});
+    striped->setContents(stripes);
+    root->addSublayer(striped);
+    QImage picture(14, 14, QImage::Format_ARGB32_Premultiplied);
+    picture.setDevicePixelRatio(1.1);
+    picture.fill(Qt::white);
+    QPainter painter(&picture);
+    root->paint(painter, {0, 0, 12, 12});
+    painter.end();
+    for (int x = 0; x < stripes.width(); ++x) {
+        QCOMPARE(picture.pixelColor(3 + x, 5), stripes.pixelColor(x, 1));
+    }
 }
 
 void LayerTest::theBorderLiesInsideTheEdgeAboveTheSublayers()
