@@ -280,7 +280,7 @@ void PropertyListXmlReadingTest::whatXmlAllowsAroundElementsIsPassedOver_data()
     row("comments", "<!-- <a> --><plist><!----><array><!-- - --><true/></array><!----></plist>");
     row("instructions", "<?xml?><?a b?><plist><?c?><array><true/><?d?></array></plist>");
     row("document type", "<!DOCTYPE plist SYSTEM \"a b\">" + plain);
-    row("attributes", "<plist version='1.0' a=\"/\"><array b=\"\" ><true c=''/></array ></plist >");
+    row("attributes", R"(<plist version='1.0' a="/"><array b="" ><true c=''/></array ></plist >)");
     row("opened and closed", "<plist><array><true></true></array></plist>");
     row("space in empty element", "<plist><array><true> \n</true></array></plist>");
     row("white space behind the list", plain + "\r\n\t ");
