@@ -8,9 +8,9 @@
 
 #include <QDateTime>
 
-#include <locale.h>
 #include <plist/plist.h>
 
+#include <clocale>
 #include <cstdlib>
 #include <limits>
 #include <memory>
@@ -38,7 +38,7 @@ class NumbersWithPoint {
 public:
     NumbersWithPoint()
     {
-        static const auto plain = ::newlocale(LC_ALL_MASK, "C", nullptr);
+        static auto *const plain = ::newlocale(LC_ALL_MASK, "C", nullptr);
         m_old = ::uselocale(plain);
     }
     ~NumbersWithPoint() { ::uselocale(m_old); }
@@ -199,12 +199,13 @@ QByteArray cleanUtf8(QString text)
 {
     const auto size = static_cast<int>(text.size());
     for (auto i = 0; i < size; ++i) {
-        const QChar at = std::as_const(text)[i];
-        const auto code = at.unicode();
-        if (at.isHighSurrogate() && i + 1 < size && std::as_const(text)[i + 1].isLowSurrogate()) {
+        const auto *at = text.utf16() + i;
+        if (*at >= 0x20 ? *at < 0xD800 : *at == '\t' || *at == '\n' || *at == '\r') {
+            continue;
+        }
+        if (QChar::isHighSurrogate(*at) && QChar::isLowSurrogate(at[1])) { // ends with a zero
             ++i;
-        } else if ((code < 0x20 && code != '\t' && code != '\n' && code != '\r') ||
-                   at.isSurrogate() || code >= 0xFFFE) {
+        } else if (*at < 0xE000 || *at >= 0xFFFE) {
             text[i] = QChar(QChar::ReplacementCharacter);
         }
     }
@@ -337,8 +338,10 @@ QByteArray xmlFromValue(const QVariant &value, QString &error)
         error = error.isNull() ? QStringLiteral("There is nothing to write.") : error;
         return {};
     }
-    // Other readers would take a carriage return as it stands for a line feed.
-    auto xml = xmlFromNode(node.get()).replace('\r', "&#13;");
+    auto xml = xmlFromNode(node.get());
+    if (xml.contains('\r')) { // which other readers would take for a line feed
+        xml.replace('\r', "&#13;");
+    }
     if (xml.size() > maximumSize) {
         error = QStringLiteral("The property list would be too large.");
         return {};

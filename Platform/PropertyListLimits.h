@@ -16,7 +16,7 @@ constexpr int maximumDepth = 512;
 
 // Values in all, each one counted as often as it is met. A value takes about 64 bytes beside its
 // content, so that memory for both has the same bound.
-constexpr qint64 maximumValues = 1024 * 1024;
+constexpr qint64 maximumValues = qint64(1024) * 1024;
 constexpr qint64 valueWeight = maximumSize / maximumValues;
 
 } // namespace platform::propertylist

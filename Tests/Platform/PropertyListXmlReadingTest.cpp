@@ -1,11 +1,17 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Platform/PropertyList.h"
+#include "Tests/Support/EnvironmentVariable.h"
 
 #include <QDateTime>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 
+#include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 using platform::propertyListFromData;
@@ -33,6 +39,7 @@ private Q_SLOTS:
     void integersOf64BitsAreReadSignedOrUnsigned();
     void realsAreReadWithAPoint_data();
     void realsAreReadWithAPoint();
+    void realsAreReadWithAPointWhereTheUserWritesAComma();
     void datesAreUtcToTheSecond_data();
     void datesAreUtcToTheSecond();
     void dataAreBase64WithWhiteSpaceAnywhere();
@@ -166,6 +173,29 @@ void PropertyListXmlReadingTest::realsAreReadWithAPoint()
     QVERIFY(nan && std::isnan(nan->toDouble()));
 }
 
+void PropertyListXmlReadingTest::realsAreReadWithAPointWhereTheUserWritesAComma()
+{
+    const QTemporaryDir folder;
+    QFile source(folder.filePath(QStringLiteral("source")));
+    QVERIFY(source.open(QIODevice::WriteOnly));
+    source.write(
+        "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3\nEND LC_NUMERIC\n");
+    source.close();
+    QProcess::execute(QStringLiteral("localedef"),
+                      {QStringLiteral("-c"), QStringLiteral("-f"), QStringLiteral("ANSI_X3.4-1968"),
+                       QStringLiteral("-i"), source.fileName(),
+                       folder.filePath(QStringLiteral("comma"))});
+    const test::EnvironmentVariable path("LOCPATH", QFile::encodeName(folder.path()));
+    QVERIFY(std::setlocale(LC_NUMERIC, "comma") != nullptr);
+    const auto comma = std::strtod("0,5", nullptr);
+    const auto value = element("<real>0.5</real>");
+    const auto xml = platform::propertyListToXml(0.5);
+    std::setlocale(LC_NUMERIC, "C");
+    QCOMPARE(comma, 0.5); // the user does write a comma
+    QCOMPARE(value, QVariant(0.5));
+    QVERIFY(xml.contains("<real>0.5</real>"));
+}
+
 void PropertyListXmlReadingTest::datesAreUtcToTheSecond_data()
 {
     QTest::addColumn<QByteArray>("digits");
@@ -250,7 +280,7 @@ void PropertyListXmlReadingTest::whatXmlAllowsAroundElementsIsPassedOver_data()
     row("comments", "<!-- <a> --><plist><!----><array><!-- - --><true/></array><!----></plist>");
     row("instructions", "<?xml?><?a b?><plist><?c?><array><true/><?d?></array></plist>");
     row("document type", "<!DOCTYPE plist SYSTEM \"a b\">" + plain);
-    row("attributes", "<plist version='1.0' a=\"/\"><array b=\"\" ><true c=''/></array ></plist >");
+    row("attributes", R"(<plist version='1.0' a="/"><array b="" ><true c=''/></array ></plist >)");
     row("opened and closed", "<plist><array><true></true></array></plist>");
     row("space in empty element", "<plist><array><true> \n</true></array></plist>");
     row("white space behind the list", plain + "\r\n\t ");
