@@ -235,8 +235,16 @@ void ZQLogRotationTest::theFilesAreNamedAfterTheExecutableNotTheGivenName()
 void ZQLogRotationTest::theGivenNameIsTakenOverWhereThereIsNoExecutable()
 {
     // A process that cannot see its own entry in "/proc" does not know its executable.
-    QStringList blind{text("--dev-bind"), text("/"),  text("/"),         text("--tmpfs"),
-                      text("/proc"),      text("--"), test::logProgram()};
+    // (Nor could a leak checker do its work there.)
+    const QStringList blind{text("--dev-bind"),
+                            text("/"),
+                            text("/"),
+                            text("--tmpfs"),
+                            text("/proc"),
+                            text("--setenv"),
+                            text("ASAN_OPTIONS"),
+                            text("detect_leaks=0"),
+                            test::logProgram()};
     const auto run = test::runLogProgram(
         blind + QStringList{text("state"), text("new=Given"), text("new=Later"), text("state")},
         text("bwrap"));
