@@ -32,7 +32,7 @@ bool isDisabledByPreferences()
     const auto folder = ZQLocalPaths::prefsDirectory(Domain::User);
     const auto preferences =
         platform::dictionaryFromFile(folder + QStringLiteral("/com.corvane.global.plist"));
-    if (!preferences) {
+    if (folder.isNull() || !preferences) {
         return false;
     }
     const auto value = preferences->value(QStringLiteral("disable-logging"));
@@ -138,9 +138,12 @@ bool ZQLog::rotate(const QString &folder) const
     return true;
 }
 
+// Null without a folder.
 QString ZQLog::generation(const QString &folder, long number) const
 {
-    return platform::format(QStringLiteral("%@/%@.%li.log"), folder, appName(), number);
+    return folder.isNull()
+               ? QString()
+               : platform::format(QStringLiteral("%@/%@.%li.log"), folder, appName(), number);
 }
 
 // For root the machine's, while the user's folder is the one that is created and rotated: kept on

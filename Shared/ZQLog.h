@@ -35,9 +35,9 @@ public:
     static void createNewLog(const QString &applicationName = QString());
 
     /// appendLog:
-    /// Formats as platform::format() and queues an entry; a null format does nothing. On other
-    /// threads than the main thread a text of 1 to 99 UTF-16 units has been written when the call
-    /// returns, provided that no more than 99 units were waiting, itself included.
+    /// Formats as platform::format() and queues an entry; a null format does nothing. Off the main
+    /// thread returns when the text is written if that has 1 to 99 UTF-16 units and the queue with
+    /// it no more than 99.
     template <typename... Arguments>
     static void appendLog(const QString &format, const Arguments &...arguments)
     {
@@ -74,12 +74,11 @@ public:
     // Base name of the files; where none is set, the executable's name without its extension.
     QString appName() const;
     void setAppName(const QString &name);
-
     // Bytes that this process has written to the current file since createNewLog().
     quint64 bytesWritten() const { return m_bytesWritten.load(std::memory_order_relaxed); }
 
-    // UTF-16 units queued and not yet written: approximate. Stays too large for good after texts
-    // that came while logging was disabled or could not be written: kept on purpose.
+    // UTF-16 units queued and not yet written: approximate. Never falls by texts that came while
+    // logging was disabled or could not be written: kept on purpose.
     quint64 bytesInQueue() const { return m_bytesInQueue.load(std::memory_order_relaxed); }
 
     // Set by createNewLog() when the global preferences say so; never reset.

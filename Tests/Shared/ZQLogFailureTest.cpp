@@ -23,6 +23,7 @@ private Q_SLOTS:
     void aFileThatAppearsLaterIsUsed();
     void aPathThatIsNoFileOfItsOwnIsRefusedWithoutWaiting_data();
     void aPathThatIsNoFileOfItsOwnIsRefusedWithoutWaiting();
+    void withoutALibraryEntriesAreLost();
     void aLostEntryLeavesTheQueue();
 
     void anEntryThatCannotBeWrittenIsPrintedAndTheLogGoesOn();
@@ -123,6 +124,18 @@ void ZQLogFailureTest::aPathThatIsNoFileOfItsOwnIsRefusedWithoutWaiting()
     QCOMPARE(run.output, lost(text("text")));
     QCOMPARE(test::contents(elsewhere), QByteArray("precious"));
     QVERIFY(!QFileInfo::exists(text("/nowhere")));
+}
+
+void ZQLogFailureTest::withoutALibraryEntriesAreLost()
+{
+    // An account that the system does not know has no home.
+    const QStringList homeless{text("--dev-bind"),     text("/"),     text("/"),
+                               text("--unshare-user"), text("--uid"), text("4242"),
+                               text("--unsetenv"),     text("HOME"),  test::logProgram()};
+    const auto run = test::runLogProgram(
+        homeless + QStringList{text("new"), text("append=text"), text("finish")}, text("bwrap"));
+    QCOMPARE(run.output, QStringList(text("Unable to create folder (null).")) + lost(text("text")));
+    QCOMPARE(run.exitCode, 0);
 }
 
 void ZQLogFailureTest::aLostEntryLeavesTheQueue()

@@ -235,11 +235,12 @@ void ZQLogRotationTest::theFilesAreNamedAfterTheExecutableNotTheGivenName()
 void ZQLogRotationTest::theGivenNameIsTakenOverWhereThereIsNoExecutable()
 {
     // A process that cannot see its own entry in "/proc" does not know its executable.
-    QStringList blind{text("--dev-bind"), text("/"),  text("/"),         text("--tmpfs"),
-                      text("/proc"),      text("--"), test::logProgram()};
-    const auto run = test::runLogProgram(
-        blind + QStringList{text("state"), text("new=Given"), text("new=Later"), text("state")},
-        text("bwrap"));
+    const QStringList blind{text("--dev-bind"), text("/"),     text("/"),
+                            text("--tmpfs"),    text("/proc"), test::logProgram()};
+    const auto run =
+        test::runLogProgram(blind + QStringList{text("state"), text("new=Given"), text("new=Later"),
+                                                text("state"), text("leave")},
+                            text("bwrap"));
     QCOMPARE(run.exitCode, 0);
     QVERIFY(run.output.first().endsWith(text(" name (null)")));
     QVERIFY(run.output.last().endsWith(text(" name Given")));
