@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Platform/AlertPanel.h"
+#include "Shared/ZQLocalPaths.h"
 #include "Tests/PreferencePane/PaneFixture.h"
 #include "Tests/Support/ConsoleCapture.h"
 
@@ -284,7 +285,8 @@ void PreferencesWritingTest::inAnUnwritableFolderOneRequestIsMadeAndTheAlertName
         1);
     QVERIFY(fixture.control<QCheckBox>("securityConfirmConnections")->isChecked());
     QVERIFY(!QFile::exists(PaneFixture::preferencesPath()));
-    QVERIFY(!QFile::exists(QStringLiteral("/tmp/com.corvane.OstrelListener.plist")));
+    QVERIFY(!QFile::exists(ZQLocalPaths::tempDirectory() +
+                           QStringLiteral("/com.corvane.OstrelListener.plist")));
 }
 
 void PreferencesWritingTest::aFailedSaveKeepsTheControlsAndDoesNotRefresh()
