@@ -1,9 +1,11 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include <QApplication>
+#include <QLabel>
 #include <QMainWindow>
 
-// The peer of ostrel-settings: an empty window with the same toolkit, style and flags.
+// The peer of ostrel-settings: an empty window with the same toolkit, style and flags. With an
+// argument it holds that text, as any window of use does, and so pays for loading a font.
 int main(int argc, char *argv[])
 {
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
@@ -14,6 +16,9 @@ int main(int argc, char *argv[])
     QMainWindow window;
     window.setWindowTitle(QStringLiteral("Ostrel"));
     window.resize(600, 300);
+    if (argc > 1) {
+        window.setCentralWidget(new QLabel(QString::fromLocal8Bit(argv[1])));
+    }
     window.show();
     return QApplication::exec();
 }
