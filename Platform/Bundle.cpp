@@ -2,62 +2,57 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Bundle.h"
 
+#include "Platform/ProcessList.h"
 #include "Platform/PropertyList.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 #include <dlfcn.h>
+#include <link.h>
 
 namespace platform {
-namespace {
-
-// Null where the system does not tell.
-QString runningProgram()
-{
-    // Never destroyed: the log still asks while the process exits.
-    static const auto *program = [] {
-        const auto target = QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
-        return new QString(target.isEmpty() ? QString() : target);
-    }();
-    return *program;
-}
-
-// The bundle folder of a program at "Contents/MacOS/NAME" in it; null for any other place.
-QString bundlePathOfProgram(const QString &program)
-{
-    static const auto middle = QStringLiteral("/Contents/MacOS");
-    const auto folder = program.left(program.lastIndexOf(QLatin1Char('/')));
-    return folder.endsWith(middle) && folder.size() > middle.size()
-               ? folder.left(folder.size() - middle.size())
-               : QString();
-}
-
-} // namespace
 
 Bundle Bundle::main()
 {
-    const auto program = runningProgram();
-    auto path = bundlePathOfProgram(program);
-    if (path.isNull()) {
-        path = QFileInfo(program).path();
+    // Asked once: where the program is moved while it runs, its bundle is still where it was. Never
+    // destroyed: the log still asks while the process exits.
+    static const auto *program = new QString(QFile::decodeName(ownExecutable()));
+    auto bundle = ofProgram(*program);
+    if (bundle.isNull()) {
+        bundle = Bundle(QFileInfo(*program).path());
     }
-    Bundle bundle(path);
-    bundle.m_executable = program;
+    bundle.m_executable = *program;
     return bundle;
 }
 
 Bundle Bundle::containing(const void *address)
 {
     Dl_info info{};
-    if (::dladdr(address, &info) != 0 && info.dli_fname != nullptr) {
-        const auto program = QFileInfo(QFile::decodeName(info.dli_fname)).absoluteFilePath();
-        const auto path = bundlePathOfProgram(program);
-        if (!path.isNull()) {
-            return Bundle(path);
+    link_map *object = nullptr;
+    void *extra = nullptr;
+    if (::dladdr1(address, &info, &extra, RTLD_DL_LINKMAP) != 0) {
+        object = static_cast<link_map *>(extra);
+    }
+    // The program's own name is empty here; elsewhere the linker tells it as it was called, which
+    // need not be a path.
+    if (object != nullptr && object->l_name != nullptr && *object->l_name != '\0') {
+        const auto file = QFileInfo(QFile::decodeName(object->l_name)).absoluteFilePath();
+        auto bundle = ofProgram(file);
+        if (!bundle.isNull()) {
+            return bundle;
         }
     }
     return main();
+}
+
+Bundle Bundle::ofProgram(const QString &program)
+{
+    const QLatin1String middle("/Contents/MacOS");
+    const auto folder = program.left(program.lastIndexOf(QLatin1Char('/')));
+    return folder.endsWith(middle) && folder.size() > middle.size()
+               ? Bundle(folder.left(folder.size() - middle.size()))
+               : Bundle();
 }
 
 QVariantMap Bundle::infoDictionary() const
@@ -74,7 +69,8 @@ QString Bundle::executablePath() const
     }
     const auto name = infoDictionary().value(QStringLiteral("CFBundleExecutable")).toString();
     const auto path = m_path + QStringLiteral("/Contents/MacOS/") + name;
-    return !name.isEmpty() && QFileInfo(path).isFile() ? path : QString();
+    const auto isName = !name.isEmpty() && !name.contains(QLatin1Char('/'));
+    return isName && QFileInfo(path).isFile() ? path : QString();
 }
 
 QString Bundle::pathForResource(const QString &name, const QString &type) const

@@ -18,8 +18,11 @@ public:
     static Bundle main();
 
     // The bundle whose program or plug-in holds this address; the main bundle for the program's
-    // own.
+    // own, and for a library outside any bundle.
     static Bundle containing(const void *address);
+
+    // The bundle that a program lies in as "Contents/MacOS/NAME"; no bundle for any other place.
+    static Bundle ofProgram(const QString &program);
 
     bool isNull() const { return m_path.isNull(); }
     const QString &path() const { return m_path; }

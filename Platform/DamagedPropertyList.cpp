@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace platform {
@@ -20,8 +21,10 @@ bool keepDamagedPropertyList(const QString &path)
     const QByteArray original = QFile::encodeName(path);
     const QByteArray kept = original + ".damaged";
     ::unlink(kept.constData());
-    // A second name needs no right to read the file, and the file is never away.
-    return ::link(original.constData(), kept.constData()) == 0 ||
+    // A second name needs no right to read the file, and the file is never away. Of a symbolic link
+    // the file behind it gets the name, as that is what will be replaced.
+    return ::linkat(AT_FDCWD, original.constData(), AT_FDCWD, kept.constData(),
+                    AT_SYMLINK_FOLLOW) == 0 ||
            QFile::copy(path, path + QStringLiteral(".damaged"));
 }
 

@@ -6,9 +6,9 @@
 
 namespace platform {
 
-// Before a property list is written anew: where the file there holds something that is not a readable
-// dictionary, keeps it under its name with ".damaged" added, in place of an older one. The file itself
-// stays. False when that failed.
+// Before a property list is written anew: where the file there holds something that is not a
+// readable dictionary, keeps it under its name with ".damaged" added, in place of an older one. The
+// file itself stays. False when that failed.
 bool keepDamagedPropertyList(const QString &path);
 
 } // namespace platform

@@ -95,8 +95,9 @@ bool replaceFile(const QString &path, const QByteArray &contents, QString *error
     if (reason.isNull()) {
         QSaveFile file(path);
         auto written = file.open(QIODevice::WriteOnly);
-        if (written && exists && ::geteuid() == 0) {
-            written = ::fchown(file.handle(), old.st_uid, old.st_gid) == 0;
+        if (written && exists && ::geteuid() == 0 &&
+            ::fchown(file.handle(), old.st_uid, old.st_gid) != 0) {
+            // In a container the owner may be one that cannot be given; the file is worth more.
         }
         written = written && file.write(contents) == contents.size() && file.commit();
         if (written) {

@@ -8,14 +8,15 @@
 namespace platform {
 namespace {
 
-// Contents cover whole pixels of the screen: between pixels an image would be blurred.
+// Contents cover whole pixels of the screen, and as many wherever they are: between pixels, or
+// stretched by one, an image would be blurred.
 QRectF onWholePixels(const QPainter &painter, const QRectF &area)
 {
-    const QTransform toScreen = painter.deviceTransform();
+    const QTransform &toScreen = painter.deviceTransform();
     const QRectF pixels = toScreen.mapRect(area);
     const QPointF topLeft(qRound(pixels.left()), qRound(pixels.top()));
-    const QPointF bottomRight(qRound(pixels.right()), qRound(pixels.bottom()));
-    return toScreen.inverted().mapRect(QRectF(topLeft, bottomRight));
+    const QSizeF size(qRound(pixels.width()), qRound(pixels.height()));
+    return toScreen.inverted().mapRect(QRectF(topLeft, size));
 }
 
 } // namespace
@@ -61,10 +62,14 @@ void Layer::paintBorder(QPainter &painter, const QRectF &area) const
     const QRectF inner =
         outer.adjusted(m_borderWidth, m_borderWidth, -m_borderWidth, -m_borderWidth);
     const qreal innerRadius = qMax(m_cornerRadius - m_borderWidth, 0.0);
+    // The hole runs the other way round: where both outlines cross one pixel their coverages are
+    // then subtracted, which the odd-even rule does not do.
     QPainterPath line;
-    line.setFillRule(Qt::OddEvenFill);
+    line.setFillRule(Qt::WindingFill);
     line.addRoundedRect(outer, m_cornerRadius, m_cornerRadius);
-    line.addRoundedRect(inner, innerRadius, innerRadius);
+    QPainterPath hole;
+    hole.addRoundedRect(inner, innerRadius, innerRadius);
+    line.addPath(hole.toReversed());
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.fillPath(line, Qt::black);

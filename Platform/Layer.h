@@ -3,13 +3,13 @@
 #pragma once
 
 #include "Platform/LayerConstraint.h"
+#include "Platform/LayerDelegate.h"
 
 #include <QFlags>
 #include <QImage>
 #include <QRectF>
 #include <QString>
 
-#include <chrono>
 #include <memory>
 #include <vector>
 
@@ -17,31 +17,6 @@ class QPainter;
 class QVariantAnimation;
 
 namespace platform {
-
-class Layer;
-
-// Draws the content of a layer.
-class LayerDelegate {
-public:
-    /// drawLayer:inContext:
-    // The painter has Qt's axes: the origin at the layer's top left corner, y downward.
-    virtual void drawLayer(const Layer &layer, QPainter &painter) = 0;
-
-protected:
-    ~LayerDelegate() = default;
-};
-
-// The view that shows a tree of layers.
-class LayerHost {
-public:
-    virtual void layerTreeChanged() = 0;
-
-    // The length of implicit animations; 0 where nothing can be seen moving.
-    virtual std::chrono::milliseconds implicitAnimationDuration() const = 0;
-
-protected:
-    ~LayerHost() = default;
-};
 
 // CALayer: a rectangle with content, sublayers and a border. Lengths are in points and the y axis
 // points upward, so that the top() of a QRectF is here its bottom edge. A change of the frame takes

@@ -8,6 +8,8 @@
 #include <QThread>
 #include <QTimer>
 
+#include <unistd.h>
+
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -27,12 +29,41 @@ CallQueue &callQueue()
     return *queue;
 }
 
+class CallReceiver : public QObject {
+public:
+    bool event(QEvent *event) override
+    {
+        if (event->type() == QEvent::User) {
+            runPendingMainThreadCalls();
+            return true;
+        }
+        return QObject::event(event);
+    }
+};
+
+// A posted event is the main thread's alone from then on, unlike a queued method call, which its
+// sender still holds while the main thread may be freeing it.
+void wakeMainThread(const QCoreApplication &application)
+{
+    static auto *receiver = new CallReceiver; // never destroyed, as the queue
+    static const bool moved = [&] {
+        receiver->moveToThread(application.thread());
+        return true;
+    }();
+    Q_UNUSED(moved)
+    QCoreApplication::postEvent(receiver, new QEvent(QEvent::User));
+}
+
 } // namespace
 
 bool isMainThread()
 {
-    const auto *application = QCoreApplication::instance();
-    return application == nullptr || application->thread() == QThread::currentThread();
+    if (const auto *application = QCoreApplication::instance()) {
+        return application->thread() == QThread::currentThread();
+    }
+    // Before the application and after it the process's first thread: a worker that is still there
+    // then must not take itself for the main thread.
+    return ::gettid() == ::getpid();
 }
 
 void performOnMainThread(std::function<void()> call)
@@ -41,8 +72,8 @@ void performOnMainThread(std::function<void()> call)
         const std::lock_guard lock(callQueue().mutex);
         callQueue().calls.push_back(std::move(call));
     }
-    if (auto *application = QCoreApplication::instance()) {
-        QMetaObject::invokeMethod(application, runPendingMainThreadCalls, Qt::QueuedConnection);
+    if (const auto *application = QCoreApplication::instance()) {
+        wakeMainThread(*application);
     }
 }
 

@@ -37,4 +37,7 @@ private:
 // path.
 bool findProcess(const std::function<bool(const ProcessInformation &)> &visit);
 
+// The path of this process's executable, as the list would have it.
+QByteArray ownExecutable();
+
 } // namespace platform

@@ -8,10 +8,13 @@
 
 // Property lists, XML and binary, as QVariant: dictionaries are QVariantMap, arrays QVariantList,
 // text QString, data QByteArray, dates QDateTime (UTC, whole seconds), integers qlonglong
-// (qulonglong where they do not fit), reals double, truth values bool. Beside these, the binary
-// form has UIDs, which are read as the dictionary {"CF$UID": number} that stands for them in the
-// XML form, and nulls, which are read as invalid values and, as the XML form has none, are left out
-// when written.
+// (qulonglong where they do not fit), reals double, truth values bool. UIDs of the binary form are
+// read as the dictionary {"CF$UID": number} that stands for them in the XML form. What has the form
+// of a date but is none, and dates after the year 9999, may become another date or an invalid
+// value; invalid values are left out when written.
+//
+// libplist reads and writes; it takes malformed numbers for what C makes of them, UTF-8 only, and
+// no nulls.
 //
 // No input crashes, blocks or exhausts the process; PropertyListLimits.h has the bounds. Any
 // thread.

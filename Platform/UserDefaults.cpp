@@ -3,6 +3,8 @@
 #include "Platform/UserDefaults.h"
 
 #include "Platform/Bundle.h"
+#include "Platform/Console.h"
+#include "Platform/DamagedPropertyList.h"
 #include "Platform/PropertyList.h"
 #include "Platform/StandardFolders.h"
 
@@ -12,22 +14,28 @@
 namespace platform {
 namespace {
 
-// Sets the value at the path below the dictionary; false when a value on the way is no dictionary.
+// Sets the value at the path from its key number at on, or removes it where it is invalid. False,
+// with nothing changed, when a value on the way is no dictionary.
 bool setValue(QVariantMap &dictionary, const QStringList &path, int at, const QVariant &value)
 {
-    auto &slot = dictionary[path.at(at)];
+    const auto &key = path.at(at);
     if (at + 1 == path.size()) {
-        slot = value;
+        if (value.isValid()) {
+            dictionary.insert(key, value);
+        } else {
+            dictionary.remove(key);
+        }
         return true;
     }
-    if (slot.isValid() && slot.userType() != QMetaType::QVariantMap) {
-        return false;
+    const auto old = dictionary.value(key);
+    if (old.isValid() ? old.userType() != QMetaType::QVariantMap : !value.isValid()) {
+        return !old.isValid(); // nothing to remove
     }
-    auto inner = slot.toMap();
+    auto inner = old.toMap();
     if (!setValue(inner, path, at + 1, value)) {
         return false;
     }
-    slot = inner;
+    dictionary.insert(key, inner);
     return true;
 }
 
@@ -46,7 +54,7 @@ QString UserDefaults::filePath() const
         libraries.isEmpty() ? homeDirectory() + QStringLiteral("/Library") : libraries.constFirst();
     const auto bundle = Bundle::main();
     auto name = bundle.infoDictionary().value(QStringLiteral("CFBundleIdentifier")).toString();
-    if (name.isEmpty()) {
+    if (name.isEmpty() || name.contains(QLatin1Char('/'))) {
         name = QFileInfo(bundle.executablePath()).fileName();
     }
     return library + QStringLiteral("/Preferences/") + name + QStringLiteral(".plist");
@@ -64,12 +72,22 @@ QVariant UserDefaults::valueForKeyPath(const QString &keyPath) const
     return value;
 }
 
-bool UserDefaults::setValueForKeyPath(const QVariant &value, const QString &keyPath)
+bool UserDefaults::setValueForKeyPath(const QVariant &value, const QString &keyPath) const
 {
     const auto path = filePath();
     auto values = dictionaryFromFile(path).value_or(QVariantMap());
-    return setValue(values, keyPath.split(QLatin1Char('.')), 0, value) &&
-           QDir().mkpath(QFileInfo(path).path()) && writeDictionaryToFile(values, path);
+    if (keyPath.isEmpty() || !setValue(values, keyPath.split(QLatin1Char('.')), 0, value)) {
+        return false;
+    }
+    QString error;
+    if (!keepDamagedPropertyList(path)) {
+        error = QStringLiteral("The file there is damaged, and a copy of it could not be kept.");
+    } else if (QDir().mkpath(QFileInfo(path).path()) &&
+               writeDictionaryToFile(values, path, &error)) {
+        return true;
+    }
+    consoleLog(QStringLiteral("Unable to write the preferences file %@. %@"), path, error);
+    return false;
 }
 
 } // namespace platform

@@ -124,13 +124,14 @@ void ZQSwitch::setEnabled(bool enabled)
     } else if (before) {
         m_lostFocus.reset();
         if (focused) {
-            m_lostFocus = {window()->focusWidget(), reason};
+            m_lostFocus = reason;
+            m_focusTaker = window()->focusWidget();
         }
     } else if (m_lostFocus) {
         // The pane disables its switch for as long as a start or stop takes. Who toggles it from
         // the keyboard finds the focus where it was, unless it has been moved since.
-        if (window()->focusWidget() == m_lostFocus->taker) {
-            setFocus(m_lostFocus->reason);
+        if (window()->focusWidget() == m_focusTaker) {
+            setFocus(*m_lostFocus);
         }
         m_lostFocus.reset();
     }

@@ -94,10 +94,6 @@ protected:
 
 private:
     enum class Press { None, Mouse, Key };
-    struct LostFocus {
-        QPointer<QWidget> taker;
-        Qt::FocusReason reason;
-    };
 
     void awakeFromNib();
     void setupLayers();
@@ -112,5 +108,7 @@ private:
     Press m_press = Press::None;
     bool m_brokenOff = false;
     bool m_showsFocus = false;
-    std::optional<LostFocus> m_lostFocus;
+    // How the focus was got that disabling took away, and who has it since.
+    std::optional<Qt::FocusReason> m_lostFocus;
+    QPointer<QWidget> m_focusTaker;
 };

@@ -56,8 +56,7 @@ void ZQAlert::alertSheetWithDictionary(const QVariantMap &dictionary)
     connect(panel, &platform::AlertPanel::answered, this,
             [this, selector](qint64 code) { complete(selector, code); });
     connect(panel, &QObject::destroyed, this, &ZQAlert::endWithoutAnswer);
-    connect(qApp, &QCoreApplication::aboutToQuit, this, &ZQAlert::endWithoutAnswer,
-            Qt::UniqueConnection);
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &ZQAlert::endWithoutAnswer);
     panel->begin();
 }
 
@@ -69,14 +68,23 @@ void ZQAlert::alertDidEnd(QObject * /*alert*/, qint64 returnCode, void * /*conte
 
 void ZQAlert::setAlert(platform::AlertPanel *alert)
 {
+    stopWatching();
     if (m_alert != nullptr && m_alert != alert) {
-        m_alert->disconnect(this);
         // Ordered out, never closed: a closed sheet would send its completion once more.
         m_alert->orderOut();
         m_alert->deleteLater();
-        qApp->disconnect(this);
     }
     m_alert = alert;
+}
+
+void ZQAlert::stopWatching()
+{
+    if (m_alert != nullptr) {
+        m_alert->disconnect(this);
+    }
+    if (auto *application = QCoreApplication::instance()) {
+        application->disconnect(this);
+    }
 }
 
 void ZQAlert::endWithoutAnswer()
@@ -91,6 +99,7 @@ void ZQAlert::endWithoutAnswer()
 // begin another sheet with it.
 void ZQAlert::complete(const QString &selector, qint64 code)
 {
+    stopWatching(); // whatever the delegate destroys now, this is the answer
     setReturnCode(code);
     const QPointer<ZQAlert> self(this);
     const QPointer<platform::AlertPanel> panel = m_alert;

@@ -135,6 +135,7 @@ private:
     void wait();
     void endWithoutAnswer();
     void complete(const QString &selector, qint64 code);
+    void stopWatching();
 
     std::shared_ptr<Outcome> m_outcome = std::make_shared<Outcome>();
     QPointer<QWidget> m_parentWindow;

@@ -7,7 +7,7 @@
 QString ZQException::logException(const platform::Exception &exception, const char *methodName)
 {
     auto text = platform::format(QStringLiteral("Exception in %s. %@ - %@."), methodName,
-                                       exception.name(), exception.reason());
+                                 exception.name(), exception.reason());
     ZQLog::appendLogAndPrint(text);
     return text;
 }

@@ -2,8 +2,11 @@
 # SPDX-License-Identifier: MIT
 # Qt 5.15 or Qt 6, reached through the versionless Qt:: targets only.
 
-# The pane must share the Qt of the settings application that loads it.
-find_package(KF5KCMUtils 5.100 QUIET)
+# The pane must share the Qt of the settings application that loads it. Looking for the module's
+# library already takes the versionless targets for Qt 5.
+if(NOT OSTREL_QT_MAJOR EQUAL 6)
+  find_package(KF5KCMUtils 5.100 QUIET)
+endif()
 if(NOT OSTREL_QT_MAJOR)
   if(KF5KCMUtils_FOUND)
     set(OSTREL_QT_MAJOR 5)

@@ -45,7 +45,12 @@ KcmOstrel::KcmOstrel(QWidget *parent, const QVariantList &args) : KCModule(paren
         return;
     }
     m_pane = std::move(loaded.pane);
-    layout->addWidget(m_pane->loadMainView(this));
+    auto *view = m_pane->loadMainView(this);
+    // The settings application shows the module's name above it.
+    if (auto *title = view->findChild<QLabel *>(QStringLiteral("titleLabel"))) {
+        title->hide();
+    }
+    layout->addWidget(view);
 }
 
 #include "KcmOstrel.moc"

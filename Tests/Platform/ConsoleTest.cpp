@@ -209,6 +209,7 @@ void ConsoleTest::linesOfSeveralThreadsStayWhole()
     constexpr int lineCount = 200;
     const auto output = printed([] {
         std::vector<std::thread> threads;
+        threads.reserve(threadCount);
         for (int number = 0; number < threadCount; ++number) {
             threads.emplace_back([number] {
                 const QString line(100, QChar(u'a' + number));

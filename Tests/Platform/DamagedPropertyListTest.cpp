@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/DamagedPropertyList.h"
 
+#include "Platform/PropertyList.h"
+
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -12,6 +14,7 @@ private Q_SLOTS:
     void init();
     void aDamagedFileIsKeptBesideAndStays();
     void aNewerDamagedFileTakesThePlaceOfAnOlder();
+    void ofASymbolicLinkTheFileBehindItIsKept();
     void aReadableDictionaryAnEmptyAndAMissingFileLeaveNothing();
 
 private:
@@ -58,6 +61,20 @@ void DamagedPropertyListTest::aNewerDamagedFileTakesThePlaceOfAnOlder()
     write("new");
     QVERIFY(platform::keepDamagedPropertyList(m_path));
     QCOMPARE(read(m_path + QStringLiteral(".damaged")), QByteArray("new"));
+}
+
+void DamagedPropertyListTest::ofASymbolicLinkTheFileBehindItIsKept()
+{
+    const QString target = m_folder.filePath(QStringLiteral("target.plist"));
+    QVERIFY(QFile::link(target, m_path));
+    QFile file(target);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("damaged");
+    file.close();
+    QVERIFY(platform::keepDamagedPropertyList(m_path));
+    QVERIFY(platform::writeDictionaryToFile({}, m_path));
+    QVERIFY(platform::dictionaryFromFile(target));
+    QCOMPARE(read(m_path + QStringLiteral(".damaged")), QByteArray("damaged"));
 }
 
 void DamagedPropertyListTest::aReadableDictionaryAnEmptyAndAMissingFileLeaveNothing()

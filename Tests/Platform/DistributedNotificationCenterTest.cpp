@@ -326,10 +326,11 @@ void DistributedNotificationCenterTest::tooMuchUserInformationIsLostWithAConsole
 
 void DistributedNotificationCenterTest::severalThreadsMayPost()
 {
-    constexpr unsigned threadCount = 4;
-    constexpr unsigned postCount = 50;
+    constexpr std::size_t threadCount = 4;
+    constexpr std::size_t postCount = 50;
     Listener listener;
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (unsigned number = 0; number < threadCount; ++number) {
         threads.emplace_back([number] {
             for (unsigned count = 0; count < postCount; ++count) {
@@ -410,6 +411,7 @@ void DistributedNotificationCenterTest::theSystemBusIsLeftAlone()
     QCOMPARE(::accept(m_systemBus, nullptr, nullptr), -1);
     QCOMPARE(errno, EAGAIN);
     ::close(m_systemBus);
+    m_systemBus = -1;
 }
 
 int main(int argc, char **argv)

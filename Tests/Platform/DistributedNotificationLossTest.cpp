@@ -35,8 +35,10 @@ void observeAndPost()
     while (QDBusConnection::sessionBus().isConnected()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+    constexpr int threadCount = 4;
     std::vector<std::thread> threads;
-    for (int number = 0; number < 4; ++number) {
+    threads.reserve(threadCount);
+    for (int number = 0; number < threadCount; ++number) {
         threads.emplace_back([] { platform::postDistributedNotification(notification()); });
     }
     for (auto &thread : threads) {

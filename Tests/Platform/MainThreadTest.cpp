@@ -144,20 +144,33 @@ void MainThreadTest::endingWorkersServesTheirCallsAndCutsTheirSleep()
 void MainThreadTest::aWorkerIsToldThatItIsToEnd()
 {
     QVERIFY(!platform::WorkerThreads::currentThreadIsToEnd());
+    std::atomic<bool> asked = false;
     std::atomic<bool> before = true;
     std::atomic<bool> after = false;
     {
         platform::WorkerThreads workers;
         workers.start([&] {
             before = platform::WorkerThreads::currentThreadIsToEnd();
+            asked = true;
             workers.sleepFor(60s);
             after = platform::WorkerThreads::currentThreadIsToEnd();
         });
-        std::this_thread::sleep_for(50ms);
+        QTRY_VERIFY(asked.load());
     }
     QVERIFY(!before);
     QVERIFY(after);
 }
 
-QTEST_GUILESS_MAIN(MainThreadTest)
+int main(int count, char **arguments)
+{
+    // Without an application, too, a worker is not the main thread.
+    bool onWorker = true;
+    std::thread([&] { onWorker = platform::isMainThread(); }).join();
+    if (onWorker || !platform::isMainThread()) {
+        qFatal("without an application the main thread is not known");
+    }
+    QCoreApplication application(count, arguments);
+    MainThreadTest test;
+    return QTest::qExec(&test, count, arguments);
+}
 #include "MainThreadTest.moc"

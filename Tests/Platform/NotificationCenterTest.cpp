@@ -159,6 +159,7 @@ void NotificationCenterTest::severalThreadsMayPostAddAndRemove()
     constexpr int threadCount = 4;
     constexpr int rounds = 500;
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int number = 0; number < threadCount; ++number) {
         threads.emplace_back([&] {
             for (int round = 0; round < rounds; ++round) {

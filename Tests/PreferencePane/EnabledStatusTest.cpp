@@ -44,11 +44,11 @@ void EnabledStatusTest::decisionTable_data()
     for (const bool before : {false, true}) {
         for (const bool change : {false, true}) {
             const auto row = [&](bool job, const QString &word, bool up) {
-                const QString name = QStringLiteral("%1, %2, switch %3, change %4")
-                                         .arg(job ? QStringLiteral("job") : QStringLiteral("no job"),
-                                              word)
-                                         .arg(before)
-                                         .arg(change);
+                const QString name =
+                    QStringLiteral("%1, %2, switch %3, change %4")
+                        .arg(job ? QStringLiteral("job") : QStringLiteral("no job"), word)
+                        .arg(before)
+                        .arg(change);
                 QTest::newRow(qPrintable(name))
                     << job << word << before << change << (change ? up : before)
                     << (change && !up ? QStringLiteral("Status: Not loaded")
@@ -175,8 +175,8 @@ void EnabledStatusTest::aMoveOfTheSwitchMadeByThePaneStartsOrStops()
     QTRY_COMPARE(console.lines().count(refusal), 1);
     fixture.waitUntilIdle();
 
-    fixture.pane().updateStatus({QString(), {}, {{QStringLiteral("status"),
-                                                  QStringLiteral("Disconnected")}}});
+    fixture.pane().updateStatus(
+        {QString(), {}, {{QStringLiteral("status"), QStringLiteral("Disconnected")}}});
     QVERIFY(!fixture.masterSwitch().isOn());
     QCOMPARE(fixture.status(), QStringLiteral("Status: Not loaded"));
     QTRY_COMPARE(console.lines().count(refusal), 2);

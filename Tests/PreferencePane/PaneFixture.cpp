@@ -40,7 +40,8 @@ void PaneFixture::installJob()
 {
     const QString path = Ostrel_Preference_Pane::jobFilePath();
     QDir().mkpath(QFileInfo(path).path());
-    QVERIFY(platform::writeDictionaryToFile({{QStringLiteral("Label"), QStringLiteral("x")}}, path));
+    QVERIFY(
+        platform::writeDictionaryToFile({{QStringLiteral("Label"), QStringLiteral("x")}}, path));
 }
 
 void PaneFixture::removeJob()

@@ -49,7 +49,8 @@ public:
     ZQSwitch &masterSwitch() const { return *control<ZQSwitch>("masterSwitch"); }
     QString status() const;
     QString notice() const;
-    template <typename T> T *control(const char *name) const
+    template <typename T>
+    T *control(const char *name) const
     {
         auto *found = m_window->findChild<T *>(QString::fromLatin1(name));
         Q_ASSERT(found != nullptr);

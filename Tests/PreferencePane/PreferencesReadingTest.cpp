@@ -78,8 +78,8 @@ void PreferencesReadingTest::aBoxShowsWhatTheFileHolds_data()
     };
     for (const auto &box : boxes) {
         for (const auto &one : cases) {
-            QTest::newRow(qPrintable(QStringLiteral("%1 = %2").arg(QLatin1String(box.key),
-                                                                    QLatin1String(one.name))))
+            QTest::newRow(qPrintable(
+                QStringLiteral("%1 = %2").arg(QLatin1String(box.key), QLatin1String(one.name))))
                 << QString::fromLatin1(box.key) << QString::fromLatin1(box.control) << one.value
                 << (box.onByDefault ? one.onWhereDefaultIsOn : one.onWhereDefaultIsOff);
         }
@@ -167,8 +167,8 @@ void PreferencesReadingTest::theLeadingIntegerOfATextIsItsValue_data()
     QTest::newRow("above the ports") << QStringLiteral("70000") << 70000LL;
     QTest::newRow("a real") << QStringLiteral("80.9") << 80LL;
     QTest::newRow("hexadecimal") << QStringLiteral("0x50") << 0LL;
-    QTest::newRow("beyond 64 bits") << QStringLiteral("99999999999999999999")
-                                    << std::numeric_limits<qlonglong>::max();
+    QTest::newRow("beyond 64 bits")
+        << QStringLiteral("99999999999999999999") << std::numeric_limits<qlonglong>::max();
 }
 
 void PreferencesReadingTest::theLeadingIntegerOfATextIsItsValue()

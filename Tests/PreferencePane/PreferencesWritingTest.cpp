@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Platform/AlertPanel.h"
+#include "Shared/ZQLocalPaths.h"
 #include "Tests/PreferencePane/PaneFixture.h"
 #include "Tests/Support/ConsoleCapture.h"
 
@@ -49,13 +50,11 @@ void PreferencesWritingTest::theFirstSaveCreatesTheFileWithAllKeysButTheAddress(
     PaneFixture fixture(std::chrono::seconds(60));
     fixture.open();
     fixture.pane().savePrefs();
-    const QVariantMap expected{{QStringLiteral("autoUpdateCheck"), 1},
-                               {QStringLiteral("volChangeFeedback"), 1},
-                               {QStringLiteral("customPortSet"), 0},
-                               {customPort, 24780},
-                               {QStringLiteral("disableBonjour"), 0},
-                               {QStringLiteral("confirmConnections"), 0},
-                               {QStringLiteral("limitToOneConnection"), 0}};
+    const QVariantMap expected{
+        {QStringLiteral("autoUpdateCheck"), 1},     {QStringLiteral("volChangeFeedback"), 1},
+        {QStringLiteral("customPortSet"), 0},       {customPort, 24780},
+        {QStringLiteral("disableBonjour"), 0},      {QStringLiteral("confirmConnections"), 0},
+        {QStringLiteral("limitToOneConnection"), 0}};
     const QVariantMap written = PaneFixture::preferences();
     QCOMPARE(written.keys(), expected.keys());
     for (const auto &key : written.keys()) {
@@ -119,7 +118,8 @@ void PreferencesWritingTest::unknownKeysAndTheLastRunVersionSurvive()
         {QStringLiteral("real"), 0.1},
         {QStringLiteral("negative"), -7LL},
         {QStringLiteral("truth"), true},
-        {QStringLiteral("nested"), QVariantMap{{QStringLiteral("list"), QVariantList{1LL, false}}}}};
+        {QStringLiteral("nested"),
+         QVariantMap{{QStringLiteral("list"), QVariantList{1LL, false}}}}};
     PaneFixture fixture(std::chrono::seconds(60));
     PaneFixture::writePreferences(foreign);
     fixture.open();
@@ -195,8 +195,8 @@ void PreferencesWritingTest::aPortTypedJustBeforeClosingIsSaved()
 void PreferencesWritingTest::loadingThePaneDoesNotSave()
 {
     PaneFixture fixture(std::chrono::seconds(60));
-    PaneFixture::writePreferences({{QStringLiteral("autoUpdateCheck"), 0},
-                                   {QStringLiteral("customPort"), 99}});
+    PaneFixture::writePreferences(
+        {{QStringLiteral("autoUpdateCheck"), 0}, {QStringLiteral("customPort"), 99}});
     fixture.open();
     fixture.pane().showPage(QStringLiteral("network"));
     QTest::qWait(50);
@@ -234,7 +234,8 @@ void PreferencesWritingTest::theFileIsAnXmlPropertyListReplacedAtomically()
     QFile fresh(PaneFixture::preferencesPath());
     QVERIFY(fresh.open(QIODevice::ReadOnly));
     QVERIFY(fresh.readAll() != before);
-    QCOMPARE(QDir(PaneFixture::preferencesFolder()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    QCOMPARE(QDir(PaneFixture::preferencesFolder()).entryList(QDir::Files | QDir::Hidden).size(),
+             1);
 }
 
 void PreferencesWritingTest::aDamagedFileIsReplacedAndKeptBeside()
@@ -276,16 +277,16 @@ void PreferencesWritingTest::inAnUnwritableFolderOneRequestIsMadeAndTheAlertName
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     QCOMPARE(alerts, 1);
     QCOMPARE(message, QStringLiteral("Unable to write preferences"));
-    QCOMPARE(informative,
-             QStringLiteral("Please check the permissions for the directory %1.")
-                 .arg(PaneFixture::preferencesFolder()));
+    QCOMPARE(informative, QStringLiteral("Please check the permissions for the directory %1.")
+                              .arg(PaneFixture::preferencesFolder()));
     QVERIFY(informative.endsWith(QLatin1Char('.')));
-    QCOMPARE(console.lines().count(
-                 QStringLiteral("Administrator's authorisation is not available yet")),
-             1);
+    QCOMPARE(
+        console.lines().count(QStringLiteral("Administrator's authorisation is not available yet")),
+        1);
     QVERIFY(fixture.control<QCheckBox>("securityConfirmConnections")->isChecked());
     QVERIFY(!QFile::exists(PaneFixture::preferencesPath()));
-    QVERIFY(!QFile::exists(QStringLiteral("/tmp/com.corvane.OstrelListener.plist")));
+    QVERIFY(!QFile::exists(ZQLocalPaths::tempDirectory() +
+                           QStringLiteral("/com.corvane.OstrelListener.plist")));
 }
 
 void PreferencesWritingTest::aFailedSaveKeepsTheControlsAndDoesNotRefresh()

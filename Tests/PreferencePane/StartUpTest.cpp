@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
+#include "Preference Pane/EmbossedLabel.h"
 #include "Tests/PreferencePane/PaneFixture.h"
 #include "Tests/Support/ConsoleCapture.h"
-
-#include "Preference Pane/EmbossedLabel.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -169,9 +168,9 @@ void StartUpTest::theUpdateCheckStartsUnlessItsSettingEqualsZero()
     QFETCH(bool, started);
     test::ConsoleCapture console;
     PaneFixture fixture(100ms);
-    PaneFixture::writePreferences(
-        setting.isValid() ? QVariantMap{{QStringLiteral("autoUpdateCheck"), setting}}
-                          : QVariantMap());
+    PaneFixture::writePreferences(setting.isValid()
+                                      ? QVariantMap{{QStringLiteral("autoUpdateCheck"), setting}}
+                                      : QVariantMap());
     fixture.open();
     fixture.waitUntilLoaded();
     fixture.close(); // waits for the workers
@@ -202,7 +201,9 @@ void StartUpTest::everyControlHasAnAccessibleName()
         }
         auto *accessible = QAccessible::queryAccessibleInterface(widget);
         QVERIFY(accessible != nullptr);
-        QVERIFY2(!accessible->text(QAccessible::Name).isEmpty(), qPrintable(widget->objectName() + QLatin1String(widget->metaObject()->className())));
+        QVERIFY2(
+            !accessible->text(QAccessible::Name).isEmpty(),
+            qPrintable(widget->objectName() + QLatin1String(widget->metaObject()->className())));
     }
 }
 
@@ -222,7 +223,8 @@ void StartUpTest::theManualButtonOpensTheManual()
 {
     PaneFixture fixture(60s);
     fixture.open();
-    const QString resources = fixture.pane().bundle().path() + QStringLiteral("/Contents/Resources");
+    const QString resources =
+        fixture.pane().bundle().path() + QStringLiteral("/Contents/Resources");
     fixture.close();
     QDir().mkpath(resources);
     QFile manual(resources + QStringLiteral("/Ostrel User Manual.pdf"));
@@ -257,8 +259,7 @@ void StartUpTest::whatIsNotAvailableYetSaysSo()
     }
     fixture.pane().manualUpdateCheck();
     fixture.pane().gatherLogs();
-    QVERIFY(console.lines().contains(
-        QStringLiteral("Checking for updates is not available yet")));
+    QVERIFY(console.lines().contains(QStringLiteral("Checking for updates is not available yet")));
     QVERIFY(console.lines().contains(
         QStringLiteral("Gathering the logs of Ostrel, OstrelListener is not available yet")));
 }

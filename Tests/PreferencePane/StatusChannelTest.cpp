@@ -7,8 +7,8 @@
 #include <QLabel>
 #include <QTest>
 
-// The listener's words over a real session bus, sent by gdbus, and the pane's own notifications as a
-// listener hears them.
+// The listener's words over a real session bus, sent by gdbus, and the pane's own notifications as
+// a listener hears them.
 class StatusChannelTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -198,9 +198,8 @@ void StatusChannelTest::aMillionCharactersDoNotWidenTheWindow()
     fixture.open();
     const QSize size = fixture.window().size();
     const QString word(1000000, QLatin1Char('W'));
-    platform::postDistributedNotification({QStringLiteral("ZQOstrelClientStatusUpdate"),
-                                           {},
-                                           {{QStringLiteral("status"), word}}});
+    platform::postDistributedNotification(
+        {QStringLiteral("ZQOstrelClientStatusUpdate"), {}, {{QStringLiteral("status"), word}}});
     QTRY_COMPARE(fixture.status(), QStringLiteral("Status: ") + word);
     QTest::qWait(50);
     QCOMPARE(fixture.window().size(), size);
@@ -218,7 +217,8 @@ void StatusChannelTest::wordsThatLookLikeMarkupOrHoldLineBreaksStayOneLineOfText
     fixture.open();
     auto *label = fixture.control<QLabel>("statusLabel");
     const int height = label->height();
-    for (const char *word : {"<b>bold</b><img src=\"/x\">", "two\\nlines", "tab\\tand\\u0007bell"}) {
+    for (const char *word :
+         {"<b>bold</b><img src=\"/x\">", "two\\nlines", "tab\\tand\\u0007bell"}) {
         PaneFixture::emitStatus(word);
         QTRY_VERIFY(fixture.status().contains(QString::fromLatin1(word).left(3)));
         QCOMPARE(label->textFormat(), Qt::PlainText);

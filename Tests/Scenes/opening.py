@@ -56,7 +56,7 @@ def main():
         window.click(page)
         shot(f"page-{page.lower()}")
 
-    desktop.quit_with_key(window, "ctrl+q")
+    desktop.press("Ostrel", "ctrl+q")
     desktop.wait_until(lambda: pane.poll() is not None, "the window to close")
     stand_in.terminate()
     stand_in.wait(10)

@@ -9,6 +9,9 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
+
+#include <functional>
 
 using platform::AlertPanel;
 using Block = ZQAlert::Block;
@@ -36,6 +39,18 @@ void clickWithTheMouse(AlertPanel &alert, const char *name)
     const auto at = button->mapToGlobal(QPoint(10, button->height() / 2));
     xdotool({QStringLiteral("mousemove"), QString::number(at.x()), QString::number(at.y()),
              QStringLiteral("click"), QStringLiteral("1")});
+}
+
+// Acts when the alert had time to come up, and again until it is gone: on a busy machine the window
+// may not be there yet.
+void keepDoing(AlertPanel &alert, std::function<void()> act)
+{
+    auto *timer = new QTimer(&alert);
+    QObject::connect(timer, &QTimer::timeout, &alert, [timer, act = std::move(act)] {
+        timer->setInterval(2000);
+        act();
+    });
+    timer->start(300);
 }
 
 qint64 ask(QWidget *window, const QString &binding = {})
@@ -76,7 +91,7 @@ void ZQAlertDesktopTest::aClickOfTheMouseAnswers()
     QWidget window;
     window.setGeometry(100, 100, 600, 400);
     const test::AlertWatcher watcher([&](AlertPanel &alert) {
-        QTimer::singleShot(300, &alert, [&] { clickWithTheMouse(alert, button.constData()); });
+        keepDoing(alert, [&] { clickWithTheMouse(alert, button.constData()); });
     });
     QCOMPARE(onWorker ? test::onWorker([&] { return ask(&window); }) : ask(&window), code);
 }
@@ -97,7 +112,7 @@ void ZQAlertDesktopTest::aKeyAnswers()
     QWidget window;
     window.setGeometry(100, 100, 600, 400);
     const test::AlertWatcher watcher([&](AlertPanel &alert) {
-        QTimer::singleShot(300, &alert, [&] { xdotool({QStringLiteral("key"), key}); });
+        keepDoing(alert, [&] { xdotool({QStringLiteral("key"), key}); });
     });
     QCOMPARE(ask(&window), code);
 }
@@ -110,13 +125,17 @@ void ZQAlertDesktopTest::theParentGetsNoClicksMeanwhile()
     auto *button = new QPushButton(&window);
     button->setGeometry(0, 0, 60, 40);
     connect(button, &QPushButton::clicked, this, [&] { pressed = true; });
+    int turns = 0;
     const test::AlertWatcher watcher([&](AlertPanel &alert) {
-        QTimer::singleShot(300, &alert, [&] {
+        keepDoing(alert, [&] {
+            if (++turns > 2) {
+                clickWithTheMouse(alert, "defaultButton");
+                return;
+            }
             const auto at = button->mapToGlobal(QPoint(30, 20));
             xdotool({QStringLiteral("mousemove"), QString::number(at.x()), QString::number(at.y()),
                      QStringLiteral("click"), QStringLiteral("1")});
         });
-        QTimer::singleShot(1500, &alert, [&] { clickWithTheMouse(alert, "defaultButton"); });
     });
     QCOMPARE(ask(&window), qint64(1));
     QVERIFY(!pressed);
@@ -130,16 +149,10 @@ void ZQAlertDesktopTest::theBoxIsTickedByMouse()
         const auto file = platform::UserDefaults::standardUserDefaults().filePath();
         return platform::dictionaryFromFile(file).value_or(QVariantMap());
     };
-    QTimer written;
     const test::AlertWatcher watcher([&](AlertPanel &alert) {
-        QTimer::singleShot(300, &alert, [&] { clickWithTheMouse(alert, "suppressionButton"); });
-        connect(&written, &QTimer::timeout, &alert, [&] {
-            if (!stored().isEmpty()) {
-                written.stop();
-                clickWithTheMouse(alert, "alternateButton");
-            }
+        keepDoing(alert, [&] {
+            clickWithTheMouse(alert, stored().isEmpty() ? "suppressionButton" : "alternateButton");
         });
-        written.start(50);
     });
     QCOMPARE(ask(&window, QStringLiteral("suppress")), qint64(0));
     QCOMPARE(stored(), QVariantMap({{QStringLiteral("suppress"), true}}));

@@ -232,11 +232,14 @@ void ZQAlertTest::theInterfaceStaysAliveWhileAnAlertBlocks()
 {
     int ticks = 0;
     QTimer timer;
-    connect(&timer, &QTimer::timeout, this, [&] { ++ticks; });
+    connect(&timer, &QTimer::timeout, this, [&] {
+        if (++ticks == 10) {
+            test::click(*test::visibleAlert(), "defaultButton");
+        }
+    });
     timer.start(5);
-    QTimer::singleShot(200, this, [] { test::click(*test::visibleAlert(), "defaultButton"); });
     QCOMPARE(ZQAlert::alertSheetWithMessageText(headline, body, nullptr), 1);
-    QVERIFY(ticks > 5);
+    QVERIFY(ticks >= 10);
 }
 
 void ZQAlertTest::blockingAlertsNest()

@@ -20,8 +20,12 @@ void AlertWatcher::look()
         if (!m_seen.contains(alert)) {
             m_seen << alert;
             ++m_count;
-            m_act(*alert);
-            return; // the others may be gone now
+            // On a pass of its own: inside this one the timer would not look for further alerts.
+            QTimer::singleShot(0, &m_timer, [this, shown = QPointer(alert)] {
+                if (shown != nullptr && shown->isVisible()) {
+                    m_act(*shown);
+                }
+            });
         }
     }
 }

@@ -18,8 +18,11 @@ _started = []
 
 def start(command, **options):
     """Starts a program that announces itself to assistive technology."""
-    environment = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", **options)
-    process = subprocess.Popen(command, env=environment, stderr=subprocess.DEVNULL)
+    # This brings the accessibility bus up, which leaves its address on the root window; there Qt
+    # finds it at once. A Qt 5 that has to ask the session bus for it may announce itself before
+    # the answer comes, and then is never seen.
+    Atspi.get_desktop(0).get_child_count()
+    process = subprocess.Popen(command, env=dict(os.environ, **options), stderr=subprocess.DEVNULL)
     _started.append(process)
     return process
 
@@ -57,11 +60,24 @@ def screenshot(path):
     subprocess.run(["import", "-window", "root", "-trim", "+repage", path], check=True)
 
 
-def quit_with_key(application, key):
-    # Without a window manager nobody gives the window the focus.
-    window = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", application.title()],
-                            check=True, capture_output=True, text=True).stdout.split()[-1]
-    subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", key], check=True)
+def window(title):
+    """The number of the showing window of this title, once it is there."""
+    found = []
+
+    def is_there():
+        search = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", title],
+                                capture_output=True, text=True)
+        found[:] = search.stdout.split()
+        return bool(found)
+
+    wait_until(is_there, f'a window "{title}"')
+    return found[-1]
+
+
+def press(title, key):
+    """Presses a key in the window of this title."""
+    # Without a window manager nobody gives a window the focus.
+    subprocess.run(["xdotool", "windowfocus", "--sync", window(title), "key", key], check=True)
 
 
 class Application:
@@ -74,6 +90,8 @@ class Application:
 
     def _find(self):
         desktop = Atspi.get_desktop(0)
+        # Nobody runs a main loop here that would tell the cache of newcomers.
+        desktop.clear_cache()
         for index in range(desktop.get_child_count()):
             child = desktop.get_child_at_index(index)
             if child is not None and child.get_name() == self._name:
@@ -92,6 +110,7 @@ class Application:
     def find(self, name):
         """The first showing control of this accessible name, or None."""
         try:
+            self._root.clear_cache()
             for node in self._walk():
                 if node.get_name() == name and node.get_state_set().contains(
                         Atspi.StateType.SHOWING):
@@ -99,9 +118,6 @@ class Application:
         except GLib.Error as error:  # the tree changes while it is read
             print(f"accessibility tree: {error.message}", file=sys.stderr)
         return None
-
-    def title(self):
-        return self._root.get_child_at_index(0).get_name()
 
     def wait_for_label(self, text):
         wait_until(lambda: self.find(text), f'"{text}"; shown: {self.names()}')
