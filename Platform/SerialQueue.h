@@ -29,7 +29,7 @@ public:
     {
         m_worker.add([&] {
             if (m_waiting.empty() || m_waiting.back().isFull()) {
-                m_waiting.push_back(std::exchange(m_spare, Batch()));
+                beginBatch();
             }
             m_waiting.back().add(entry);
         });
@@ -42,6 +42,19 @@ public:
     bool isCurrentThread() const { return m_worker.isCurrentThread(); }
 
 private:
+    // Fresh memory costs more than the entries that are put into it.
+    static constexpr std::size_t mostSpares = 16;
+
+    void beginBatch()
+    {
+        if (m_spares.empty()) {
+            m_waiting.emplace_back();
+        } else {
+            m_waiting.push_back(std::move(m_spares.back()));
+            m_spares.pop_back();
+        }
+    }
+
     std::size_t handleWaiting()
     {
         std::vector<Batch> batches;
@@ -50,22 +63,33 @@ private:
             batches.swap(m_waiting);
         }
         std::size_t all = 0;
-        for (const auto &batch : batches) {
+        for (auto &batch : batches) {
+            const auto count = batch.count();
             m_handle(batch);
-            m_worker.finished(batch.count());
-            all += batch.count();
+            batch.clear();
+            m_worker.finished(count);
+            all += count;
         }
-        if (!batches.empty()) {
-            batches.front().clear();
-            const auto lock = m_worker.lock();
-            std::swap(m_spare, batches.front());
-        }
+        keepSpares(std::move(batches));
         return all;
+    }
+
+    // Keeps the memory of some batches, of one when the rush is over. The rest goes after the lock.
+    void keepSpares(std::vector<Batch> used)
+    {
+        const auto most = used.empty() ? 1 : mostSpares;
+        const auto lock = m_worker.lock();
+        for (; !used.empty() && m_spares.size() < most; used.pop_back()) {
+            m_spares.push_back(std::move(used.back()));
+        }
+        for (; m_spares.size() > most; m_spares.pop_back()) {
+            used.push_back(std::move(m_spares.back()));
+        }
     }
 
     Handle m_handle;
     std::vector<Batch> m_waiting;
-    Batch m_spare;
+    std::vector<Batch> m_spares;
     SerialWorker m_worker; // ends before the rest does
 };
 
