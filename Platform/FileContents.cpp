@@ -2,37 +2,44 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/FileContents.h"
 
-#include <QFile>
-#include <QSaveFile>
+#include "Platform/Descriptor.h"
+#include "Platform/FileError.h"
+#include "Platform/FileName.h"
+#include "Platform/ItemPlace.h"
+#include "Platform/UnnamedFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
+#include <climits>
+
 namespace platform {
 namespace {
 
-// Closes its file when it goes.
-class Descriptor {
-public:
-    explicit Descriptor(int number) : m_number(number) {}
-    ~Descriptor()
-    {
-        if (m_number >= 0) {
-            ::close(m_number);
-        }
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    int number() const { return m_number; }
-
-private:
-    int m_number;
-};
+constexpr auto mostLinks = 40; // as the system follows
+constexpr mode_t permissions = 0777;
+constexpr mode_t readableAndWritable = 0666; // by all whom the process's mask lets
 
 bool canBePath(const QString &path)
 {
-    return !path.isEmpty() && !path.contains(QChar(0));
+    return !path.isEmpty() && !path.contains(QChar(0)) && !path.endsWith(u'/');
+}
+
+// The path that a chain of symbolic links leads to, whether or not anything is there.
+QByteArray withoutLinkAtTheEnd(QByteArray path)
+{
+    std::array<char, PATH_MAX> target{};
+    for (int i = 0; i < mostLinks; ++i) {
+        const auto size = ::readlink(path.constData(), target.data(), target.size());
+        if (size < 0) {
+            break;
+        }
+        const QByteArray next(target.data(), static_cast<int>(size));
+        path = next.startsWith('/') ? next : path.left(path.lastIndexOf('/') + 1) + next;
+    }
+    return path;
 }
 
 // Why the file at the path must not be replaced; null where it may be. Tells about the old file.
@@ -48,18 +55,59 @@ QString objection(const QByteArray &path, struct stat &old, bool &exists)
                                            : QString();
 }
 
+// Some file systems cannot, or need not.
+bool writtenToDisk(int file)
+{
+    return retried([&] { return ::fsync(file); }) == 0 || errno == EINVAL || errno == EROFS ||
+           errno == EOPNOTSUPP;
+}
+
+// 0, else the reason (errno).
+int takeOver(const struct stat &old, int file)
+{
+    if (::geteuid() == 0 && ::fchown(file, old.st_uid, old.st_gid) != 0) {
+        // In a container the owner may be one that cannot be given; the file is worth more.
+    }
+    return ::fchmod(file, old.st_mode & permissions) == 0 || errno == EPERM ? 0 : errno;
+}
+
+int writeInPlaceOf(const QString &path, const struct stat *old, const QByteArray &contents)
+{
+    ItemPlace place;
+    if (const auto error = openPlace(path, place); error != 0) {
+        return error;
+    }
+    if (old != nullptr &&
+        ::faccessat(place.folder.number(), place.name.constData(), W_OK, AT_EACCESS) != 0) {
+        return errno;
+    }
+    UnnamedFile file;
+    auto error = file.create(place.folder.number(),
+                             old != nullptr ? S_IRUSR | S_IWUSR : readableAndWritable);
+    if (error == 0) {
+        error = file.write(contents.constData(), static_cast<std::size_t>(contents.size()));
+    }
+    if (error == 0 && old != nullptr) {
+        error = takeOver(*old, file.descriptor());
+    }
+    if (error == 0 && !writtenToDisk(file.descriptor())) {
+        error = errno;
+    }
+    return error == 0 ? file.publishOrReplace(place.name) : error;
+}
+
 } // namespace
 
 std::optional<QByteArray> contentsOfFile(const QString &path, qint64 maximumSize)
 {
-    const auto name = QFile::encodeName(path);
+    const auto name = fileNameBytes(path);
     struct stat status {};
     // Asked before as well as after: opening a device may already do something.
     if (!canBePath(path) || ::stat(name.constData(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return std::nullopt;
     }
-    const Descriptor file(
-        ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)); // NOLINT(*-vararg)
+    const Descriptor file(retried(
+        [&] { return ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
     if (file.number() < 0 || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode) ||
         status.st_size > maximumSize) {
         return std::nullopt;
@@ -67,11 +115,10 @@ std::optional<QByteArray> contentsOfFile(const QString &path, qint64 maximumSize
     // One byte more than the size, to meet the end at once; it may have grown or tell no size.
     QByteArray contents(static_cast<int>(status.st_size) + 1, Qt::Uninitialized);
     for (int size = 0;;) {
-        const auto count = ::read(file.number(), contents.data() + size,
-                                  static_cast<std::size_t>(contents.size() - size));
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
+        const auto count = retried([&] {
+            return ::read(file.number(), contents.data() + size,
+                          static_cast<std::size_t>(contents.size() - size));
+        });
         if (count < 0 || size + count > maximumSize) {
             return std::nullopt;
         }
@@ -90,25 +137,18 @@ bool replaceFile(const QString &path, const QByteArray &contents, QString *error
 {
     struct stat old {};
     auto exists = false;
-    auto reason = canBePath(path) ? objection(QFile::encodeName(path), old, exists)
-                                  : QStringLiteral("This is not a path.");
+    const auto name = fileNameBytes(path);
+    auto reason =
+        canBePath(path) ? objection(name, old, exists) : QStringLiteral("This is not a path.");
     if (reason.isNull()) {
-        QSaveFile file(path);
-        auto written = file.open(QIODevice::WriteOnly);
-        if (written && exists && ::geteuid() == 0 &&
-            ::fchown(file.handle(), old.st_uid, old.st_gid) != 0) {
-            // In a container the owner may be one that cannot be given; the file is worth more.
-        }
-        written = written && file.write(contents) == contents.size() && file.commit();
-        if (written) {
-            return true;
-        }
-        reason = file.errorString();
+        const auto target = fileNameFromBytes(withoutLinkAtTheEnd(name));
+        const auto code = writeInPlaceOf(target, exists ? &old : nullptr, contents);
+        reason = FileError(code, path).reason();
     }
-    if (error != nullptr) {
+    if (error != nullptr && !reason.isNull()) {
         *error = reason;
     }
-    return false;
+    return reason.isNull();
 }
 
 } // namespace platform

@@ -10,6 +10,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -41,25 +42,57 @@ public:
     }
 };
 
+// The thread of the application; null before it and from its end on.
+std::atomic<const QThread *> applicationThread = nullptr;
+
+// Held while an event is posted, so that the application does not go meanwhile.
+std::mutex &applicationMutex()
+{
+    static auto *mutex = new std::mutex; // never destroyed, as the queue
+    return *mutex;
+}
+
+QObject *receiver()
+{
+    static auto *object = new CallReceiver; // never destroyed either
+    return object;
+}
+
 // A posted event is the main thread's alone from then on, unlike a queued method call, which its
 // sender still holds while the main thread may be freeing it.
-void wakeMainThread(const QCoreApplication &application)
+void wakeMainThread()
 {
-    static auto *receiver = new CallReceiver; // never destroyed, as the queue
-    static const bool moved = [&] {
-        receiver->moveToThread(application.thread());
-        return true;
-    }();
-    Q_UNUSED(moved)
-    QCoreApplication::postEvent(receiver, new QEvent(QEvent::User));
+    const std::lock_guard lock(applicationMutex());
+    if (applicationThread != nullptr) {
+        QCoreApplication::postEvent(receiver(), new QEvent(QEvent::User));
+    }
 }
+
+void applicationEnds()
+{
+    const std::lock_guard lock(applicationMutex());
+    applicationThread = nullptr;
+}
+
+void applicationBegins()
+{
+    {
+        const std::lock_guard lock(applicationMutex());
+        applicationThread = QCoreApplication::instance()->thread();
+        receiver()->moveToThread(QCoreApplication::instance()->thread());
+    }
+    qAddPostRoutine(applicationEnds);
+    wakeMainThread(); // for what was queued before
+}
+
+Q_COREAPP_STARTUP_FUNCTION(applicationBegins)
 
 } // namespace
 
 bool isMainThread()
 {
-    if (const auto *application = QCoreApplication::instance()) {
-        return application->thread() == QThread::currentThread();
+    if (const auto *thread = applicationThread.load()) {
+        return thread == QThread::currentThread();
     }
     // Before the application and after it the process's first thread: a worker that is still there
     // then must not take itself for the main thread.
@@ -72,9 +105,7 @@ void performOnMainThread(std::function<void()> call)
         const std::lock_guard lock(callQueue().mutex);
         callQueue().calls.push_back(std::move(call));
     }
-    if (const auto *application = QCoreApplication::instance()) {
-        wakeMainThread(*application);
-    }
+    wakeMainThread();
 }
 
 void performOnMainThreadAndWait(const std::function<void()> &call)

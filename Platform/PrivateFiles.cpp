@@ -2,9 +2,12 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/PrivateFiles.h"
 
+#include "Platform/Descriptor.h"
+#include "Platform/FileError.h"
+#include "Platform/FileName.h"
+#include "Platform/ItemPlace.h"
 #include "Platform/StandardFolders.h"
-
-#include <QFile>
+#include "Platform/UnnamedFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -25,16 +28,15 @@ constexpr mode_t ownerOnly = 0700;
 void giveToOwnerOf(const QByteArray &parent, const QByteArray &folder)
 {
     struct stat status {};
-    const int descriptor =
-        ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (descriptor < 0) {
+    const Descriptor open(
+        ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!open.isOpen()) {
         return;
     }
     if (::stat(parent.constData(), &status) == 0 && status.st_uid != 0) {
         // Where this fails the folder stays root's.
-        [[maybe_unused]] const auto result = ::fchown(descriptor, status.st_uid, status.st_gid);
+        [[maybe_unused]] const auto result = ::fchown(open.number(), status.st_uid, status.st_gid);
     }
-    ::close(descriptor);
 }
 
 } // namespace
@@ -42,7 +44,7 @@ void giveToOwnerOf(const QByteArray &parent, const QByteArray &folder)
 bool createPrivateFolder(const QString &path)
 {
     QByteArray folder;
-    for (const auto &name : QFile::encodeName(path).split('/')) {
+    for (const auto &name : fileNameBytes(path).split('/')) {
         if (name.isEmpty()) {
             continue;
         }
@@ -57,40 +59,34 @@ bool createPrivateFolder(const QString &path)
 
 bool createEmptyPrivateFile(const QString &path, QString *error)
 {
-    const auto name = QFile::encodeName(path);
-    auto temporary = name + ".XXXXXX";
-    const int descriptor = ::mkostemp(temporary.data(), O_CLOEXEC); // readable for the owner only
-    const bool created =
-        descriptor >= 0 && std::rename(temporary.constData(), name.constData()) == 0;
-    if (!created) {
-        *error = QString::fromStdString(std::generic_category().message(errno));
+    ItemPlace place;
+    UnnamedFile file;
+    auto code = openPlace(path, place);
+    if (code == 0) {
+        code = file.create(place.folder.number(), S_IRUSR | S_IWUSR);
     }
-    if (descriptor >= 0) {
-        ::close(descriptor);
-        if (!created) {
-            ::unlink(temporary.constData());
-        }
+    if (code == 0) {
+        code = file.publishOrReplace(place.name);
     }
-    return created;
+    if (code != 0) {
+        *error = FileError(code, path).reason();
+    }
+    return code == 0;
 }
 
 bool renameWithoutReplacing(const QString &from, const QString &to)
 {
-    const auto source = QFile::encodeName(from);
-    const auto target = QFile::encodeName(to);
-    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) ==
-        0) {
-        return true;
-    }
-    // Network file systems do not know how.
-    const bool isUnknown = errno == EINVAL || errno == ENOSYS;
-    return isUnknown && !nameExists(to) && std::rename(source.constData(), target.constData()) == 0;
+    ItemPlace source;
+    ItemPlace target;
+    return openPlace(from, source) == 0 && openPlace(to, target) == 0 &&
+           renameInPlace(source.folder.number(), source.name, target.folder.number(),
+                         target.name) == 0;
 }
 
 bool nameExists(const QString &path)
 {
     struct stat status {};
-    return ::lstat(QFile::encodeName(path).constData(), &status) == 0;
+    return ::lstat(fileNameBytes(path).constData(), &status) == 0;
 }
 
 } // namespace platform

@@ -2,9 +2,10 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/SerialWorker.h"
 
+#include "Platform/SignalsBlocked.h"
+
 #include <pthread.h>
 
-#include <csignal>
 #include <system_error>
 
 namespace platform {
@@ -15,23 +16,6 @@ constexpr int lingerSteps = 80; // 20 ms
 
 // Having found fewer entries than this, the worker lets more gather before it looks again.
 constexpr std::size_t busy = 256;
-
-// Signals are for the program's own threads.
-class SignalsBlocked {
-public:
-    SignalsBlocked()
-    {
-        sigset_t all;
-        ::sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &m_previous);
-    }
-    ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &m_previous, nullptr); }
-    SignalsBlocked(const SignalsBlocked &) = delete;
-    SignalsBlocked &operator=(const SignalsBlocked &) = delete;
-
-private:
-    sigset_t m_previous{};
-};
 
 } // namespace
 

@@ -18,11 +18,9 @@ WorkerThreads::~WorkerThreads()
 
 void WorkerThreads::start(std::function<void()> body)
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (m_ending) {
-            return;
-        }
+    const std::lock_guard lock(m_mutex);
+    if (m_ending) {
+        return;
     }
     reap();
     auto &worker = m_workers.emplace_back();
@@ -30,37 +28,37 @@ void WorkerThreads::start(std::function<void()> body)
     worker.thread = std::thread([this, &worker, body = std::move(body)] {
         ownerOfCurrentThread = this;
         body();
-        m_running.fetch_sub(1, std::memory_order_relaxed);
         worker.finished.store(true, std::memory_order_release);
+        m_running.fetch_sub(1, std::memory_order_release);
     });
 }
 
 bool WorkerThreads::sleepFor(std::chrono::milliseconds time)
 {
     std::unique_lock lock(m_mutex);
-    return !m_wake.wait_for(lock, time, [this] { return m_ending; });
+    return !m_wake.wait_for(lock, time,
+                            [this] { return m_ending.load(std::memory_order_relaxed); });
 }
 
 bool WorkerThreads::currentThreadIsToEnd()
 {
-    if (ownerOfCurrentThread == nullptr) {
-        return false;
-    }
-    const std::lock_guard lock(ownerOfCurrentThread->m_mutex);
-    return ownerOfCurrentThread->m_ending;
+    // Without the lock: a worker may ask this in a tight loop.
+    return ownerOfCurrentThread != nullptr &&
+           ownerOfCurrentThread->m_ending.load(std::memory_order_relaxed);
 }
 
 void WorkerThreads::end()
 {
     {
         const std::lock_guard lock(m_mutex);
-        m_ending = true;
+        m_ending.store(true, std::memory_order_relaxed);
     }
     m_wake.notify_all();
     while (running() > 0) {
         runPendingMainThreadCalls();
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+    const std::lock_guard lock(m_mutex);
     reap();
 }
 

@@ -22,7 +22,8 @@ public:
     WorkerThreads(const WorkerThreads &) = delete;
     WorkerThreads &operator=(const WorkerThreads &) = delete;
 
-    // Runs body on a thread of its own. Main thread only; does nothing after end().
+    // Runs body on a thread of its own. From the main thread or one of the workers; does nothing
+    // after end().
     void start(std::function<void()> body);
 
     // Sleeps on a worker. False, and at once, when the workers are to end.
@@ -35,7 +36,7 @@ public:
     void end();
 
     // How many have not returned yet.
-    int running() const { return m_running.load(std::memory_order_relaxed); }
+    int running() const { return m_running.load(std::memory_order_acquire); }
 
 private:
     struct Worker {
@@ -49,7 +50,7 @@ private:
     std::atomic<int> m_running = 0;
     std::mutex m_mutex;
     std::condition_variable m_wake;
-    bool m_ending = false;
+    std::atomic<bool> m_ending = false; // written under the mutex
 };
 
 } // namespace platform

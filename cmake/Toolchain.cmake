@@ -16,6 +16,9 @@ if(OSTREL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${OSTREL_CCACHE}")
 endif()
 
+# A program loads only the libraries that it uses, of all that the layers below could need.
+add_link_options(-Wl,--as-needed)
+
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
                     -Wconversion -Wsign-conversion -Wold-style-cast -Wimplicit-fallthrough)
 if(OSTREL_WARNINGS_AS_ERRORS)

@@ -1,0 +1,13 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <sys/stat.h>
+
+namespace platform {
+
+// Copies the contents of an open file into an empty one that is open for writing: shares the blocks
+// where the file system can, keeps holes. 0, else the reason (errno).
+int copyContents(int from, const struct stat &status, int to);
+
+} // namespace platform

@@ -1,0 +1,111 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Platform/CopyItem.h"
+
+#include "Platform/CopyAttributes.h"
+#include "Platform/CopyContents.h"
+#include "Platform/CopyTree.h"
+#include "Platform/ItemPlace.h"
+#include "Platform/UnnamedFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+
+namespace platform {
+namespace {
+
+int copyFile(const ItemPlace &from, const ItemPlace &to)
+{
+    const Descriptor source(retried([&] {
+        return ::openat(from.folder.number(), from.name.constData(),
+                        O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    }));
+    struct stat status {};
+    if (!source.isOpen() || ::fstat(source.number(), &status) != 0) {
+        return errno;
+    }
+    UnnamedFile copy;
+    auto error = copy.create(to.folder.number(), S_IRUSR | S_IWUSR);
+    if (error == 0) {
+        error = copyContents(source.number(), status, copy.descriptor());
+    }
+    if (error == 0) {
+        error = copyAttributes(source.number(), status, copy.descriptor());
+    }
+    return error == 0 ? copy.publish(to.name) : error;
+}
+
+// Whether a folder is another one or below it.
+bool isInside(int folder, const struct stat &other)
+{
+    struct stat status {};
+    if (::fstat(folder, &status) != 0) {
+        return false;
+    }
+    for (Descriptor above(::fcntl(folder, F_DUPFD_CLOEXEC, 0)); above.isOpen();) {
+        if (status.st_dev == other.st_dev && status.st_ino == other.st_ino) {
+            return true;
+        }
+        const auto below = status;
+        above = Descriptor(::openat(above.number(), "..", O_PATH | O_CLOEXEC));
+        if (!above.isOpen() || ::fstat(above.number(), &status) != 0 ||
+            (status.st_dev == below.st_dev && status.st_ino == below.st_ino)) {
+            return false;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+int copySpecial(int fromFolder, const QByteArray &from, const struct stat &status, int toFolder,
+                const QByteArray &to)
+{
+    if (S_ISLNK(status.st_mode)) {
+        std::array<char, PATH_MAX> target{};
+        const auto size = ::readlinkat(fromFolder, from.constData(), target.data(), PATH_MAX - 1);
+        if (size < 0 || ::symlinkat(target.data(), toFolder, to.constData()) != 0) {
+            return errno;
+        }
+    } else if (::mknodat(toFolder, to.constData(), (status.st_mode & S_IFMT) | S_IRUSR | S_IWUSR,
+                         status.st_rdev) != 0) {
+        return errno;
+    }
+    copyAttributesOfSpecial(status, toFolder, to.constData());
+    return 0;
+}
+
+FileError copyItem(const QString &source, const QString &destination)
+{
+    ItemPlace from;
+    ItemPlace to;
+    if (const auto error = openPlace(source, from); error != 0) {
+        return {error, source};
+    }
+    if (const auto error = openPlace(destination, to); error != 0) {
+        return {error, destination};
+    }
+    struct stat status {};
+    struct stat existing {};
+    if (::fstatat(from.folder.number(), from.name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return {errno, source};
+    }
+    if (::fstatat(to.folder.number(), to.name.constData(), &existing, AT_SYMLINK_NOFOLLOW) == 0) {
+        return {EEXIST, destination};
+    }
+    if (S_ISDIR(status.st_mode)) {
+        return isInside(to.folder.number(), status)
+                   ? FileError(EINVAL, destination)
+                   : copyTree(from.folder.number(), from.name, to.folder.number(), to.name, source);
+    }
+    const auto error = S_ISREG(status.st_mode) ? copyFile(from, to)
+                                               : copySpecial(from.folder.number(), from.name,
+                                                             status, to.folder.number(), to.name);
+    return error == 0 ? FileError() : FileError(error, error == EEXIST ? destination : source);
+}
+
+} // namespace platform

@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/FileError.h"
+
+namespace platform {
+
+// Copies an item, a folder with all that is in it, under a new name, with modes, times and extended
+// attributes; for root, also owners. Symbolic links are copied as links. EEXIST where something has
+// the new name. The copy has that name only when it is whole; nothing is left of one that fails.
+FileError copyItem(const QString &source, const QString &destination);
+
+} // namespace platform

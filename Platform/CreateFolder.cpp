@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Platform/CreateFolder.h"
+
+#include "Platform/FileName.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace platform {
+namespace {
+
+constexpr mode_t everybody = 0777;
+
+bool exists(const QByteArray &folder)
+{
+    struct stat status {};
+    return ::stat(folder.constData(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+// The folder and those above it up to the first that is there; the folder itself first.
+std::vector<QByteArray> missingFolders(QByteArray folder)
+{
+    std::vector<QByteArray> missing;
+    for (;;) {
+        while (folder.size() > 1 && folder.endsWith('/')) {
+            folder.chop(1);
+        }
+        if (folder.isEmpty() || exists(folder)) {
+            return missing;
+        }
+        missing.push_back(folder);
+        folder.truncate(std::max(folder.lastIndexOf('/'), decltype(folder.size())(0)));
+    }
+}
+
+} // namespace
+
+FileError createFolder(const QString &path)
+{
+    const auto bytes = fileNameBytes(path);
+    if (bytes.isEmpty() || bytes.contains('\0')) {
+        return {bytes.isEmpty() ? ENOENT : EINVAL, path};
+    }
+    auto missing = missingFolders(bytes);
+    std::vector<QByteArray> made;
+    for (; !missing.empty(); missing.pop_back()) {
+        const auto &folder = missing.back();
+        if (::mkdir(folder.constData(), everybody) == 0) {
+            made.push_back(folder);
+        } else if (const auto error = errno; error != EEXIST || !exists(folder)) {
+            for (; !made.empty(); made.pop_back()) {
+                ::rmdir(made.back().constData());
+            }
+            return {error, fileNameFromBytes(folder)};
+        }
+    }
+    return {};
+}
+
+} // namespace platform

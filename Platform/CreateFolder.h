@@ -1,0 +1,13 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/FileError.h"
+
+namespace platform {
+
+// Makes a folder and those above it that are missing, for everybody as far as the process's mask
+// goes. No error where it exists. Takes back what it has made where it fails.
+FileError createFolder(const QString &path);
+
+} // namespace platform

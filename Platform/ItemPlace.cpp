@@ -1,0 +1,73 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Platform/ItemPlace.h"
+
+#include "Platform/FileError.h"
+#include "Platform/FileName.h"
+
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
+
+namespace platform {
+
+int openPlace(const QString &path, ItemPlace &place)
+{
+    if (path.isEmpty()) {
+        return ENOENT;
+    }
+    auto bytes = fileNameBytes(path);
+    if (bytes.contains('\0')) {
+        return EINVAL;
+    }
+    while (bytes.endsWith('/')) {
+        bytes.chop(1);
+    }
+    const auto slash = bytes.lastIndexOf('/');
+    place.name = bytes.mid(slash + 1);
+    if (place.name.isEmpty() || place.name == "." || place.name == "..") {
+        return EINVAL;
+    }
+    const auto folder = slash < 0    ? QByteArray(".")
+                        : slash == 0 ? QByteArray("/")
+                                     : bytes.left(slash);
+    place.folder = Descriptor(
+        retried([&] { return ::open(folder.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+    return place.folder.isOpen() ? 0 : errno;
+}
+
+QByteArray temporaryName()
+{
+    std::uint64_t number = 0;
+    if (::getrandom(&number, sizeof number, GRND_NONBLOCK) != static_cast<ssize_t>(sizeof number)) {
+        timespec now{};
+        ::clock_gettime(CLOCK_MONOTONIC, &now);
+        number = static_cast<std::uint64_t>(now.tv_nsec) * 1000003U +
+                 static_cast<std::uint64_t>(now.tv_sec);
+    }
+    return ".unfinished-" + QByteArray::number(static_cast<qulonglong>(number), 36);
+}
+
+int renameInPlace(int fromFolder, const QByteArray &from, int toFolder, const QByteArray &to)
+{
+    if (::renameat2(fromFolder, from.constData(), toFolder, to.constData(), RENAME_NOREPLACE) ==
+        0) {
+        return 0;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return errno;
+    }
+    // Network file systems do not know how. (EINVAL also says: a folder into itself.)
+    struct stat status {};
+    if (::fstatat(toFolder, to.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+        return EEXIST;
+    }
+    return ::renameat(fromFolder, from.constData(), toFolder, to.constData()) == 0 ? 0 : errno;
+}
+
+} // namespace platform

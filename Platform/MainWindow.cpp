@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Platform/MainWindow.h"
+
+#include "Platform/MainThread.h"
+
+#include <QApplication>
+#include <QMainWindow>
+
+namespace platform {
+namespace {
+
+int rank(const QWidget *window)
+{
+    const auto isMain = qobject_cast<const QMainWindow *>(window) != nullptr;
+    return (isMain ? 2 : 0) + (window->isActiveWindow() ? 1 : 0);
+}
+
+QWidget *findMainWindow()
+{
+    QWidget *best = nullptr;
+    for (auto *window : QApplication::topLevelWidgets()) {
+        const auto usual = window->windowType() == Qt::Window && window->isVisible();
+        if (usual && (best == nullptr || rank(window) > rank(best))) {
+            best = window;
+        }
+    }
+    return best;
+}
+
+} // namespace
+
+QWidget *mainWindow()
+{
+    QWidget *window = nullptr;
+    if (qobject_cast<QApplication *>(QCoreApplication::instance()) != nullptr) {
+        performOnMainThreadAndWait([&] { window = findMainWindow(); });
+    }
+    return window;
+}
+
+} // namespace platform

@@ -1,0 +1,13 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+class QWidget;
+
+namespace platform {
+
+// The application's main window: the visible main window that is active, else any; where there is
+// no visible QMainWindow, the same of other windows. Null where there is none. Any thread.
+QWidget *mainWindow();
+
+} // namespace platform
