@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Commands/job-generator/JobUnits.h"
+#include "Platform/LaunchSession.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace {
+
+// Accounts of services and of login screens have numbers up to this one (systemd's SYSTEM_UID_MAX).
+// Nobody has logged in there whom a job could serve.
+constexpr uid_t lastSystemAccount = 999;
+
+} // namespace
+
+// Run by the systemd user manager when it starts and when it is reloaded. Always ends with success:
+// nothing that a job file holds may keep anybody from logging in.
+int main(int argc, char **argv)
+{
+    if (argc < 2) {
+        std::fputs(
+            "usage: job-generator FOLDER\n"
+            "Makes units in the folder from the job files of the computer and of the user.\n",
+            stderr);
+        return 2;
+    }
+    const auto user = ::getuid();
+    if (user != 0 && user <= lastSystemAccount) {
+        return 0;
+    }
+    JobUnits units(argv[1]); // NOLINT(*-pointer-arithmetic)
+    const auto folders = platform::launchAgentFolders();
+    for (const auto &folder : folders) {
+        units.addFolder(folder);
+    }
+    return 0;
+}

@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArrayList>
+
+// What launchctl and the supervisor say to one another. A request is a word and its argument, an
+// answer is "ok" and what was asked for, or "error" and why. Each piece ends with a null character,
+// the whole with the end of the stream.
+namespace messages {
+
+// Bytes of the longest request.
+constexpr qsizetype longestRequest = 65536;
+
+// Fields of one job in the answer to "list": label, process (0: none), last status, job file,
+// state, restarts.
+constexpr int fieldsOfJob = 6;
+
+inline QByteArray join(const QByteArrayList &fields)
+{
+    return fields.join('\0') + '\0';
+}
+
+// Empty where the bytes are no whole message.
+inline QByteArrayList split(const QByteArray &bytes)
+{
+    if (!bytes.endsWith('\0')) {
+        return {};
+    }
+    return bytes.chopped(1).split('\0');
+}
+
+} // namespace messages

@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayList>
+
+// What was loaded and unloaded by hand under one service manager. Whether a unit that does not run
+// is loaded cannot be seen from it.
+class LoadedMarks {
+public:
+    enum class Mark { None, Loaded, Unloaded };
+
+    explicit LoadedMarks(quint64 managerIdentity);
+
+    Mark of(const QByteArray &unit) const;
+    void set(const QByteArray &unit, Mark mark) const;
+
+    // The units that are marked.
+    QByteArrayList units() const;
+
+private:
+    QByteArray m_folder; // empty: nothing can be kept
+    QByteArray m_identity;
+};

@@ -1,0 +1,81 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Commands/launchctl/Deadline.h"
+
+#include <QByteArrayList>
+#include <QHash>
+#include <QString>
+
+#include <systemd/sd-bus.h>
+
+#include <memory>
+#include <optional>
+
+// What the manager says of a unit.
+struct UnitState {
+    QByteArray loadState;
+    QByteArray activeState;
+    QByteArray subState;
+    QByteArray fragmentPath; // the unit file
+    QByteArray sourcePath;   // the job file that it was made from
+    QByteArray result;       // of the last run
+    quint32 mainPid = 0;
+    qint32 exitCode = 0; // as in siginfo_t
+    qint32 exitStatus = 0;
+    quint64 startedAt = 0; // microseconds of the monotonic clock; 0: never
+    quint32 restarts = 0;
+
+    // Starting and ending included.
+    bool isActive() const { return activeState != "inactive" && activeState != "failed"; }
+};
+
+// The systemd user manager of the session, over its private socket. The bus may be another
+// session's, and a manager without a bus is a manager too.
+class UserManager {
+public:
+    // Nothing where there is no manager; then error stays null. Nothing and an error where there is
+    // one that cannot be spoken to. What is done here ends with the deadline.
+    static std::unique_ptr<UserManager> connect(const Deadline &deadline, QString *error);
+
+    ~UserManager();
+    UserManager(const UserManager &) = delete;
+    UserManager &operator=(const UserManager &) = delete;
+
+    std::optional<UnitState> unit(const QByteArray &name, QString *error);
+
+    // The units in memory whose names match the pattern.
+    std::optional<QByteArrayList> unitNames(const QByteArray &pattern, QString *error);
+
+    // Runs the generators and reads the unit files anew.
+    QString reload();
+
+    // Start and stop until it is done; answer with what went wrong, null for nothing.
+    QString start(const QByteArray &unit) { return runJob("StartUnit", unit); }
+    QString stop(const QByteArray &unit) { return runJob("StopUnit", unit); }
+
+    // Forgets that the unit has failed and how often it was started.
+    void resetFailed(const QByteArray &unit);
+
+    // A number that no other manager of this machine's run has.
+    quint64 identity();
+
+    // Why the unit file could not be taken.
+    QString loadError(const QByteArray &unit);
+
+private:
+    explicit UserManager(const Deadline &deadline);
+
+    static int jobRemoved(sd_bus_message *message, void *manager, sd_bus_error *);
+    QString runJob(const char *method, const QByteArray &unit);
+    QString waitForJob(const QByteArray &job);
+    std::optional<QByteArray> objectPath(const QByteArray &unit, QString *error);
+    void limitNextCall();
+    quint64 microsecondsLeft() const;
+    QString waitUntilReady();
+
+    const Deadline &m_deadline;
+    sd_bus *m_bus = nullptr;
+    QHash<QByteArray, QByteArray> m_results; // of finished jobs, by path
+};
