@@ -1,0 +1,188 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Shared/ZQLaunchd.h"
+
+#include "Platform/Console.h"
+#include "Platform/MainWindow.h"
+#include "Platform/PropertyList.h"
+#include "Platform/TextFormat.h"
+#include "Shared/ZQAlert.h"
+#include "Shared/ZQAuthorization.h"
+#include "Shared/ZQFileManager.h"
+#include "Shared/ZQLog.h"
+#include "Shared/ZQTaskEx.h"
+
+#include <thread>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto commandTimeout = 10s;
+constexpr auto settleTime = 500us; // what the file system is given to show a change
+
+const QString launchctl = QStringLiteral("/bin/launchctl");
+
+QString jobFolder(Domain domain, JobKind kind)
+{
+    return ZQLocalPaths::libraryDirectory(domain) + (kind == JobKind::Agent
+                                                         ? QStringLiteral("/LaunchAgents")
+                                                         : QStringLiteral("/LaunchDaemons"));
+}
+
+QString jobFile(const QString &folder, const QString &label)
+{
+    return folder + platform::format(QStringLiteral("/%@.plist"), label);
+}
+
+void run(const QString &command, const QStringList &arguments)
+{
+    ZQTaskEx::runTask(command, arguments, commandTimeout);
+}
+
+QString checkPermissions(const QString &folder)
+{
+    return platform::format(
+        QStringLiteral("Please check you have correct permissions for the directory %@."), folder);
+}
+
+void alert(const QString &message, const QString &folder)
+{
+    ZQAlert::alertSheetWithMessageText(message, checkPermissions(folder), platform::mainWindow());
+}
+
+// Writes the file where only an administrator may, by way of the temporary folder.
+bool writeWithAuthorization(const QVariantMap &settings, const QString &folder, const QString &path)
+{
+    const auto unableToCreate = platform::format(
+        QStringLiteral("Error: Unable to create LaunchAgent. Please check you have correct "
+                       "permissions for the directory %@"),
+        folder);
+    const auto temporary =
+        ZQLocalPaths::tempDirectory() + path.mid(path.lastIndexOf(QLatin1Char('/')));
+    if (!platform::writeDictionaryToFile(settings, temporary)) {
+        // Kept on purpose: the log says "create" where the console and the alert say "write".
+        ZQLog::appendLog(QStringLiteral("%@"), unableToCreate);
+        platform::consoleLog(
+            QStringLiteral("Error: Unable to write LaunchAgent data. Please check you have correct "
+                           "permissions for the directory %@"),
+            folder);
+        alert(QStringLiteral("Error: Unable to write LaunchAgent data"), folder);
+        return false;
+    }
+    if (ZQFileManager::fileExistsAtPath(path)) {
+        ZQFileManager::removeFile(path, 5s);
+    }
+    ZQLog::appendLog(QStringLiteral("Unable to write launchd plist - trying to authorize..."));
+    if (!ZQFileManager::moveFile(temporary, path, commandTimeout)) {
+        ZQLog::appendLog(QStringLiteral("%@"), unableToCreate);
+        platform::consoleLine(unableToCreate);
+        alert(QStringLiteral("Error: Unable to create LaunchAgent"), folder);
+        ZQFileManager::removeFile(temporary);
+        return false;
+    }
+    ZQFileManager::removeFile(temporary, commandTimeout);
+    return true;
+}
+
+enum class Awaited : bool { Gone, There };
+
+// What was done with privileges has only been started so far. Who takes the file for the job's
+// presence, or writes it anew, must not meet the old state.
+void waitUntil(Awaited awaited, const QString &path)
+{
+    const auto end = std::chrono::steady_clock::now() + commandTimeout;
+    while (ZQFileManager::fileExistsAtPath(path) != (awaited == Awaited::There) &&
+           std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(1ms);
+    }
+}
+
+// A job for all users belongs to root; a job of the user's own keeps its owner.
+void setOwnerAndMode(const QString &path, Domain domain, ShouldAuth privileged)
+{
+    const QString chown = QStringLiteral("/usr/sbin/chown");
+    const QString chmod = QStringLiteral("/bin/chmod");
+    const QStringList owner{QStringLiteral("root:wheel"), path};
+    const QStringList mode{QStringLiteral("644"), path};
+    if (privileged == ShouldAuth::No) {
+        if (domain == Domain::Local) {
+            run(chown, owner);
+        }
+        run(chmod, mode);
+        return;
+    }
+    auto &authorization = ZQAuthorization::sharedController();
+    if (domain == Domain::Local) {
+        authorization.authExecTask(chown, owner);
+    }
+    std::this_thread::sleep_for(settleTime);
+    authorization.authExecTask(chmod, mode);
+    std::this_thread::sleep_for(1s);
+}
+
+} // namespace
+
+bool ZQLaunchd::startLaunchAgent(const QString &label, const QVariantMap &settings, Domain domain)
+{
+    return startJob(label, settings, domain, JobKind::Agent, ShouldAuth::No);
+}
+
+bool ZQLaunchd::startJob(const QString &label, const QVariantMap &settings, Domain domain,
+                         JobKind kind, ShouldAuth shouldAuth, const QString &killProcessName)
+{
+    const auto folder = jobFolder(domain, kind);
+    if (!ZQFileManager::fileExistsAtPath(folder) &&
+        ZQFileManager::createDirectory(folder, shouldAuth)) {
+        waitUntil(Awaited::There, folder);
+    }
+    const auto path = jobFile(folder, label);
+    if (ZQFileManager::fileExistsAtPath(path)) {
+        removeJob(label, domain, kind, shouldAuth);
+    }
+    auto privileged = shouldAuth;
+    if (!platform::writeDictionaryToFile(settings, path)) {
+        if (!writeWithAuthorization(settings, folder, path)) {
+            return false;
+        }
+        privileged = ShouldAuth::Yes;
+    }
+    if (!killProcessName.isNull()) {
+        run(QStringLiteral("/usr/bin/killall"), {killProcessName});
+    }
+    setOwnerAndMode(path, domain, privileged);
+    run(launchctl, {QStringLiteral("unload"), path});
+    run(launchctl, {QStringLiteral("load"), path});
+    return true;
+}
+
+void ZQLaunchd::stopJob(const QString &label, Domain domain, JobKind kind,
+                        ShouldAuth /*shouldAuth*/)
+{
+    if (label.isNull()) {
+        return;
+    }
+    run(launchctl, {QStringLiteral("unload"), jobFile(jobFolder(domain, kind), label)});
+    run(launchctl, {QStringLiteral("remove"), label});
+}
+
+void ZQLaunchd::removeJob(const QString &label, Domain domain, JobKind kind, ShouldAuth shouldAuth)
+{
+    stopJob(label, domain, kind, shouldAuth);
+    const auto folder = jobFolder(domain, kind);
+    const auto path = jobFile(folder, label);
+    if (!ZQFileManager::fileExistsAtPath(path)) {
+        return;
+    }
+    if (ZQFileManager::removeFile(path, shouldAuth)) {
+        std::this_thread::sleep_for(settleTime);
+        waitUntil(Awaited::Gone, path);
+    } else if (shouldAuth == ShouldAuth::Yes) {
+        alert(QStringLiteral("Error: Unable to remove LaunchAgent"), folder);
+    }
+}
+
+void ZQLaunchd::removeLaunchAgent(const QString &label, Domain /*domain*/)
+{
+    removeJob(label, Domain::User, JobKind::Agent, ShouldAuth::Yes);
+}
