@@ -17,7 +17,7 @@ void EmbossedLabel::paintEvent(QPaintEvent *event)
         // dark.
         const bool dark = palette().color(QPalette::Window).lightness() < 128;
         QColor edge(dark ? Qt::black : Qt::white);
-        edge.setAlphaF(dark ? 0.6 : 0.8);
+        edge.setAlpha(dark ? 153 : 204); // 0.6, 0.8
         QPainter painter(this);
         painter.setPen(edge);
         painter.drawText(contentsRect().translated(0, dark ? -1 : 1), static_cast<int>(alignment()),

@@ -3,10 +3,12 @@
 #include "Preference Pane/ListenerPreferences.h"
 
 #include "Platform/DamagedPropertyList.h"
+#include "Platform/PrivateFiles.h"
 #include "Platform/PropertyList.h"
 #include "Preference Pane/OstrelNames.h"
 #include "Shared/ZQLocalPaths.h"
 
+#include <QFileInfo>
 #include <QMetaType>
 
 #include <cmath>
@@ -44,6 +46,8 @@ QVariantMap load()
 bool write(const QVariantMap &preferences)
 {
     const QString path = filePath();
+    // A home that no program of ours has used yet has no such folder.
+    platform::createPrivateFolder(QFileInfo(path).path());
     platform::keepDamagedPropertyList(path);
     return platform::writeDictionaryToFile(preferences, path);
 }

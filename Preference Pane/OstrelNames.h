@@ -24,6 +24,10 @@ inline const QString running = QStringLiteral("Running");
 inline const QString disconnected = QStringLiteral("Disconnected");
 inline const QString relaunching = QStringLiteral("Relaunching...");
 inline const QString notLoaded = QStringLiteral("Not loaded");
+inline const QString creatingJob = QStringLiteral("Creating job...");
+inline const QString launchingService = QStringLiteral("Launching service...");
+inline const QString disconnecting = QStringLiteral("Disconnecting...");
+inline const QString unloadingJob = QStringLiteral("Unloading job...");
 inline const QString timedOut = QStringLiteral("Timed out");
 
 // A status object of our own, handed to updateStatus() and never posted.

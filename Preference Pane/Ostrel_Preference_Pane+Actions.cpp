@@ -81,7 +81,7 @@ void Ostrel_Preference_Pane::showNotice(const QString &text)
     m_ui->noticeIcon->setPixmap(
         m_mainView->style()->standardIcon(QStyle::SP_MessageBoxInformation).pixmap(side, side));
     m_ui->noticeLabel->setText(text);
-    m_ui->noticeFrame->show();
+    m_ui->noticeFrame->setVisible(!text.isNull());
 }
 
 void Ostrel_Preference_Pane::manualUpdateCheck()

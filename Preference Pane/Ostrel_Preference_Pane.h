@@ -7,10 +7,12 @@
 #include "Platform/WorkerThreads.h"
 
 #include <QTimer>
+#include <QVariant>
 
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <optional>
 
 namespace Ui {
 class Ostrel_Preference_Pane;
@@ -63,6 +65,10 @@ public:
     void savePrefs();
     /// updateNetworkSettings: saves and asks the listener to relaunch, also when saving failed.
     void updateNetworkSettings();
+    /// networkInterfaces: for each one that the system profiler lists, in its order, a dictionary
+    /// of "name", for people, and "macAddress", as the profiler writes it. Nothing, after a console
+    /// line, where the profiler gives no such list. Waits for it, for 10 seconds at most.
+    static std::optional<QVariantList> networkInterfaces();
     /// populateNetworkInterfaces refills the interface menu and selects the saved interface.
     void populateNetworkInterfaces();
 
@@ -83,7 +89,11 @@ public:
     void setupClient();
     /// stopClient stops the listener. On a worker.
     void stopClient();
-    /// reloadClientIfNew runs the start-up version check. On a worker.
+    /// launchClientAfterDelay starts the listener by hand when it is not up after 15 seconds, for
+    /// which it keeps a processor busy. On a worker.
+    void launchClientAfterDelay();
+    /// reloadClientIfNew has the service manager load the listener anew when the pane's version
+    /// changed; ends the loading. On a worker.
     void reloadClientIfNew();
     /// isProcessRunning: whether a process runs an executable of exactly this name. Any thread.
     static bool isProcessRunning(const QString &processName);
@@ -93,19 +103,24 @@ public:
 
 protected:
     void setProcessing(bool processing);
+    // What every start and stop does around its own steps; method is for the log.
+    void runClientOperation(const char *method, const std::function<void()> &operation);
 
 private:
     bool isListenerUp() const;
     void connectControls();
     void showPreferences(const QVariantMap &preferences);
+    // Below the status line until the user closes it; none for a null text.
     void showNotice(const QString &text);
     void showPortHint();
     void portEdited();
     void savePortIfEdited();
     void startStatusPoll();
     void readVersion();
-    void checkListenerVersion();
+    QString listenerPath() const;
+    bool authorize();
     void endClientOperation();
+    void reloadChangedListener();
     // Runs call on a later pass of the main event loop, unless the pane is gone by then.
     void performLater(std::function<void()> call);
     static std::chrono::milliseconds inPaneTime(std::chrono::seconds interval);

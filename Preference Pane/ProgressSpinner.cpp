@@ -59,7 +59,7 @@ void ProgressSpinner::paintEvent(QPaintEvent * /*event*/)
     QColor colour = palette().color(QPalette::WindowText);
     for (int spoke = 0; spoke < spokes; ++spoke) {
         const int age = (m_step - spoke + spokes) % spokes;
-        colour.setAlphaF(1.0 - 0.85 * age / (spokes - 1));
+        colour.setAlpha(255 - 217 * age / (spokes - 1));
         painter.save();
         painter.rotate(360.0 * spoke / spokes);
         painter.setPen(QPen(colour, radius / 5, Qt::SolidLine, Qt::RoundCap));

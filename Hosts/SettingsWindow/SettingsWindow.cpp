@@ -5,6 +5,7 @@
 #include <QIcon>
 #include <QPixmap>
 #include <QShortcut>
+#include <QTimer>
 
 SettingsWindow::SettingsWindow(std::unique_ptr<platform::PreferencePane> pane)
     : m_pane(std::move(pane))
@@ -13,11 +14,21 @@ SettingsWindow::SettingsWindow(std::unique_ptr<platform::PreferencePane> pane)
     view->setContentsMargins(6, 6, 6, 6);
     setCentralWidget(view);
     setWindowTitle(view->windowTitle());
-    setWindowIcon(QIcon::fromTheme(QStringLiteral("input-keyboard")));
     for (const auto key : {QKeySequence::Quit, QKeySequence::Close}) {
         for (const auto &sequence : QKeySequence::keyBindings(key)) {
             connect(new QShortcut(sequence, this), &QShortcut::activated, this, &QWidget::close);
         }
+    }
+}
+
+void SettingsWindow::paintEvent(QPaintEvent *event)
+{
+    QMainWindow::paintEvent(event);
+    if (!m_painted) {
+        m_painted = true;
+        // Looking through the icon themes takes as long as all the rest of the opening.
+        QTimer::singleShot(
+            0, this, [this] { setWindowIcon(QIcon::fromTheme(QStringLiteral("input-keyboard"))); });
     }
 }
 

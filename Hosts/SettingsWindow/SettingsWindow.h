@@ -19,7 +19,11 @@ public:
     // Renders the pane's main view and writes it as PNG. False when the file cannot be written.
     bool saveScreenshot(const QString &path);
 
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
 private:
     // Declared as a member, so that it goes before the view, which is a child.
     std::unique_ptr<platform::PreferencePane> m_pane;
+    bool m_painted = false;
 };

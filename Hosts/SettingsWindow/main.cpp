@@ -8,7 +8,10 @@
 #include <QDir>
 #include <QTimer>
 
+#include <fontconfig/fontconfig.h>
+
 #include <cstdio>
+#include <thread>
 
 namespace {
 
@@ -21,10 +24,31 @@ int fail(const QString &message, int code)
     return code;
 }
 
+// Reads the font configuration beside the start of the application, which needs it for its first
+// text only; it takes as long as a good part of the rest.
+class FontPreload {
+public:
+    FontPreload() : m_thread([] { ::FcInit(); }) {}
+    ~FontPreload() { wait(); }
+    FontPreload(const FontPreload &) = delete;
+    FontPreload &operator=(const FontPreload &) = delete;
+
+    void wait()
+    {
+        if (m_thread.joinable()) {
+            m_thread.join();
+        }
+    }
+
+private:
+    std::thread m_thread;
+};
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    FontPreload fonts;
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
@@ -72,6 +96,7 @@ int main(int argc, char *argv[])
                 .arg(QStringLiteral(OSTREL_PANE_FOLDER)),
             failed);
     }
+    fonts.wait();
     auto loaded = platform::loadPreferencePane(path);
     if (!loaded.pane) {
         return fail(loaded.error, failed);
