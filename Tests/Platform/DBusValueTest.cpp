@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QPoint>
 #include <QTest>
+#include <QTimeZone>
 #include <QUrl>
 
 using platform::dbusDictionary;
@@ -80,7 +81,7 @@ void DBusValueTest::valuesWithATextBecomeText()
 {
     QCOMPARE(carried(QUrl(QStringLiteral("https://example.com"))),
              QVariant(QStringLiteral("https://example.com")));
-    const QDateTime date(QDate(2012, 6, 15), QTime(14, 23, 45), Qt::UTC);
+    const QDateTime date(QDate(2012, 6, 15), QTime(14, 23, 45), QTimeZone::utc());
     QCOMPARE(carried(date).userType(), static_cast<int>(QMetaType::QString));
     QVERIFY(carried(date).toString().startsWith(QStringLiteral("2012-06-15T14:23:45")));
     QCOMPARE(carried(QString()), QVariant(QString()));

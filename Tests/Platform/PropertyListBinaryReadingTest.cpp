@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QTest>
+#include <QTimeZone>
 
 #include <cmath>
 #include <limits>
@@ -66,11 +67,12 @@ void PropertyListBinaryReadingTest::scalarsAreRead_data()
     row("223F000000", 0.5);
     row("23BFE0000000000000", -0.5);
     row("237FF0000000000000", std::numeric_limits<double>::infinity());
-    row("330000000000000000", QDateTime({2001, 1, 1}, {0, 0, 0}, Qt::UTC));
-    row("33C1CDD8D6A0000000", QDateTime({1969, 4, 7}, {13, 33, 52}, Qt::UTC));
-    row("333FF8000000000000", QDateTime({2001, 1, 1}, {0, 0, 1}, Qt::UTC));   // 1.5 s
-    row("33BFE0000000000000", QDateTime({2001, 1, 1}, {0, 0, 0}, Qt::UTC));   // -0.5 s
-    row("3341F0000000000000", QDateTime({2137, 2, 7}, {6, 28, 16}, Qt::UTC)); // beyond 32 bits
+    row("330000000000000000", QDateTime({2001, 1, 1}, {0, 0, 0}, QTimeZone::utc()));
+    row("33C1CDD8D6A0000000", QDateTime({1969, 4, 7}, {13, 33, 52}, QTimeZone::utc()));
+    row("333FF8000000000000", QDateTime({2001, 1, 1}, {0, 0, 1}, QTimeZone::utc())); // 1.5 s
+    row("33BFE0000000000000", QDateTime({2001, 1, 1}, {0, 0, 0}, QTimeZone::utc())); // -0.5 s
+    row("3341F0000000000000",
+        QDateTime({2137, 2, 7}, {6, 28, 16}, QTimeZone::utc())); // beyond 32 bits
     row("43000102", QByteArray("\0\1\2", 3));
     row("40", QByteArray(""));
     row("50", QString(QLatin1String("")));

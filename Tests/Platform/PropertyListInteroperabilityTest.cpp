@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QProcess>
 #include <QTest>
+#include <QTimeZone>
 
 #include <limits>
 
@@ -62,8 +63,8 @@ void PropertyListInteroperabilityTest::othersReadWhatWeWriteAndWeWhatTheyWrite_d
     row("long text", QString(1000, QLatin1Char('a')));
     row("data", QByteArray("\0\xFF\0<>", 5));
     row("much data", QByteArray(1000, 'x'));
-    row("date", QDateTime({2026, 1, 31}, {23, 59, 59}, Qt::UTC));
-    row("early date", QDateTime({1971, 2, 3}, {4, 5, 6}, Qt::UTC));
+    row("date", QDateTime({2026, 1, 31}, {23, 59, 59}, QTimeZone::utc()));
+    row("early date", QDateTime({1971, 2, 3}, {4, 5, 6}, QTimeZone::utc()));
     row("empty array", QVariantList());
     row("empty dictionary", QVariantMap());
     row("dictionary", QVariantMap{{QStringLiteral("<é>"), QVariantList{true, qlonglong(1)}},

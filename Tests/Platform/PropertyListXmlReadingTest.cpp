@@ -8,6 +8,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimeZone>
 
 #include <clocale>
 #include <cmath>
@@ -87,7 +88,7 @@ void PropertyListXmlReadingTest::everyKindOfValueIsRead()
         {QStringLiteral("array"),
          QVariantList{true, false, QVariantList(), QVariantMap(), QString(QLatin1String(""))}},
         {QStringLiteral("data"), QByteArray("\0\1\2", 3)},
-        {QStringLiteral("date"), QDateTime({2026, 1, 31}, {23, 59, 59}, Qt::UTC)},
+        {QStringLiteral("date"), QDateTime({2026, 1, 31}, {23, 59, 59}, QTimeZone::utc())},
         {QStringLiteral("integer"), qlonglong(-42)},
         {QStringLiteral("real"), 0.5},
         {QStringLiteral("text"), QString::fromUtf8("Grüße 🎹")},
@@ -203,17 +204,17 @@ void PropertyListXmlReadingTest::datesAreUtcToTheSecond_data()
     const auto row = [](const char *digits, const QVariant &expected) {
         QTest::newRow(*digits == '\0' ? "empty" : digits) << QByteArray(digits) << expected;
     };
-    row("2026-01-31T23:59:59Z", QDateTime({2026, 1, 31}, {23, 59, 59}, Qt::UTC));
-    row("2024-02-29T00:00:00Z", QDateTime({2024, 2, 29}, {0, 0, 0}, Qt::UTC));
-    row("0001-01-01T00:00:00Z", QDateTime({1, 1, 1}, {0, 0, 0}, Qt::UTC));
-    row("4001-01-01T00:00:00Z", QDateTime({4001, 1, 1}, {0, 0, 0}, Qt::UTC));
-    row("9999-12-31T23:59:59Z", QDateTime({9999, 12, 31}, {23, 59, 59}, Qt::UTC));
-    row("0999-12-31T23:59:59Z", QDateTime({999, 12, 31}, {23, 59, 59}, Qt::UTC));
+    row("2026-01-31T23:59:59Z", QDateTime({2026, 1, 31}, {23, 59, 59}, QTimeZone::utc()));
+    row("2024-02-29T00:00:00Z", QDateTime({2024, 2, 29}, {0, 0, 0}, QTimeZone::utc()));
+    row("0001-01-01T00:00:00Z", QDateTime({1, 1, 1}, {0, 0, 0}, QTimeZone::utc()));
+    row("4001-01-01T00:00:00Z", QDateTime({4001, 1, 1}, {0, 0, 0}, QTimeZone::utc()));
+    row("9999-12-31T23:59:59Z", QDateTime({9999, 12, 31}, {23, 59, 59}, QTimeZone::utc()));
+    row("0999-12-31T23:59:59Z", QDateTime({999, 12, 31}, {23, 59, 59}, QTimeZone::utc()));
     row("0000-01-01T00:00:00Z", {});
     // The library carries over a day too many and takes what is no date at all for 1970.
-    row("2025-02-29T00:00:00Z", QDateTime({2025, 3, 1}, {0, 0, 0}, Qt::UTC));
-    row("yesterday", QDateTime({1970, 1, 1}, {0, 0, 0}, Qt::UTC));
-    row("", QDateTime({1970, 1, 1}, {0, 0, 0}, Qt::UTC));
+    row("2025-02-29T00:00:00Z", QDateTime({2025, 3, 1}, {0, 0, 0}, QTimeZone::utc()));
+    row("yesterday", QDateTime({1970, 1, 1}, {0, 0, 0}, QTimeZone::utc()));
+    row("", QDateTime({1970, 1, 1}, {0, 0, 0}, QTimeZone::utc()));
 }
 
 void PropertyListXmlReadingTest::datesAreUtcToTheSecond()

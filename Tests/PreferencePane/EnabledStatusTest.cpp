@@ -8,8 +8,14 @@
 #include <QTest>
 
 namespace {
-const QString refusal = QStringLiteral("Administrator's authorisation is not available yet");
+// Nobody can be asked in the sandbox: each start or stop ends in a refusal.
+qsizetype refusals(test::ConsoleCapture &console)
+{
+    return console.lines()
+        .filter(QStringLiteral("Unable to ask for the administrator's authorisation"))
+        .size();
 }
+} // namespace
 
 // How the switch, the line and the enabling follow from the job file and the status line.
 class EnabledStatusTest : public QObject {
@@ -163,7 +169,7 @@ void EnabledStatusTest::aMoveOfTheSwitchMadeByThePaneStartsOrStops()
     fixture.runProcess(QStringLiteral("OstrelListener"));
     fixture.open();
     fixture.waitUntilLoaded();
-    QCOMPARE(console.lines().count(refusal), 0);
+    QCOMPARE(refusals(console), 0);
 
     // Off at first: the line says so, the next word turns the switch on and that starts.
     fixture.showStatusOnly(QStringLiteral("Running"));
@@ -172,15 +178,14 @@ void EnabledStatusTest::aMoveOfTheSwitchMadeByThePaneStartsOrStops()
     fixture.masterSwitch().blockSignals(false);
     fixture.pane().updateEnabledStatus();
     QVERIFY(fixture.masterSwitch().isOn());
-    QTRY_COMPARE(console.lines().count(refusal), 1);
+    QTRY_COMPARE(refusals(console), 1);
     fixture.waitUntilIdle();
 
     fixture.pane().updateStatus(
         {QString(), {}, {{QStringLiteral("status"), QStringLiteral("Disconnected")}}});
     QVERIFY(!fixture.masterSwitch().isOn());
     QCOMPARE(fixture.status(), QStringLiteral("Status: Not loaded"));
-    QTRY_COMPARE(console.lines().count(refusal), 2);
-    QTRY_VERIFY(fixture.notice().startsWith(QStringLiteral("Stopping the listener")));
+    QTRY_COMPARE(refusals(console), 2);
 }
 
 void EnabledStatusTest::whileLoadingAMoveOfTheSwitchStartsNothing()
@@ -193,7 +198,7 @@ void EnabledStatusTest::whileLoadingAMoveOfTheSwitchStartsNothing()
     QVERIFY(fixture.pane().isLoading());
     fixture.waitUntilLoaded();
     QVERIFY(!fixture.pane().isProcessing());
-    QCOMPARE(console.lines().count(refusal), 0);
+    QCOMPARE(refusals(console), 0);
 }
 
 void EnabledStatusTest::duringAStartOrStopAMoveOfTheSwitchStartsNothing()
@@ -211,10 +216,10 @@ void EnabledStatusTest::duringAStartOrStopAMoveOfTheSwitchStartsNothing()
     QTRY_VERIFY(!pane.isLoading());
     pane.setProcessing(true);
     view->findChild<ZQSwitch *>(QStringLiteral("masterSwitch"))->setOn(true, Animated::No);
-    QCOMPARE(console.lines().count(refusal), 0);
+    QCOMPARE(refusals(console), 0);
     pane.setProcessing(false);
     view->findChild<ZQSwitch *>(QStringLiteral("masterSwitch"))->setOn(false, Animated::No);
-    QTRY_COMPARE(console.lines().count(refusal), 1);
+    QTRY_COMPARE(refusals(console), 1);
 }
 
 void EnabledStatusTest::aDisabledSwitchStartsNothingEvenWhenCalledDirectly()
@@ -227,7 +232,7 @@ void EnabledStatusTest::aDisabledSwitchStartsNothingEvenWhenCalledDirectly()
     fixture.pane().enableDisableClient();
     QVERIFY(!fixture.pane().isProcessing());
     QTest::qWait(100);
-    QCOMPARE(console.lines().count(refusal), 0);
+    QCOMPARE(refusals(console), 0);
 }
 
 void EnabledStatusTest::aRefusedStartEndsWithTheSwitchOffAndAStop()
@@ -238,12 +243,12 @@ void EnabledStatusTest::aRefusedStartEndsWithTheSwitchOffAndAStop()
     fixture.waitUntilLoaded();
     QTest::mouseClick(&fixture.masterSwitch(), Qt::LeftButton);
     // The start is refused, its closing refresh moves the switch off, and that move stops.
-    QTRY_COMPARE(console.lines().count(refusal), 2);
+    QTRY_COMPARE(refusals(console), 2);
     fixture.waitUntilIdle();
     QVERIFY(!fixture.masterSwitch().isOn());
     QCOMPARE(fixture.status(), QStringLiteral("Status: Not loaded"));
-    QVERIFY(fixture.notice().startsWith(QStringLiteral("Starting the listener")));
     QVERIFY(!QFile::exists(Ostrel_Preference_Pane::jobFilePath()));
+    QVERIFY(fixture.notice().contains(QStringLiteral("password cannot be asked for")));
 }
 
 QTEST_MAIN(EnabledStatusTest)

@@ -145,7 +145,7 @@ QString PaneFixture::notice() const
     return label->isVisible() ? label->text() : QString();
 }
 
-void PaneFixture::showStatusOnly(const QString &word)
+void PaneFixture::showStatusOnly(const QString &word) const
 {
     control<QLabel>("statusLabel")->setText(QStringLiteral("Status: ") + word);
 }

@@ -24,6 +24,7 @@ public:
     PaneFixture &operator=(const PaneFixture &) = delete;
 
     void setInfo(const QVariantMap &info);
+    QString bundlePath() const { return m_folder.filePath(QStringLiteral("Ostrel.prefPane")); }
     static void installJob();
     static void removeJob();
     // Runs an executable of this name until the fixture goes.
@@ -57,7 +58,7 @@ public:
         return found;
     }
     // Sets the line as a status arriving during a start would, so that nothing follows from it.
-    void showStatusOnly(const QString &word);
+    void showStatusOnly(const QString &word) const;
 
 private:
     QTemporaryDir m_folder;

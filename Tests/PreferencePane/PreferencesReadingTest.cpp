@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QTest>
 
+#include <array>
 #include <limits>
 
 namespace {
@@ -19,13 +20,13 @@ struct Box {
     bool onByDefault;
 };
 
-constexpr Box boxes[] = {
-    {"autoUpdateCheck", "autoUpdateCheck", true},
-    {"volChangeFeedback", "volFeedbackCheck", true},
-    {"customPortSet", "networkCustomPortCheck", false},
-    {"disableBonjour", "networkDisableBonjour", false},
-    {"confirmConnections", "securityConfirmConnections", false},
-    {"limitToOneConnection", "securityAllowOneConnection", false},
+constexpr std::array boxes{
+    Box{"autoUpdateCheck", "autoUpdateCheck", true},
+    Box{"volChangeFeedback", "volFeedbackCheck", true},
+    Box{"customPortSet", "networkCustomPortCheck", false},
+    Box{"disableBonjour", "networkDisableBonjour", false},
+    Box{"confirmConnections", "securityConfirmConnections", false},
+    Box{"limitToOneConnection", "securityAllowOneConnection", false},
 };
 
 } // namespace
@@ -58,23 +59,23 @@ void PreferencesReadingTest::aBoxShowsWhatTheFileHolds_data()
         bool onWhereDefaultIsOn;
         bool onWhereDefaultIsOff;
     };
-    const Case cases[] = {
-        {"missing", {}, true, false},
-        {"0", 0, false, false},
-        {"1", 1, true, true},
-        {"2", 2, true, false},
-        {"-1", -1, true, false},
-        {"true", true, true, true},
-        {"false", false, false, false},
-        {"1.0", 1.0, true, true},
-        {"0.0", 0.0, false, false},
-        {"beyond 63 bits", std::numeric_limits<qulonglong>::max(), true, false},
-        {"text 0", QStringLiteral("0"), true, false},
-        {"text 1", QStringLiteral("1"), true, false},
-        {"array", QVariantList{0, 1}, true, false},
-        {"dictionary", QVariantMap{{QStringLiteral("a"), 0}}, true, false},
-        {"data", QByteArray("\0", 1), true, false},
-        {"date", QDateTime::fromSecsSinceEpoch(1000000000), true, false},
+    const std::array cases{
+        Case{"missing", {}, true, false},
+        Case{"0", 0, false, false},
+        Case{"1", 1, true, true},
+        Case{"2", 2, true, false},
+        Case{"-1", -1, true, false},
+        Case{"true", true, true, true},
+        Case{"false", false, false, false},
+        Case{"1.0", 1.0, true, true},
+        Case{"0.0", 0.0, false, false},
+        Case{"beyond 63 bits", std::numeric_limits<qulonglong>::max(), true, false},
+        Case{"text 0", QStringLiteral("0"), true, false},
+        Case{"text 1", QStringLiteral("1"), true, false},
+        Case{"array", QVariantList{0, 1}, true, false},
+        Case{"dictionary", QVariantMap{{QStringLiteral("a"), 0}}, true, false},
+        Case{"data", QByteArray("\0", 1), true, false},
+        Case{"date", QDateTime::fromSecsSinceEpoch(1000000000), true, false},
     };
     for (const auto &box : boxes) {
         for (const auto &one : cases) {

@@ -28,7 +28,6 @@ private Q_SLOTS:
     void theLabelsBesideTheSwitchAreRaised();
     void loadingEndsASecondAfterOpening();
     void theVersionCheckStoresTheBundleVersion();
-    void aChangedVersionWithAJobFileStaysOnRecordUntilItCanBeReloaded();
     void theUpdateCheckStartsUnlessItsSettingEqualsZero_data();
     void theUpdateCheckStartsUnlessItsSettingEqualsZero();
     void closingWithinTheFirstSecondIsQuickAndQuiet();
@@ -134,20 +133,6 @@ void StartUpTest::theVersionCheckStoresTheBundleVersion()
              QStringLiteral("7"));
     QCOMPARE(PaneFixture::preferences().value(QStringLiteral("mine")).toInt(), 1);
     QCOMPARE(PaneFixture::preferences().size(), 2);
-}
-
-void StartUpTest::aChangedVersionWithAJobFileStaysOnRecordUntilItCanBeReloaded()
-{
-    test::ConsoleCapture console;
-    PaneFixture fixture(50ms);
-    PaneFixture::installJob();
-    PaneFixture::writePreferences({{QStringLiteral("lastRunVersion"), QStringLiteral("6")}});
-    fixture.open();
-    fixture.waitUntilLoaded();
-    QVERIFY(console.lines().contains(
-        QStringLiteral("Reloading the listener of version 6 is not available yet")));
-    QCOMPARE(PaneFixture::preferences().value(QStringLiteral("lastRunVersion")).toString(),
-             QStringLiteral("6"));
 }
 
 void StartUpTest::theUpdateCheckStartsUnlessItsSettingEqualsZero_data()

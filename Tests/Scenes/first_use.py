@@ -3,13 +3,13 @@
 # SPDX-License-Identifier: MIT
 """Plays a first use of the pane on a virtual display and leaves a picture of each step.
 
-usage: opening.py BUILD_FOLDER PICTURE_FOLDER
+usage: first_use.py BUILD_FOLDER PICTURE_FOLDER
 
-Runs in the sandbox, where "/Library" and the home are its own. Exit status 0 when every step showed
-what it should.
+Runs as root of the sandbox, where "/Library" and the home are its own: root needs no password, and
+where no service manager runs the pane's own supervisor keeps the listener. Exit status 0 when every
+step showed what it should.
 """
 import os
-import plistlib
 import subprocess
 import sys
 
@@ -20,14 +20,20 @@ JOB = "/Library/LaunchAgents/com.corvane.OstrelListener.plist"
 PREFERENCES = os.path.expanduser("~/Library/Preferences/com.corvane.OstrelListener.plist")
 
 
+def listeners():
+    """The process ids of the listeners that run."""
+    found = []
+    for pid in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            if os.readlink(f"/proc/{pid}/exe").endswith("/OstrelListener"):
+                found.append(int(pid))
+        except OSError:
+            continue
+    return found
+
+
 def main():
     build, pictures = sys.argv[1:]
-    listener = f"{build}/Ostrel.prefPane/Contents/MacOS/OstrelListener"
-    os.makedirs(os.path.dirname(JOB), exist_ok=True)
-    with open(JOB, "wb") as job:
-        plistlib.dump({"Label": "com.corvane.OstrelListener", "Program": listener}, job)
-    os.makedirs(os.path.dirname(PREFERENCES), exist_ok=True)
-
     shots = []
 
     def shot(name):
@@ -48,27 +54,38 @@ def main():
     shot("setting-changed")
 
     desktop.sleep_past_loading()
-    stand_in = desktop.start([listener])
+    window.click("Ostrel listener")
+    window.wait_for_label("Status: Creating job...")
+    shot("switched-on")
     window.wait_for_label("Status: Running")
+    if not desktop.property_list(JOB).get("RunAtLoad") or len(listeners()) != 1:
+        raise AssertionError(f"job file {desktop.property_list(JOB)}, listeners {listeners()}")
     shot("listener-running")
 
     for page in ("Network", "Security"):
         window.click(page)
         shot(f"page-{page.lower()}")
 
+    window.click("Ostrel listener")
+    window.wait_for_label("Status: Disconnected")  # the listener's own word
+    shot("switched-off")
+    window.wait_for_label("Status: Not loaded")
+    desktop.wait_until(lambda: not os.path.exists(JOB) and not listeners(),
+                       "the job file and the listener to go")
+    shot("listener-gone")
+
     desktop.press("Ostrel", "ctrl+q")
     desktop.wait_until(lambda: pane.poll() is not None, "the window to close")
-    stand_in.terminate()
-    stand_in.wait(10)
     if pane.returncode != 0:
         raise AssertionError(f"ostrel-settings ended with {pane.returncode}")
-    print("The scene was played: opened, changed a setting, saw the listener run, quit.")
+    print("The scene was played: opened, changed a setting, switched the listener on, saw it run, "
+          "switched it off, quit.")
 
 
 if __name__ == "__main__":
     try:
         main()
     except (AssertionError, subprocess.SubprocessError) as error:
-        sys.exit(f"opening.py: {error}")
+        sys.exit(f"first_use.py: {error}")
     finally:
         desktop.end_all()

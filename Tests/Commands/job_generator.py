@@ -1,0 +1,221 @@
+#!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 Corvane
+# SPDX-License-Identifier: MIT
+"""The units that the generator makes of job files.
+
+usage: job_generator.py BUILD_FOLDER
+"""
+import os
+import random
+import resource
+import shutil
+import signal
+import subprocess
+import time
+import unittest
+
+import jobs
+from jobs import COMPUTER, write_job
+
+LISTENER = "com.corvane.OstrelListener"
+OUT = "/tmp/units"
+WANTS = "default.target.wants"
+
+
+class Generator(unittest.TestCase):
+    def setUp(self):
+        for folder in COMPUTER, jobs.own_folder(), OUT, f"{os.environ['HOME']}/.config/systemd/user":
+            shutil.rmtree(folder, ignore_errors=True)
+            os.makedirs(folder)
+
+    def generate(self, errors=(), folder=OUT, **options):
+        """Runs it as the manager does; it succeeds whatever it meets."""
+        result = jobs.run(jobs.GENERATOR, folder, folder, folder, **options)
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(result.stderr.splitlines(), [f"<4>{line}" for line in errors])
+        self.assertEqual(result.stdout, "")
+
+    def units(self):
+        return sorted(name for name in os.listdir(OUT) if name != WANTS)
+
+    def wanted(self):
+        return sorted(os.listdir(f"{OUT}/{WANTS}")) if os.path.isdir(f"{OUT}/{WANTS}") else []
+
+    def setting(self, unit, name):
+        lines = jobs.contents(f"{OUT}/{unit}").splitlines()
+        return [line.split("=", 1)[1] for line in lines if line.startswith(name + "=")]
+
+    def test_the_listeners_job_becomes_a_unit_that_starts_at_log_in(self):
+        folder = "/Library/PreferencePanes/Ostrel.prefPane/Contents/MacOS"
+        path = write_job(LISTENER, program=f"{folder}/OstrelListener", WorkingDirectory=folder,
+                         KeepAlive={"SuccessfulExit": False})
+        self.generate()
+        unit = f"app-{LISTENER}.service"
+        self.assertEqual(self.units(), [unit])
+        self.assertEqual(os.readlink(f"{OUT}/{WANTS}/{unit}"), f"../{unit}")
+        self.assertEqual(self.setting(unit, "SourcePath"), [path])
+        self.assertEqual(self.setting(unit, "Restart"), ["on-failure"])
+        self.assertEqual(self.setting(unit, "WorkingDirectory"), [folder])
+        self.assertEqual(self.setting(unit, "KillMode"), ["mixed"])
+
+    def test_without_job_files_and_without_folders_there_is_nothing(self):
+        self.generate()
+        shutil.rmtree(jobs.own_folder())
+        self.generate()
+        self.assertEqual(self.units(), [])
+
+    def test_a_job_that_does_not_run_at_load_is_not_wanted(self):
+        write_job("idle", RunAtLoad=False)
+        self.generate()
+        self.assertEqual((self.units(), self.wanted()), (["app-idle.service"], []))
+
+    def test_a_disabled_job_has_no_unit(self):
+        write_job("off", Disabled=True)
+        self.generate()
+        self.assertEqual(self.units(), [])
+
+    def test_broken_job_files_harm_no_other(self):
+        write_job("good")
+        write_job("sockets", Sockets={})
+        write_job("other", Label="another")
+        write_job("open")
+        os.chmod(jobs.job_file("open"), 0o666)
+        os.mkdir(jobs.job_file("folder"))
+        os.mkfifo(jobs.job_file("pipe"))
+        os.symlink("/nowhere", jobs.job_file("link"))
+        os.symlink("/dev/zero", jobs.job_file("zero"))
+        with open(jobs.job_file("junk"), "wb") as file:
+            file.write(b"<plist><dict>" * 9000)
+        with open(jobs.job_file("large"), "wb") as file:
+            file.truncate(1 << 40)
+        self.generate([
+            f"{COMPUTER}/folder.plist: not a regular file",
+            f"{COMPUTER}/junk.plist: not a property list with a dictionary",
+            f"{COMPUTER}/large.plist: larger than any job file",
+            f"{COMPUTER}/link.plist: No such file or directory",
+            f"{COMPUTER}/open.plist: Dubious ownership: others than the owner may write to the file",
+            f'{COMPUTER}/other.plist: a job with the label "another" belongs into a file '
+            '"another.plist"',
+            f"{COMPUTER}/pipe.plist: not a regular file",
+            f'{COMPUTER}/sockets.plist: the key "Sockets" has no meaning here',
+            f"{COMPUTER}/zero.plist: not a regular file",
+        ])
+        self.assertEqual((self.units(), self.wanted()), (["app-good.service"],) * 2)
+
+    def test_other_files_in_the_folder_are_left_alone(self):
+        for name in "a.plist.new", ".hidden.plist", "readme":
+            with open(f"{COMPUTER}/{name}", "w") as file:
+                file.write("junk")
+        self.generate()
+        self.assertEqual(self.units(), [])
+
+    def test_the_computers_job_goes_before_the_users_of_that_label(self):
+        first = write_job("twice")
+        second = write_job("twice", folder=jobs.own_folder())
+        write_job("own", folder=jobs.own_folder())
+        self.generate([f"{second}: the computer has a job of this label already"])
+        self.assertEqual(self.setting("app-twice.service", "SourcePath"), [first])
+        self.assertIn("app-own.service", self.units())
+
+    def test_a_unit_of_another_origin_is_not_touched(self):
+        other = f"{os.environ['HOME']}/.config/systemd/user/app-taken.service"
+        path = write_job("taken")
+        for make in (lambda: open(other, "w").close(), lambda: os.symlink("/dev/null", other)):
+            make()
+            self.generate([f"{path}: there is a unit of this name already, {other}"])
+            self.assertEqual((self.units(), self.wanted()), ([], []))
+            os.unlink(other)
+        self.generate()
+        self.assertEqual(self.units(), ["app-taken.service"])
+
+    def test_systemd_takes_every_unit(self):
+        folder = "/tmp/it's \"odd\" %h $HOME\\ x"
+        os.makedirs(folder, exist_ok=True)
+        program = jobs.write_program(folder + "/pro\ngram", "exit\n")
+        write_job("plain", KeepAlive=True)
+        write_job("- 'a\"b%$\\@", program="/bin/true", ProgramArguments=["%h", "$HOME", "a\nb"],
+                  WorkingDirectory=folder, StandardOutPath=folder + "/out",
+                  EnvironmentVariables={"A": "%h\n$B\"'\\"}, KeepAlive={"SuccessfulExit": True})
+        write_job("all", program=program, WorkingDirectory=folder, Nice=-20, Umask=0,
+                  StandardInPath="/dev/null", StandardErrorPath=folder + "\n",
+                  ProcessType="Background", ThrottleInterval=86400)
+        write_job("bytes", program=b"/bin/\xff", WorkingDirectory=b"/\xfe")
+        self.generate()
+        self.assertEqual(len(self.units()), 4)
+        with open(f"{OUT}/app-wrong.service", "w") as file:
+            file.write("[Service]\nExecStart=/bin/true\nRestart=maybe\n")
+        for unit in self.units():
+            result = jobs.run("systemd-analyze", "--user", "--man=no", "verify", f"{OUT}/{unit}")
+            told = [line for line in result.stderr.splitlines() if "app-" in line]
+            self.assertEqual(bool(told), unit == "app-wrong.service", result.stderr)
+
+    def test_an_odd_home_folder(self):
+        home = "/tmp/home %h 'x' \"y\""
+        write_job("own", folder=f"{home}/Library/LaunchAgents")
+        self.generate(env=dict(os.environ, HOME=home))
+        self.assertEqual(self.setting("app-own.service", "SourcePath"),
+                         [home.replace("%", "%%") + "/Library/LaunchAgents/own.plist"])
+        broken = os.fsdecode(b"/tmp/home\n\xff")
+        write_job("own", folder=f"{broken}/Library/LaunchAgents")
+        self.generate(["/tmp/home\uFFFD\uFFFD/Library/LaunchAgents/own.plist: systemd cannot take a "
+                       "job file in a folder of such a name"],
+                      env=dict(os.environ, HOME=broken))
+
+    def test_a_unit_is_written_whole_or_not_at_all(self):
+        write_job("large", EnvironmentVariables={"A": "x" * 50000})
+        write_job("small")
+
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (4096, 4096))
+
+        self.generate([f"{OUT}/app-large.service: File too large"], preexec_fn=limit,
+                      restore_signals=False)
+        self.assertEqual((self.units(), self.wanted()), (["app-small.service"],) * 2)
+
+    def test_a_folder_that_cannot_be_written_to_keeps_nobody_from_logging_in(self):
+        write_job("small")
+        self.generate(["/nowhere/app-small.service: No such file or directory"], folder="/nowhere")
+
+    def test_hostile_files_make_no_harm(self):
+        numbers = random.Random(20260131)
+        write_job("good")
+        seed = jobs.contents(write_job("seed", KeepAlive={"SuccessfulExit": False},
+                                       EnvironmentVariables={"A": "b"})).encode()
+        os.unlink(jobs.job_file("seed"))
+        for number in range(500):
+            data = bytearray(seed)
+            for _ in range(numbers.randint(1, 6)):
+                at = numbers.randrange(len(data))
+                piece = numbers.choice([b"", b"\xff", b"<dict>", b"\n[Service]\nExecStart=/x\n",
+                                        b"</string>", b"&#x10FFFF;", b"%h", bytes([at % 256])])
+                data[at:at + numbers.randint(0, 9)] = piece
+            with open(jobs.job_file(f"hostile{number}"), "wb") as file:
+                file.write(data)
+        result = jobs.run(jobs.GENERATOR, OUT)
+        self.assertEqual(result.returncode, 0)
+        self.assertTrue(all(line.startswith("<4>/Library/LaunchAgents/hostile")
+                            for line in result.stderr.splitlines()), result.stderr)
+        self.assertIn("app-good.service", self.units())
+
+    def test_it_is_quick_and_loads_no_graphics(self):
+        libraries = jobs.run("ldd", jobs.GENERATOR).stdout
+        for library in "Gui", "Widgets", "DBus":
+            self.assertNotRegex(libraries, f"libQt[56]{library}")
+        if "libasan" in libraries or "libtsan" in libraries:
+            return
+        write_job(LISTENER)
+        times = []
+        for _ in range(30):
+            begin = time.monotonic()
+            subprocess.run([jobs.GENERATOR, OUT], check=True)
+            times.append(time.monotonic() - begin)
+        self.assertLess(min(times), 0.02)  # the others wait for the machine
+
+    def test_used_wrongly_it_says_how(self):
+        result = jobs.run(jobs.GENERATOR)
+        self.assertEqual(result.returncode, 2)
+        self.assertTrue(result.stderr.startswith("usage: job-generator FOLDER"))
+
+
+jobs.main()

@@ -1,0 +1,330 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Platform/CopyItem.h"
+#include "Platform/CreateFolder.h"
+#include "Platform/MoveItem.h"
+#include "Platform/RemoveItem.h"
+#include "Platform/Trash.h"
+#include "Tests/Support/EnvironmentVariable.h"
+#include "Tests/Support/FaultMatrix.h"
+#include "Tests/Support/FileTree.h"
+
+#include <QTest>
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+
+namespace {
+
+constexpr auto changing = test::Open | test::Read | test::Write | test::Sync | test::Rename |
+                          test::Link | test::Make | test::Copy;
+
+constexpr std::size_t fileSize = 5000; // there are thousands of runs
+
+const auto elsewhere = std::string("/var/tmp"); // another file system in the sandbox
+
+} // namespace
+
+// Items that are copied, moved, removed, made and trashed while system calls fail, or while the
+// process is killed.
+class ItemFaultsTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void aCopyIsWholeOrNotThere_data();
+    void aCopyIsWholeOrNotThere();
+    void aMovedItemIsWholeInOnePlace_data() { aCopyIsWholeOrNotThere_data(); }
+    void aMovedItemIsWholeInOnePlace();
+    void anItemMovedToAnotherFileSystemIsNeverLost_data() { aCopyIsWholeOrNotThere_data(); }
+    void anItemMovedToAnotherFileSystemIsNeverLost();
+    void aRemovedItemIsGoneOrAnError_data() { aCopyIsWholeOrNotThere_data(); }
+    void aRemovedItemIsGoneOrAnError();
+    void foldersAreMadeAllOrNone();
+    void aTrashedItemIsWholeInOnePlaceWithOrWithoutItsRecord_data();
+    void aTrashedItemIsWholeInOnePlaceWithOrWithoutItsRecord();
+
+    void aCopySurvivesAKillAtEveryCall_data() { aCopyIsWholeOrNotThere_data(); }
+    void aCopySurvivesAKillAtEveryCall();
+    void aMoveSurvivesAKillAtEveryCall_data();
+    void aMoveSurvivesAKillAtEveryCall();
+
+private:
+    void prepare(bool isFolder);
+    static std::string itemIn(const test::Folder &folder) { return folder / "item"; }
+    // Besides the items of those names there may be nothing in the folder.
+    static bool hasOnly(const test::Folder &folder, const QStringList &names);
+
+    std::unique_ptr<test::Folder> m_folder;
+    std::unique_ptr<test::Folder> m_other; // where copies go
+    std::string m_item;
+    std::string m_copy;
+    QStringList m_before; // the item as it is to be
+};
+
+void ItemFaultsTest::init()
+{
+    m_folder = std::make_unique<test::Folder>();
+    m_other = std::make_unique<test::Folder>();
+    m_item = itemIn(*m_folder);
+    m_copy = *m_other / "copy";
+}
+
+void ItemFaultsTest::cleanup()
+{
+    m_folder.reset();
+    m_other.reset();
+}
+
+void ItemFaultsTest::prepare(bool isFolder)
+{
+    for (const auto &path : {m_copy, m_item}) {
+        if (test::exists(path) && platform::removeItem(test::text(path))) {
+            std::filesystem::permissions(path + "/closed", std::filesystem::perms::owner_all);
+            QVERIFY(!platform::removeItem(test::text(path)));
+        }
+    }
+    if (isFolder) {
+        test::makeTree(m_item, fileSize);
+    } else {
+        test::writeFile(m_item, std::string(fileSize, 'i'));
+    }
+    m_before = test::tree(m_item);
+}
+
+bool ItemFaultsTest::hasOnly(const test::Folder &folder, const QStringList &names)
+{
+    const auto all = folder.names();
+    return std::all_of(all.begin(), all.end(),
+                       [&](const QString &name) { return names.contains(name); });
+}
+
+void ItemFaultsTest::aCopyIsWholeOrNotThere_data()
+{
+    QTest::addColumn<bool>("isFolder");
+    QTest::newRow("file") << false;
+    QTest::newRow("folder") << true;
+}
+
+void ItemFaultsTest::aCopyIsWholeOrNotThere()
+{
+    QFETCH(bool, isFolder);
+    test::underEveryFault(
+        changing, [&] { prepare(isFolder); },
+        [&] { return !platform::copyItem(test::text(m_item), test::text(m_copy)); },
+        [&](bool copied) {
+            if (test::tree(m_item) != m_before) {
+                return QStringLiteral("the original has changed");
+            }
+            if (test::exists(m_copy) != copied) {
+                return QStringLiteral("the result is wrong");
+            }
+            if (copied && test::tree(m_copy) != m_before) {
+                return QStringLiteral("the copy is not whole: ") + test::tree(m_copy).join(u'\n');
+            }
+            return hasOnly(*m_other, {QStringLiteral("copy")})
+                       ? QString()
+                       : QStringLiteral("left behind: ") + m_other->names().join(u' ');
+        });
+}
+
+void ItemFaultsTest::aMovedItemIsWholeInOnePlace()
+{
+    QFETCH(bool, isFolder);
+    test::underEveryFault(
+        changing, [&] { prepare(isFolder); },
+        [&] { return !platform::moveItem(test::text(m_item), test::text(m_copy)); },
+        [&](bool moved) {
+            return test::exists(m_item) != moved && test::exists(m_copy) == moved &&
+                           test::tree(moved ? m_copy : m_item) == m_before &&
+                           hasOnly(*m_other, {QStringLiteral("copy")})
+                       ? QString()
+                       : QStringLiteral("the item is not whole in one place");
+        });
+}
+
+void ItemFaultsTest::anItemMovedToAnotherFileSystemIsNeverLost()
+{
+    QFETCH(bool, isFolder);
+    m_other = std::make_unique<test::Folder>(elsewhere);
+    m_copy = *m_other / "copy";
+    test::underEveryFault(
+        changing | test::Remove,
+        [&] {
+            prepare(isFolder);
+            // Else an ordinary user may not remove it.
+            if (isFolder) {
+                std::filesystem::permissions(m_item + "/closed", std::filesystem::perms::owner_all);
+                m_before = test::tree(m_item);
+            }
+        },
+        [&] { return !platform::moveItem(test::text(m_item), test::text(m_copy)); },
+        [&](bool moved) {
+            const auto isWhole = test::tree(m_item) == m_before;
+            if (test::exists(m_copy) && test::tree(m_copy) != m_before && !isWhole) {
+                return QStringLiteral("the item is nowhere whole");
+            }
+            if (moved && (test::exists(m_item) || !test::exists(m_copy))) {
+                return QStringLiteral("the result is wrong");
+            }
+            return test::exists(m_copy) || isWhole ? QString() : QStringLiteral("the item is lost");
+        });
+}
+
+void ItemFaultsTest::aRemovedItemIsGoneOrAnError()
+{
+    QFETCH(bool, isFolder);
+    test::underEveryFault(
+        changing | test::Remove,
+        [&] {
+            prepare(isFolder);
+            if (isFolder) {
+                std::filesystem::permissions(m_item + "/closed", std::filesystem::perms::owner_all);
+            }
+            test::writeFile(*m_other / "copy", "beside");
+        },
+        [&] { return !platform::removeItem(test::text(m_item)); },
+        [&](bool removed) {
+            return test::exists(m_item) != removed && test::readFile(m_copy) == "beside"
+                       ? QString()
+                       : QStringLiteral("the result is wrong");
+        });
+}
+
+void ItemFaultsTest::foldersAreMadeAllOrNone()
+{
+    test::underEveryFault(
+        changing, [&] { prepare(false); },
+        [&] { return !platform::createFolder(test::text(m_copy + "/b/c/d")); },
+        [&](bool made) {
+            return test::exists(m_copy) == made && test::exists(m_copy + "/b/c/d") == made
+                       ? QString()
+                       : QStringLiteral("only some folders are there");
+        });
+}
+
+void ItemFaultsTest::aTrashedItemIsWholeInOnePlaceWithOrWithoutItsRecord_data()
+{
+    QTest::addColumn<bool>("isFolder");
+    QTest::addColumn<bool>("isDesktops");
+    QTest::addColumn<bool>("isElsewhere");
+    QTest::newRow("file, plain trash") << false << false << false;
+    QTest::newRow("folder, desktop's trash") << true << true << false;
+    QTest::newRow("file, desktop's trash") << false << true << false;
+    QTest::newRow("file, desktop's trash elsewhere") << false << true << true;
+    QTest::newRow("folder, plain trash elsewhere") << true << false << true;
+}
+
+void ItemFaultsTest::aTrashedItemIsWholeInOnePlaceWithOrWithoutItsRecord()
+{
+    QFETCH(bool, isFolder);
+    QFETCH(bool, isDesktops);
+    QFETCH(bool, isElsewhere);
+    const test::Folder data(isElsewhere ? elsewhere : "/tmp");
+    const test::EnvironmentVariable home("XDG_DATA_HOME",
+                                         isDesktops ? data.path().c_str() : "/nowhere");
+    const auto trash = data / "Trash";
+    const auto files = isDesktops ? trash + "/files" : trash;
+    const auto record = trash + "/info/item.trashinfo";
+    test::underEveryFault(
+        changing,
+        [&] {
+            if (test::exists(files + "/item") && platform::removeItem(test::text(trash))) {
+                std::filesystem::permissions(files + "/item/closed",
+                                             std::filesystem::perms::owner_all);
+            }
+            QVERIFY(!test::exists(trash) || !platform::removeItem(test::text(trash)));
+            test::makeFolder(trash);
+            prepare(isFolder);
+            if (isFolder && isElsewhere) {
+                std::filesystem::permissions(m_item + "/closed", std::filesystem::perms::owner_all);
+                m_before = test::tree(m_item);
+            }
+        },
+        [&] { return !platform::recycleItem(test::text(m_item), test::text(trash)); },
+        [&](bool trashed) {
+            if (test::exists(record) != (trashed && isDesktops)) {
+                return QStringLiteral("the record is wrong");
+            }
+            if (trashed) {
+                return !test::exists(m_item) && test::tree(files + "/item") == m_before
+                           ? QString()
+                           : QStringLiteral("the item is not whole in the trash");
+            }
+            return test::tree(m_item) == m_before || test::tree(files + "/item") == m_before
+                       ? QString()
+                       : QStringLiteral("the item is lost");
+        });
+}
+
+void ItemFaultsTest::aCopySurvivesAKillAtEveryCall()
+{
+    QFETCH(bool, isFolder);
+    test::killedAtEveryCall(
+        [&] { prepare(isFolder); },
+        [&] { platform::copyItem(test::text(m_item), test::text(m_copy)); },
+        [&](bool finished) {
+            if (test::tree(m_item) != m_before) {
+                return QStringLiteral("the original has changed");
+            }
+            const auto isThere = test::exists(m_copy);
+            if ((finished && !isThere) || (isThere && test::tree(m_copy) != m_before)) {
+                return QStringLiteral("the copy is not whole");
+            }
+            if (!isThere && (platform::copyItem(test::text(m_item), test::text(m_copy)) ||
+                             test::tree(m_copy) != m_before)) {
+                return QStringLiteral("the next time fails");
+            }
+            return QString();
+        });
+    if (!isFolder) {
+        QCOMPARE(m_other->names(), QStringList(QStringLiteral("copy")));
+    }
+}
+
+void ItemFaultsTest::aMoveSurvivesAKillAtEveryCall_data()
+{
+    QTest::addColumn<bool>("isFolder");
+    QTest::addColumn<bool>("isElsewhere");
+    QTest::newRow("file") << false << false;
+    QTest::newRow("folder") << true << false;
+    QTest::newRow("file to another file system") << false << true;
+    QTest::newRow("folder to another file system") << true << true;
+}
+
+void ItemFaultsTest::aMoveSurvivesAKillAtEveryCall()
+{
+    QFETCH(bool, isFolder);
+    QFETCH(bool, isElsewhere);
+    if (isElsewhere) {
+        m_other = std::make_unique<test::Folder>(elsewhere);
+        m_copy = *m_other / "copy";
+    }
+    test::killedAtEveryCall(
+        [&] {
+            prepare(isFolder);
+            if (isFolder && isElsewhere) {
+                std::filesystem::permissions(m_item + "/closed", std::filesystem::perms::owner_all);
+                m_before = test::tree(m_item);
+            }
+        },
+        [&] { platform::moveItem(test::text(m_item), test::text(m_copy)); },
+        [&](bool finished) {
+            const auto isThere = test::exists(m_copy);
+            if (isThere && test::tree(m_copy) != m_before) {
+                return QStringLiteral("what has the new name is not whole");
+            }
+            if (!isThere && (finished || test::tree(m_item) != m_before)) {
+                return QStringLiteral("the item is lost");
+            }
+            if (!isThere && platform::moveItem(test::text(m_item), test::text(m_copy))) {
+                return QStringLiteral("the next time fails");
+            }
+            return QString();
+        });
+}
+
+QTEST_GUILESS_MAIN(ItemFaultsTest)
+#include "ItemFaultsTest.moc"
