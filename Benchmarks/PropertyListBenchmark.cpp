@@ -78,7 +78,7 @@ QByteArray xmlFromNodes(plist_t nodes)
     char *text = nullptr;
     uint32_t length = 0;
     plist_to_xml(nodes, &text, &length);
-    const QByteArray xml(text, static_cast<int>(length));
+    QByteArray xml(text, static_cast<int>(length));
     std::free(text);
     plist_free(nodes);
     return xml;
