@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 
 #include <dlfcn.h>
 #include <link.h>
@@ -83,6 +84,26 @@ QString Bundle::pathForResource(const QString &name, const QString &type) const
         path += QLatin1Char('.') + type;
     }
     return QFileInfo::exists(path) ? path : QString();
+}
+
+QString Bundle::localizedString(const QString &key, const QString &value) const
+{
+    const auto languages = QLocale().uiLanguages();
+    for (const auto &language : languages) {
+        for (const auto &name : {language, language.section(QLatin1Char('-'), 0, 0)}) {
+            const auto file = pathForResource(name + QStringLiteral(".lproj/Localizable"),
+                                              QStringLiteral("strings"));
+            const auto table = file.isNull() ? std::nullopt : dictionaryFromFile(file);
+            if (table) {
+                const auto text = table->value(key);
+                if (text.userType() == QMetaType::QString) {
+                    return text.toString();
+                }
+                return value.isEmpty() ? key : value;
+            }
+        }
+    }
+    return value.isEmpty() ? key : value;
 }
 
 } // namespace platform

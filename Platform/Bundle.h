@@ -37,6 +37,11 @@ public:
     // Path of a file in the resources, null where it does not exist.
     QString pathForResource(const QString &name, const QString &type) const;
 
+    // localizedStringForKey:value:table: of the table "Localizable": the text of
+    // "LANGUAGE.lproj/Localizable.strings" (a property list) in the resources, for the first of the
+    // user's languages that has such a file. Else the value or, where that is empty, the key.
+    QString localizedString(const QString &key, const QString &value) const;
+
 private:
     QString m_path;
     QString m_executable;

@@ -19,6 +19,7 @@ if(OSTREL_QT_MAJOR EQUAL 5)
   find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets DBus Test)
 else()
   find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets DBus Test)
+  find_package(Qt6 QUIET COMPONENTS GuiPrivate) # a package of its own since 6.9
 endif()
 
 set(CMAKE_AUTOMOC ON)

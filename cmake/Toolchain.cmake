@@ -19,8 +19,9 @@ endif()
 # A program loads only the libraries that it uses, of all that the layers below could need.
 add_link_options(-Wl,--as-needed)
 
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
-                    -Wconversion -Wsign-conversion -Wold-style-cast -Wimplicit-fallthrough)
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+                    -Wimplicit-fallthrough)
+add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor;-Woverloaded-virtual;-Wold-style-cast>")
 if(OSTREL_WARNINGS_AS_ERRORS)
   add_compile_options(-Werror)
 endif()
