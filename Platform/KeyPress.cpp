@@ -38,14 +38,36 @@ constexpr Modifier modifiers[] = {
      keyflags::RightCommand},
 };
 
+bool isModifierOfQt(int qtKey)
+{
+    switch (qtKey) {
+    case Qt::Key_Shift:
+    case Qt::Key_Control:
+    case Qt::Key_Alt:
+    case Qt::Key_AltGr:
+    case Qt::Key_Mode_switch:
+    case Qt::Key_Meta:
+    case Qt::Key_Super_L:
+    case Qt::Key_Super_R:
+    case Qt::Key_Hyper_L:
+    case Qt::Key_Hyper_R:
+    case Qt::Key_CapsLock:
+        return true;
+    default:
+        return false;
+    }
+}
+
 quint32 flagsOf(const Modifier &modifier, const QKeyEvent &event)
 {
     const bool isOption = modifier.kind == HeldModifiers::Kind::Option;
     const bool thirdLevel = isOption && choosesThirdLevel(event);
-    if (!event.modifiers().testFlag(modifier.qt) && !thirdLevel) {
+    const auto sides = HeldModifiers::shared().sides(modifier.kind);
+    // The event of a modifier itself may come with the state before or after it.
+    const bool ownEvent = isModifierOfQt(event.key()) && (sides.left || sides.right);
+    if (!event.modifiers().testFlag(modifier.qt) && !thirdLevel && !ownEvent) {
         return 0;
     }
-    const auto sides = HeldModifiers::shared().sides(modifier.kind);
     if (!sides.left && !sides.right) {
         return modifier.flag | (thirdLevel ? modifier.right : modifier.left);
     }
@@ -108,12 +130,16 @@ bool isPrintable(const QString &text)
 
 std::optional<quint16> virtualKeyCodeOf(const QKeyEvent &event)
 {
-    if (event.nativeScanCode() > evdevOffset) {
-        if (const auto code = virtualKeyCode(event.nativeScanCode() - evdevOffset)) {
-            return code;
-        }
+    const auto scanCode = event.nativeScanCode();
+    const auto place =
+        scanCode > evdevOffset ? virtualKeyCode(scanCode - evdevOffset) : std::nullopt;
+    const auto meaning = virtualKeyCodeOfQtKey(event.key(), event.modifiers());
+    if (!place) {
+        return meaning;
     }
-    return virtualKeyCodeOfQtKey(event.key(), event.modifiers());
+    // Whoever makes an Escape key of Caps Lock means Escape.
+    const bool remade = isModifierKey(*place) && meaning && !isModifierKey(*meaning);
+    return remade ? meaning : place;
 }
 
 bool choosesThirdLevel(const QKeyEvent &event)
@@ -124,7 +150,8 @@ bool choosesThirdLevel(const QKeyEvent &event)
 
 KeyPress::KeyPress(const QKeyEvent &event)
     : m_keyCode(virtualKeyCodeOf(event)),
-      m_isModifierKey(m_keyCode && platform::isModifierKey(*m_keyCode)),
+      m_isModifierKey(isModifierOfQt(event.key()) ||
+                      (m_keyCode && platform::isModifierKey(*m_keyCode))),
       m_modifierFlags(keyflags::Keyboard), m_isFromKeyboard(event.nativeScanCode() != 0),
       m_qtKey(event.key()), m_text(event.text())
 {

@@ -66,7 +66,8 @@ private:
 };
 
 // The key code of an event: of its scan code, which under X11 and Wayland is 8 more than the evdev
-// code, or else that of the key with this meaning on a US keyboard.
+// code, or else that of the key with this meaning on a US keyboard. The meaning counts also where
+// the user has made another key of a modifier key.
 std::optional<quint16> virtualKeyCodeOf(const QKeyEvent &event);
 
 // Whether AltGr or whatever the layout has for the third level is held or locked.

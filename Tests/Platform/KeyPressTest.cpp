@@ -74,6 +74,7 @@ private Q_SLOTS:
     void functionAndNavigationKeysHaveTheFunctionBit();
     void keypadKeysHaveTheKeypadBitOnly();
     void modifierKeysAreToldApart();
+    void aModifierKeyThatIsRemappedIsWhatItWasMade();
 
     void charactersOfSpecialKeys_data();
     void charactersOfSpecialKeys();
@@ -361,6 +362,16 @@ void KeyPressTest::modifierKeysAreToldApart()
         QVERIFY(KeyPress(QKeyEvent(QEvent::KeyPress, qtKey, Qt::NoModifier)).isModifierKey());
     }
     QVERIFY(!KeyPress(QKeyEvent(QEvent::KeyPress, Qt::Key_NumLock, {})).isModifierKey());
+}
+
+void KeyPressTest::aModifierKeyThatIsRemappedIsWhatItWasMade()
+{
+    const KeyPress escape(native(Qt::Key_Escape, KEY_CAPSLOCK));
+    QCOMPARE(escape.keyCode(), std::optional<quint16>(key::Escape));
+    QVERIFY(!escape.isModifierKey());
+    QVERIFY(KeyPress(native(Qt::Key_CapsLock, KEY_ESC)).isModifierKey());
+    QVERIFY(KeyPress(native(Qt::Key_Control, KEY_CAPSLOCK)).isModifierKey());
+    QVERIFY(KeyPress(native(Qt::Key_Multi_key, KEY_RIGHTALT)).isModifierKey());
 }
 
 void KeyPressTest::charactersOfSpecialKeys_data()

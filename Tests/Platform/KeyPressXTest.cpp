@@ -277,7 +277,7 @@ void KeyPressXTest::aModifierThatWentUpElsewhereIsForgotten()
                            QStringLiteral("--sync")}));
     QTRY_VERIFY(!m_window->isActiveWindow());
     QVERIFY(test::xdotool({QStringLiteral("keyup"), test::xdotoolKey(KEY_RIGHTCTRL)}));
-    m_window->activateWindow();
+    QVERIFY(test::xdotool({QStringLiteral("windowfocus"), QString::number(m_window->winId())}));
     QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
     QVERIFY(send({QStringLiteral("keydown"), test::xdotoolKey(KEY_LEFTCTRL), QStringLiteral("key"),
                   test::xdotoolKey(KEY_S), QStringLiteral("keyup"), test::xdotoolKey(KEY_LEFTCTRL)},
