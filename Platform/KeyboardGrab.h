@@ -17,7 +17,8 @@ public:
     explicit KeyboardGrab(QWindow *window);
     ~KeyboardGrab() override;
 
-    bool isActive() override { return m_grabbed; }
+    // The server ends the grab of a window that goes.
+    bool isActive() override { return m_grabbed && m_window != nullptr; }
 
 private:
     void follow();

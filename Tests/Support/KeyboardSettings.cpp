@@ -51,4 +51,19 @@ QString xdotoolKey(quint32 evdevCode)
     return QLatin1Char('0') + QString::number(evdevCode + 8); // "9" would be the digit
 }
 
+KeyboardGrabOfAnother::KeyboardGrabOfAnother() : m_connection(::xcb_connect(nullptr, nullptr))
+{
+    const auto *screen = ::xcb_setup_roots_iterator(::xcb_get_setup(m_connection)).data;
+    const auto request = ::xcb_grab_keyboard(m_connection, 0, screen->root, XCB_CURRENT_TIME,
+                                             XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    auto *reply = ::xcb_grab_keyboard_reply(m_connection, request, nullptr);
+    m_held = reply != nullptr && reply->status == XCB_GRAB_STATUS_SUCCESS;
+    std::free(reply);
+}
+
+KeyboardGrabOfAnother::~KeyboardGrabOfAnother()
+{
+    ::xcb_disconnect(m_connection);
+}
+
 } // namespace test

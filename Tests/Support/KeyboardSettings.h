@@ -4,6 +4,8 @@
 
 #include <QString>
 
+struct xcb_connection_t;
+
 // The keyboard of the X server that the test runs in.
 namespace test {
 
@@ -18,5 +20,20 @@ bool xdotool(const QStringList &arguments);
 
 // A key by its evdev code, in the form that xdotool takes for a key and never for a character.
 QString xdotoolKey(quint32 evdevCode);
+
+// Another client of the X server that keeps the keyboard for itself while it lives.
+class KeyboardGrabOfAnother {
+public:
+    KeyboardGrabOfAnother();
+    ~KeyboardGrabOfAnother();
+    KeyboardGrabOfAnother(const KeyboardGrabOfAnother &) = delete;
+    KeyboardGrabOfAnother &operator=(const KeyboardGrabOfAnother &) = delete;
+
+    bool isHeld() const { return m_held; }
+
+private:
+    xcb_connection_t *m_connection;
+    bool m_held = false;
+};
 
 } // namespace test
