@@ -1,6 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Corvane
 # SPDX-License-Identifier: MIT
 # Client code for Wayland protocol extensions, made from their descriptions.
+find_package(PkgConfig REQUIRED)
 pkg_get_variable(OSTREL_WAYLAND_SCANNER wayland-scanner wayland_scanner)
 pkg_get_variable(OSTREL_WAYLAND_PROTOCOLS wayland-protocols pkgdatadir)
 if(NOT OSTREL_WAYLAND_SCANNER OR NOT OSTREL_WAYLAND_PROTOCOLS)
@@ -8,11 +9,12 @@ if(NOT OSTREL_WAYLAND_SCANNER OR NOT OSTREL_WAYLAND_PROTOCOLS)
 endif()
 enable_language(C) # the scanner writes C
 
-# ostrel_wayland_protocol(TARGET PATH): PATH is that of the description in wayland-protocols, without
-# ".xml"; the header is included as "NAME-client-protocol.h".
+# ostrel_wayland_protocol(TARGET PATH): PATH is that of the description, in wayland-protocols where it
+# is not absolute, without ".xml"; the header is included as "NAME-client-protocol.h".
 function(ostrel_wayland_protocol target path)
   get_filename_component(name "${path}" NAME)
-  set(description "${OSTREL_WAYLAND_PROTOCOLS}/${path}.xml")
+  cmake_path(ABSOLUTE_PATH path BASE_DIRECTORY "${OSTREL_WAYLAND_PROTOCOLS}")
+  set(description "${path}.xml")
   set(folder "${CMAKE_CURRENT_BINARY_DIR}/protocols")
   file(MAKE_DIRECTORY "${folder}")
   set(header "${folder}/${name}-client-protocol.h")
