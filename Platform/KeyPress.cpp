@@ -9,6 +9,8 @@
 
 #include <QKeyEvent>
 
+#include <array>
+
 namespace platform {
 namespace {
 
@@ -26,8 +28,7 @@ struct Modifier {
     quint32 right;
 };
 
-constexpr Modifier modifiers[] = {
-    // NOLINT(modernize-avoid-c-arrays): counted by the compiler
+constexpr auto modifiers = std::to_array<Modifier>({
     {HeldModifiers::Kind::Shift, Qt::ShiftModifier, keyflags::Shift, keyflags::LeftShift,
      keyflags::RightShift},
     {HeldModifiers::Kind::Control, Qt::ControlModifier, keyflags::Control, keyflags::LeftControl,
@@ -36,7 +37,7 @@ constexpr Modifier modifiers[] = {
      keyflags::RightOption},
     {HeldModifiers::Kind::Command, Qt::MetaModifier, keyflags::Command, keyflags::LeftCommand,
      keyflags::RightCommand},
-};
+});
 
 bool isModifierOfQt(int qtKey)
 {
@@ -78,10 +79,10 @@ quint32 flagsOf(const Modifier &modifier, const QKeyEvent &event)
 char16_t specialCharacter(quint16 keyCode, quint32 flags)
 {
     using namespace virtualkey;
-    static constexpr quint16 named[] = {
-        // NOLINT(modernize-avoid-c-arrays): from U+F700 on
-        UpArrow, DownArrow, LeftArrow, RightArrow, F1,  F2,  F3,  F4,  F5,  F6,  F7,  F8,
-        F9,      F10,       F11,       F12,        F13, F14, F15, F16, F17, F18, F19, F20};
+    // From U+F700 on.
+    static constexpr auto named = std::to_array<quint16>(
+        {UpArrow, DownArrow, LeftArrow, RightArrow, F1,  F2,  F3,  F4,  F5,  F6,  F7,  F8,
+         F9,      F10,       F11,       F12,        F13, F14, F15, F16, F17, F18, F19, F20});
     char16_t character = 0xF700;
     for (const auto code : named) {
         if (code == keyCode) {
@@ -173,7 +174,7 @@ QString KeyPress::charactersIgnoringModifiers() const
 {
     if (m_keyCode) {
         if (const auto special = specialCharacter(*m_keyCode, m_modifierFlags)) {
-            return QString(QChar(special));
+            return {QChar(special)};
         }
         // With Control or Alt the event's own text is another or none.
         const auto layout = m_isFromKeyboard ? KeyboardLayout::current() : std::nullopt;

@@ -6,6 +6,7 @@
 #include "Platform/WaylandKeyboard.h"
 #include "Platform/XKeyboard.h"
 
+#include <QByteArray>
 #include <QGuiApplication>
 #include <QVarLengthArray>
 
@@ -63,9 +64,25 @@ xkb_mod_mask_t maskOf(xkb_keymap *keymap, const char *modifier)
     return index == XKB_MOD_INVALID ? 0 : xkb_mod_mask_t{1} << index;
 }
 
+struct FreeContext {
+    void operator()(xkb_context *context) const { ::xkb_context_unref(context); }
+};
+
 struct FreeState {
     void operator()(xkb_state *state) const { ::xkb_state_unref(state); }
 };
+
+std::shared_ptr<xkb_keymap> keymapOfEnvironment()
+{
+    const std::unique_ptr<xkb_context, FreeContext> context(
+        ::xkb_context_new(XKB_CONTEXT_NO_FLAGS));
+    if (context == nullptr) {
+        return nullptr;
+    }
+    ::xkb_context_set_log_level(context.get(), XKB_LOG_LEVEL_CRITICAL); // the caller tells
+    auto *keymap = ::xkb_keymap_new_from_names(context.get(), nullptr, XKB_KEYMAP_COMPILE_NO_FLAGS);
+    return keymap == nullptr ? nullptr : std::shared_ptr<xkb_keymap>(keymap, ::xkb_keymap_unref);
+}
 
 } // namespace
 
@@ -85,16 +102,19 @@ std::optional<KeyboardLayout> KeyboardLayout::current()
 
 std::optional<KeyboardLayout> KeyboardLayout::ofEnvironment()
 {
-    const std::shared_ptr<xkb_context> context(::xkb_context_new(XKB_CONTEXT_NO_FLAGS),
-                                               ::xkb_context_unref);
-    if (context == nullptr) {
-        return std::nullopt;
+    // Compiling a keymap takes milliseconds.
+    static QByteArray lastNames;
+    static std::shared_ptr<xkb_keymap> lastKeymap;
+    QByteArray names;
+    for (const auto *variable : {"XKB_DEFAULT_RULES", "XKB_DEFAULT_MODEL", "XKB_DEFAULT_LAYOUT",
+                                 "XKB_DEFAULT_VARIANT", "XKB_DEFAULT_OPTIONS"}) {
+        names += qgetenv(variable) + '\n';
     }
-    auto *keymap = ::xkb_keymap_new_from_names(context.get(), nullptr, XKB_KEYMAP_COMPILE_NO_FLAGS);
-    if (keymap == nullptr) {
-        return std::nullopt;
+    if (lastKeymap == nullptr || names != lastNames) {
+        lastKeymap = keymapOfEnvironment();
+        lastNames = names;
     }
-    return KeyboardLayout({keymap, ::xkb_keymap_unref}, 0);
+    return lastKeymap == nullptr ? std::nullopt : std::optional(KeyboardLayout(lastKeymap, 0));
 }
 
 Status KeyboardLayout::translate(quint16 keyCode, quint32 modifiers, int room, QString &text) const

@@ -16,8 +16,7 @@ struct Row {
 };
 
 // By place on the keyboard. Codes without a name are the letter or digit of the evdev name.
-constexpr Row table[] = {
-    // NOLINT(modernize-avoid-c-arrays): counted by the compiler
+constexpr auto table = std::to_array<Row>({
     {virtualkey::A, KEY_A},
     {virtualkey::S, KEY_S},
     {0x02, KEY_D},
@@ -138,15 +137,15 @@ constexpr Row table[] = {
     {virtualkey::RightArrow, KEY_RIGHT},
     {virtualkey::DownArrow, KEY_DOWN},
     {virtualkey::UpArrow, KEY_UP},
-};
+});
 
 // The same keys as other keyboards send them.
-constexpr std::array<Row, 4> alternatives{{
+constexpr auto alternatives = std::to_array<Row>({
     {virtualkey::Help, KEY_HELP},
     {virtualkey::KeypadComma, KEY_KPJPCOMMA},
     {virtualkey::Kana, KEY_HANGEUL}, // JIS keyboards made for these key codes send the
     {virtualkey::Eisu, KEY_HANJA},   // Korean language keys, which have the same USB usages
-}};
+});
 
 template <typename Rows, typename Member>
 const Row *rowWith(const Rows &rows, Member member, quint32 value)

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/VirtualKeyCode.h"
 #include "Preference Pane/ZQKeyboardLayoutEditController.h"
+#include "Shared/ZQLog.h"
 #include "Tests/Support/ConsoleCapture.h"
 #include "Tests/Support/EnvironmentVariable.h"
 
@@ -49,8 +50,14 @@ private Q_SLOTS:
     void theKeyCodeIsReadAs16BitsAndTheModifiersAsAWord();
     void theResultIsNeverMissing();
     void theConsoleTellsEveryStep();
+    void whatWasPressedDoesNotGetIntoTheLogsThatSupportReads();
 
 private:
+    static QString contentsOf(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
     static QString nameOf(int code, quint32 modifiers = 0)
     {
         return Controller::nameForKeyCode(code, modifiers);
@@ -328,6 +335,24 @@ void KeyNamesTest::theConsoleTellsEveryStep()
                      QStringLiteral("no modifier set"), QStringLiteral("keycode: 96"),
                      QStringLiteral("modifier set"), QStringLiteral("keycode: 105"),
                      QStringLiteral("modifier set"), QStringLiteral("not found in glyph map")}));
+}
+
+void KeyNamesTest::whatWasPressedDoesNotGetIntoTheLogsThatSupportReads()
+{
+    ZQLog::createNewLog();
+    ZQLog::appendLog(QStringLiteral("before"));
+    nameOf(1, 0x40000);
+    nameOf(0x60, functionFlag);
+    stringOf(0x80);
+    ZQLog::appendLog(QStringLiteral("after"));
+    const auto path = QDir::homePath() + QStringLiteral("/Library/Logs/Corvane/KeyNamesTest.1.log");
+    QString text;
+    QTRY_VERIFY((text = contentsOf(path)).contains(QStringLiteral("after")));
+    QVERIFY(text.contains(QStringLiteral("before")));
+    for (const auto &word : {QStringLiteral("keycode"), QStringLiteral("key code"),
+                             QStringLiteral("modifier"), QStringLiteral("glyph")}) {
+        QVERIFY(!text.contains(word));
+    }
 }
 
 QTEST_MAIN(KeyNamesTest)
