@@ -18,8 +18,8 @@ namespace {
 constexpr quint32 shiftFlag = 0x20000;
 constexpr quint32 evdevOffset = 8; // of XKB's key codes
 
-// The control characters of the keys that are the same in every layout; 0 for the other keys.
-char16_t controlCharacter(quint16 keyCode)
+// The characters of the keys that are the same in every layout; 0 for the other keys.
+char16_t fixedCharacter(quint16 keyCode)
 {
     switch (keyCode) {
     case virtualkey::Return:
@@ -53,6 +53,8 @@ char16_t controlCharacter(quint16 keyCode)
         return 0x1E;
     case virtualkey::DownArrow:
         return 0x1F;
+    case virtualkey::KeypadComma: // Linux layouts have a second decimal point there
+        return u',';
     default:
         return isFunctionKey(keyCode) ? 0x10 : 0; // what is left are F1 to F20 and the menu key
     }
@@ -123,8 +125,8 @@ Status KeyboardLayout::translate(quint16 keyCode, quint32 modifiers, int room, Q
     if (keyCode >= virtualkey::limit) {
         return Status::Parameter;
     }
-    const auto control = controlCharacter(keyCode);
-    const auto characters = control != 0 ? QString(QChar(control)) : layoutText(keyCode, modifiers);
+    const auto fixed = fixedCharacter(keyCode);
+    const auto characters = fixed != 0 ? QString(QChar(fixed)) : layoutText(keyCode, modifiers);
     if (characters.size() > room) {
         return Status::OutputBufferTooSmall;
     }

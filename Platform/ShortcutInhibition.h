@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QObject>
-
 #include <memory>
 
 class QWidget;
@@ -16,14 +14,13 @@ namespace platform {
 // Wayland by keyboard-shortcuts-inhibit-unstable-v1, where the compositor has that and allows it;
 // elsewhere it does nothing. The keyboard follows the user to other windows as ever. May outlive
 // its window, but not the application. Main thread only.
-class ShortcutInhibition : public QObject {
-    Q_OBJECT
+class ShortcutInhibition {
 public:
     explicit ShortcutInhibition(QWindow *window);
 
     // For the window that the widget is in; the window's handle is made if it has none yet.
     explicit ShortcutInhibition(const QWidget *widget);
-    ~ShortcutInhibition() override;
+    ~ShortcutInhibition();
     ShortcutInhibition(const ShortcutInhibition &) = delete;
     ShortcutInhibition &operator=(const ShortcutInhibition &) = delete;
 

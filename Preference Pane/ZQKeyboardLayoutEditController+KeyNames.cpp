@@ -168,11 +168,11 @@ QString ZQKeyboardLayoutEditController::stringForKeyCode(quint16 keyCode, quint3
             QStringLiteral("Couldn't find a suitable keyboard layout from which to translate"));
         return {};
     }
-    const auto text = translated(*layout, keyCode, modifierFlags);
+    auto text = translated(*layout, keyCode, modifierFlags);
     if (text.isNull()) {
         return {};
     }
-    const auto first = text.front().unicode();
+    const auto first = text.at(0).unicode();
     const Glyph *glyph = nullptr;
     if ((modifierFlags & functionFlag) == 0) {
         platform::consoleLine(QStringLiteral("no modifier set"));

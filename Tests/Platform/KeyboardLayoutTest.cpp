@@ -177,10 +177,10 @@ void KeyboardLayoutTest::theKeypadHasItsDigitsWithAndWithoutNumLock()
         QString digits;
         for (const auto key : {Keypad0, Keypad1, Keypad2, Keypad3, Keypad4, Keypad5, Keypad6,
                                Keypad7, Keypad8, Keypad9, KeypadDecimal, KeypadMultiply, KeypadPlus,
-                               KeypadDivide, KeypadMinus, KeypadEquals}) {
+                               KeypadDivide, KeypadMinus, KeypadEquals, KeypadComma}) {
             digits += text(key) + text(key, shiftFlag);
         }
-        QCOMPARE(digits, QStringLiteral("00112233445566778899..**++//--=="));
+        QCOMPARE(digits, QStringLiteral("00112233445566778899..**++//--==,,"));
         QVERIFY(test::xdotool({QStringLiteral("key"), test::xdotoolKey(KEY_NUMLOCK)}));
     }
 }
