@@ -49,8 +49,6 @@ private Q_SLOTS:
     void withoutAWindowItDoesNothing();
 
 private:
-    // Requests go to the server when the event loop comes to rest.
-    static void reachServer() { QTest::qWait(10); }
     bool pressShortcut();
     bool focus(const QString &name);
 
@@ -127,7 +125,6 @@ void ShortcutInhibitionTest::whenItEndsTheWindowManagerHasItsShortcutsAgain()
         const ShortcutInhibition inhibition(m_window->windowHandle());
         QTRY_VERIFY(inhibition.isActive());
     }
-    reachServer();
     QVERIFY(pressShortcut());
     QTRY_VERIFY(QFile::exists(shortcutFile));
     QVERIFY(!m_window->keys.contains(Qt::Key_E));
@@ -166,7 +163,6 @@ void ShortcutInhibitionTest::whatIsTypedInAnotherProgramStaysThere()
                         {QStringLiteral("-event"), QStringLiteral("keyboard")});
     QTRY_VERIFY(focus(QStringLiteral("Event Tester")));
     QTRY_VERIFY(!inhibition.isActive());
-    reachServer();
     m_window->keys.clear();
     QVERIFY(test::xdotool({QStringLiteral("key"), QStringLiteral("q")}));
     QVERIFY(other.waitForOutput(QStringLiteral("keysym 0x71, q")));
@@ -208,7 +204,6 @@ void ShortcutInhibitionTest::itMayOutliveItsWindow()
     QTRY_VERIFY(inhibition.isActive());
     m_window.reset();
     QVERIFY(!inhibition.isActive());
-    reachServer();
     QVERIFY(pressShortcut());
     QTRY_VERIFY(QFile::exists(shortcutFile));
 }
