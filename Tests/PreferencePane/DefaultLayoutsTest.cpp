@@ -162,6 +162,7 @@ private Q_SLOTS:
     void rewritingAPresetChangesNoByte_data() { addTitles(); }
     void rewritingAPresetChangesNoByte();
     void theBundleHoldsTheseFilesAndNoOthers();
+    void theDocumentNamesEveryKeyAndEveryPreset();
 
 private:
     static void addTitles();
@@ -338,6 +339,20 @@ void DefaultLayoutsTest::theBundleHoldsTheseFilesAndNoOthers()
     const auto keyNames = QStringLiteral("/keynames.plist");
     QVERIFY(!contents(resources + keyNames).isEmpty());
     QCOMPARE(contents(bundledResources + keyNames), contents(resources + keyNames));
+}
+
+void DefaultLayoutsTest::theDocumentNamesEveryKeyAndEveryPreset()
+{
+    const auto document =
+        QString::fromUtf8(contents(resources + QStringLiteral("/../../Documentation/Presets.md")));
+    for (const auto &key : remoteKeys()) {
+        const auto identifier = text(key, "key");
+        QVERIFY2(document.contains(QLatin1Char('`') + identifier + QLatin1Char('`')),
+                 qPrintable(identifier));
+    }
+    for (const auto &title : titles()) {
+        QVERIFY2(document.contains(QStringLiteral("\n| ") + title), qPrintable(title));
+    }
 }
 
 QTEST_GUILESS_MAIN(DefaultLayoutsTest)
