@@ -99,7 +99,7 @@ QStringList applicationBundleFolders()
 
 QString desktopFileId(const QString &path)
 {
-    const auto name = lastPathComponent(path);
+    auto name = lastPathComponent(path);
     const auto folder = deletingLastPathComponent(path);
     const auto all = desktopEntryFolders();
     // As it is written, else where links lead.

@@ -34,8 +34,7 @@ QIcon iconInFile(const QString &path)
 QString themeName(QString icon)
 {
     const auto ends = [&](const char *ending) { return icon.endsWith(QLatin1String(ending)); };
-    const auto found = std::find_if(pictureEndings.begin(), pictureEndings.end(), ends);
-    if (found != pictureEndings.end()) {
+    if (std::any_of(pictureEndings.begin(), pictureEndings.end(), ends)) {
         icon.truncate(icon.lastIndexOf(QLatin1Char('.')));
     }
     return icon;
@@ -56,7 +55,7 @@ QIcon iconInResources(const QString &bundle, const QString &name)
     }
     const auto path = bundle + QLatin1String("/Contents/Resources/") + name;
     for (const auto *ending : {"", ".icns", ".png", ".svg", ".xpm"}) {
-        const auto icon = iconInFile(path + QLatin1String(ending));
+        auto icon = iconInFile(path + QLatin1String(ending));
         if (!icon.isNull()) {
             return icon;
         }

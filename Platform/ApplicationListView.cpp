@@ -15,7 +15,7 @@ namespace {
 
 constexpr int iconSide = 32;
 constexpr int margin = 6;
-constexpr double dimmed = 0.7; // of the text's colour, for what is said in passing
+constexpr int dimmed = 180; // opacity, of 255, of what is said in passing
 
 class ApplicationDelegate : public QStyledItemDelegate {
 public:
@@ -63,7 +63,7 @@ public:
         texts.setTop(inside.center().y() - (above + below) / 2);
         drawLine(*painter, item, mirrored({texts.left(), texts.top(), texts.width(), above}), name,
                  item.font, colour);
-        colour.setAlphaF(isSelected ? 1.0 : dimmed);
+        colour.setAlpha(isSelected ? 255 : dimmed);
         drawLine(*painter, item,
                  mirrored({texts.left(), texts.top() + above, texts.width(), below}), description,
                  smallFont(item.font), colour);
@@ -135,7 +135,7 @@ void ApplicationListView::paintEvent(QPaintEvent *event)
     }
     QPainter painter(viewport());
     auto colour = palette().color(QPalette::Text);
-    colour.setAlphaF(dimmed);
+    colour.setAlpha(dimmed);
     painter.setPen(colour);
     const auto room = viewport()->rect().adjusted(margin, margin, -margin, -margin);
     painter.drawText(room, Qt::AlignCenter | Qt::TextWordWrap, m_placeholder);

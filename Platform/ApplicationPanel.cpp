@@ -29,10 +29,12 @@ QString existingFolder(const QString &folder)
     if (!folder.isEmpty() && QFileInfo(folder).isDir()) {
         return folder;
     }
-    const auto folders = desktopEntryFolders();
-    for (auto each = folders.crbegin(); each != folders.crend(); ++each) {
-        if (QFileInfo(*each).isDir()) {
-            return *each;
+    // The last one is the system's own.
+    auto folders = desktopEntryFolders();
+    std::reverse(folders.begin(), folders.end());
+    for (const auto &each : std::as_const(folders)) {
+        if (QFileInfo(each).isDir()) {
+            return each;
         }
     }
     return QStringLiteral("/");

@@ -100,7 +100,7 @@ bool truth(const QByteArray &value)
 QByteArray localised(const Keys &keys, const QByteArray &key, const QByteArrayList &locales)
 {
     for (const auto &locale : locales) {
-        const auto value = keys.value(key + '[' + locale + ']');
+        auto value = keys.value(key + '[' + locale + ']');
         if (!value.isEmpty()) {
             return value;
         }

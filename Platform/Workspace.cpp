@@ -50,7 +50,7 @@ public:
             }
         }
         for (const auto &index : m_bundles) {
-            const auto path = index.applicationBundle(identifier);
+            auto path = index.applicationBundle(identifier);
             if (!path.isNull()) {
                 return path;
             }

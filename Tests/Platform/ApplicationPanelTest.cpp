@@ -2,92 +2,22 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/ApplicationPanel.h"
 
-#include "Platform/ApplicationFileDialog.h"
 #include "Platform/ApplicationListModel.h"
-#include "Platform/ApplicationListView.h"
-#include "Platform/InstalledApplications.h"
-#include "Tests/Platform/ApplicationFixture.h"
-#include "Tests/Support/AlertWatcher.h"
+#include "Tests/Platform/ApplicationPanelFixture.h"
 
 #include <QAccessible>
 #include <QApplication>
-#include <QDialogButtonBox>
 #include <QElapsedTimer>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTest>
 
 #include <algorithm>
 
-using platform::ApplicationFileDialog;
 using platform::ApplicationListModel;
-using platform::ApplicationListView;
 using platform::ApplicationPanel;
+using test::texts;
+using Opened = test::OpenedPanel;
 
 namespace {
-
-// A panel on a window, with what it has answered.
-struct Opened {
-    explicit Opened(const QString &folder = {})
-    {
-        window.resize(400, 300);
-        window.show();
-        panel.setFolder(folder);
-        panel.setWindowTitle(QStringLiteral("Choose one"));
-        begin();
-    }
-
-    void begin()
-    {
-        panel.begin(&window, [this](int code, const QString &path) {
-            codes << code;
-            paths << path;
-            wasHidden = panel.isHidden();
-        });
-    }
-
-    template <typename Widget>
-    Widget *child(const char *name) const
-    {
-        return panel.findChild<Widget *>(QLatin1String(name));
-    }
-    ApplicationListView *list() const { return child<ApplicationListView>("applicationList"); }
-    QLineEdit *search() const { return child<QLineEdit>("applicationSearch"); }
-    QPushButton *button(const char *name) const { return child<QPushButton>(name); }
-    ApplicationFileDialog *files() const
-    {
-        return child<ApplicationFileDialog>("applicationFileDialog");
-    }
-
-    QStringList names() const
-    {
-        QStringList all;
-        for (int i = 0; i < list()->model()->rowCount(); ++i) {
-            all << list()->model()->index(i, 0).data().toString();
-        }
-        return all;
-    }
-    QString current() const
-    {
-        const auto rows = list()->selectionModel()->selectedIndexes();
-        return rows.isEmpty() ? QString() : rows.constFirst().data().toString();
-    }
-
-    QWidget window;
-    ApplicationPanel panel;
-    QList<int> codes;
-    QStringList paths;
-    bool wasHidden = false;
-};
-
-QStringList list(std::initializer_list<const char *> texts)
-{
-    QStringList all;
-    for (const auto *text : texts) {
-        all << QString::fromUtf8(text);
-    }
-    return all;
-}
 
 void install(const test::DataFolders &data)
 {
@@ -105,7 +35,7 @@ void install(const test::DataFolders &data)
     test::writeFile(folder + "broken.desktop", "rubbish");
 }
 
-const auto installed = list({"Elisa", "Firefox", "Más Música", "vlc 9", "VLC 10"});
+const auto installed = texts({"Elisa", "Firefox", "Más Música", "vlc 9", "VLC 10"});
 
 } // namespace
 
@@ -135,12 +65,6 @@ private Q_SLOTS:
     void aPanelMayBeginAgain();
     void aPanelThatIsDestroyedWhileItReadsEndsQuietly();
     void controlsHaveNamesForAScreenReader();
-    void anAppFolderIsChosenAmongTheFilesAsIfItWereAFile();
-    void anAppFolderIsNotEntered();
-    void aDesktopFileIsChosenAmongTheFiles();
-    void otherFilesAreRefusedWithAReason();
-    void foldersAreEnteredAndNoneIsMade();
-    void cancellingTheFilesKeepsThePanel();
     void fiveThousandAreFilteredWithinAFrame();
     void oddNamesStayOneLine();
 };
@@ -173,7 +97,7 @@ void ApplicationPanelTest::appFoldersOfTheStartingFolderComeFirst()
     test::makeApp(folder / "Sub/Yak.app", "y");
     test::makeFolder(folder / "Broken.app");
     const Opened opened(test::text(folder.path()));
-    QTRY_COMPARE(opened.names(), list({"Yak", "Zebra"}) + installed);
+    QTRY_COMPARE(opened.names(), texts({"Yak", "Zebra"}) + installed);
 }
 
 void ApplicationPanelTest::aMissingStartingFolderIsNone()
@@ -194,20 +118,20 @@ void ApplicationPanelTest::anEntryOfTheUserStandsForThatOfTheSystem()
     test::writeFile(data.user / "applications/firefox.desktop", test::entry("F", "Hidden=true\n"));
     test::writeFile(data.user / "applications/vlc.desktop", "rubbish");
     const Opened opened;
-    QTRY_COMPARE(opened.names(), list({"Más Música", "My Elisa", "vlc 9", "VLC 10"}));
+    QTRY_COMPARE(opened.names(), texts({"Más Música", "My Elisa", "vlc 9", "VLC 10"}));
 }
 
 void ApplicationPanelTest::aSearchLooksAtEachText_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QStringList>("found");
-    QTest::newRow("name, any case") << QStringLiteral("FIRE") << list({"Firefox"});
-    QTest::newRow("generic name") << QStringLiteral("collection mus") << list({"Elisa"});
-    QTest::newRow("keyword") << QStringLiteral("browser") << list({"Firefox"});
-    QTest::newRow("program") << QStringLiteral("mm-pl") << list({"Más Música"});
-    QTest::newRow("without accents") << QStringLiteral("musica") << list({"Más Música"});
-    QTest::newRow("with accents") << QString::fromUtf8("músic") << list({"Más Música", "Elisa"});
-    QTest::newRow("spaces") << QStringLiteral("  vlc   10 ") << list({"VLC 10"});
+    QTest::newRow("name, any case") << QStringLiteral("FIRE") << texts({"Firefox"});
+    QTest::newRow("generic name") << QStringLiteral("collection mus") << texts({"Elisa"});
+    QTest::newRow("keyword") << QStringLiteral("browser") << texts({"Firefox"});
+    QTest::newRow("program") << QStringLiteral("mm-pl") << texts({"Más Música"});
+    QTest::newRow("without accents") << QStringLiteral("musica") << texts({"Más Música"});
+    QTest::newRow("with accents") << QString::fromUtf8("músic") << texts({"Más Música", "Elisa"});
+    QTest::newRow("spaces") << QStringLiteral("  vlc   10 ") << texts({"VLC 10"});
     QTest::newRow("only spaces") << QStringLiteral("   ") << installed;
     QTest::newRow("pattern") << QStringLiteral("v.*") << QStringList();
 }
@@ -233,9 +157,9 @@ void ApplicationPanelTest::theBestMatchComesFirstAndIsSelected()
     test::writeFile(folder + "b.desktop", test::entry("B Zoo"));
     test::writeFile(folder + "z.desktop", test::entry("Zoo"));
     const Opened opened;
-    QTRY_COMPARE(opened.names(), list({"A", "B Zoo", "Zoo"}));
+    QTRY_COMPARE(opened.names(), texts({"A", "B Zoo", "Zoo"}));
     QTest::keyClicks(opened.search(), QStringLiteral("zo"));
-    QCOMPARE(opened.names(), list({"Zoo", "B Zoo", "A"}));
+    QCOMPARE(opened.names(), texts({"Zoo", "B Zoo", "A"}));
     QCOMPARE(opened.current(), QStringLiteral("Zoo"));
 }
 
@@ -421,7 +345,7 @@ void ApplicationPanelTest::aPanelMayBeginAgain()
     test::writeFile(data.first / "applications/new.desktop", test::entry("A New One"));
     opened.begin();
     QVERIFY(opened.search()->text().isEmpty());
-    QTRY_COMPARE(opened.names(), list({"A New One"}) + installed);
+    QTRY_COMPARE(opened.names(), texts({"A New One"}) + installed);
     opened.panel.reject();
     QCOMPARE(opened.codes, QList<int>({0, 0}));
 }
@@ -461,102 +385,6 @@ void ApplicationPanelTest::controlsHaveNamesForAScreenReader()
     QCOMPARE(row->text(QAccessible::Description), QStringLiteral("Plays music"));
 }
 
-void ApplicationPanelTest::anAppFolderIsChosenAmongTheFilesAsIfItWereAFile()
-{
-    const test::DataFolders data;
-    const test::Folder folder;
-    test::makeApp(folder / "Player.app", "a.b");
-    const Opened opened(test::text(folder.path()));
-    opened.button("browseButton")->click();
-    auto *files = opened.files();
-    QVERIFY(files->isVisible());
-    QCOMPARE(files->windowModality(), Qt::WindowModal);
-    QCOMPARE(files->windowTitle(), QStringLiteral("Choose one"));
-    auto *name = files->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
-    name->setText(QStringLiteral("Player.app"));
-    QTest::keyClick(name, Qt::Key_Return);
-    QCOMPARE(opened.codes, QList<int>{1});
-    QCOMPARE(opened.paths, QStringList{test::text(folder / "Player.app")});
-    QVERIFY(opened.wasHidden);
-}
-
-void ApplicationPanelTest::anAppFolderIsNotEntered()
-{
-    const test::DataFolders data;
-    const test::Folder folder;
-    test::makeApp(folder / "Player.app", "a.b");
-    Opened opened(test::text(folder.path()));
-    opened.button("browseButton")->click();
-    auto *view = opened.files()->findChild<QListView *>(QStringLiteral("listView"));
-    QTRY_COMPARE(view->model()->rowCount(view->rootIndex()), 1);
-    const auto row = view->visualRect(view->model()->index(0, 0, view->rootIndex()));
-    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, row.center());
-    auto *buttons = opened.files()->findChild<QDialogButtonBox *>();
-    QTRY_VERIFY(buttons->button(QDialogButtonBox::Open)->isEnabled());
-    QCOMPARE(opened.files()->selectedFiles(), QStringList{test::text(folder / "Player.app")});
-    QVERIFY(opened.codes.isEmpty());
-    QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, row.center());
-    QTRY_COMPARE(opened.codes, QList<int>{1});
-    QCOMPARE(opened.paths, QStringList{test::text(folder / "Player.app")});
-}
-
-void ApplicationPanelTest::aDesktopFileIsChosenAmongTheFiles()
-{
-    const test::DataFolders data;
-    const test::Folder folder;
-    test::writeFile(folder / "player.desktop", test::entry("Player"));
-    const Opened opened(test::text(folder.path()));
-    opened.button("browseButton")->click();
-    auto *name = opened.files()->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
-    QTest::keyClicks(name, QStringLiteral("player.desktop"));
-    QTest::keyClick(name, Qt::Key_Return);
-    QCOMPARE(opened.codes, QList<int>{1});
-    QCOMPARE(opened.paths, QStringList{test::text(folder / "player.desktop")});
-}
-
-void ApplicationPanelTest::otherFilesAreRefusedWithAReason()
-{
-    const test::DataFolders data;
-    const test::Folder folder;
-    test::writeFile(folder / "notes.txt");
-    const Opened opened(test::text(folder.path()));
-    opened.button("browseButton")->click();
-    auto *name = opened.files()->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
-    name->setText(QStringLiteral("notes.txt"));
-    QTest::keyClick(name, Qt::Key_Return);
-    auto *alert = test::visibleAlert();
-    QVERIFY(alert != nullptr);
-    QCOMPARE(alert->description().messageText,
-             QStringLiteral("\"notes.txt\" is not an application"));
-    test::click(*alert, "defaultButton");
-    QVERIFY(opened.codes.isEmpty() && opened.files()->isVisible());
-}
-
-void ApplicationPanelTest::foldersAreEnteredAndNoneIsMade()
-{
-    const test::DataFolders data;
-    const test::Folder folder;
-    test::makeFolder(folder / "sub");
-    const Opened opened(test::text(folder.path()));
-    opened.button("browseButton")->click();
-    QVERIFY(opened.files()->testOption(QFileDialog::ReadOnly));
-    auto *name = opened.files()->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
-    name->setText(QStringLiteral("sub"));
-    QTest::keyClick(name, Qt::Key_Return);
-    QCOMPARE(opened.files()->directory().absolutePath(), test::text(folder / "sub"));
-    QVERIFY(opened.codes.isEmpty() && opened.files()->isVisible());
-}
-
-void ApplicationPanelTest::cancellingTheFilesKeepsThePanel()
-{
-    const test::DataFolders data;
-    const Opened opened;
-    opened.button("browseButton")->click();
-    QTest::keyClick(opened.files(), Qt::Key_Escape);
-    QTRY_VERIFY(opened.files() == nullptr);
-    QVERIFY(opened.codes.isEmpty() && opened.panel.isVisible());
-}
-
 void ApplicationPanelTest::fiveThousandAreFilteredWithinAFrame()
 {
     const test::DataFolders data;
@@ -582,7 +410,7 @@ void ApplicationPanelTest::fiveThousandAreFilteredWithinAFrame()
     qInfo("5000 listed after %lld ms; a search takes %lld us, at most %lld us", loading.elapsed(),
           times.at(times.size() / 2), times.back());
     // A frame, and much of another for a machine that is busy with other things.
-    QVERIFY(times.at(times.size() / 2) < 30 * 1000);
+    QVERIFY(times.at(times.size() / 2) < 30'000);
 }
 
 void ApplicationPanelTest::oddNamesStayOneLine()

@@ -113,7 +113,7 @@ void DesktopEntryTest::escapesAreRead_data()
     QTest::addColumn<QByteArray>("written");
     QTest::addColumn<QString>("read");
     QTest::newRow("space") << QByteArray("\\sa") << latin(" a");
-    QTest::newRow("line, tab, return") << QByteArray("a\\n\\t\\rb") << latin("a\n\t\rb");
+    QTest::newRow("line, tab, return") << QByteArray(R"(a\n\t\rb)") << latin("a\n\t\rb");
     QTest::newRow("backslash") << QByteArray("a\\\\nb") << latin("a\\nb");
     QTest::newRow("unknown") << QByteArray("a\\xb") << latin("a\\xb");
     QTest::newRow("at the end") << QByteArray("a\\") << latin("a\\");

@@ -421,8 +421,8 @@ void WorkspaceTest::fiveHundredRowsAreFast()
     qInfo("500 applications: %lld us at first, %lld us again", first, second);
     QVERIFY(first >= 0 && second >= 0);
     // Many times what is needed: the machine may be busy with other things.
-    QVERIFY(first < 1000 * 1000);
-    QVERIFY(second < 200 * 1000);
+    QVERIFY(first < 1'000'000);
+    QVERIFY(second < 200'000);
 }
 
 void WorkspaceTest::thousandsOfEntriesAreFast()
