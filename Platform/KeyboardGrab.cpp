@@ -3,9 +3,6 @@
 #include "Platform/KeyboardGrab.h"
 
 #include <QGuiApplication>
-#include <qpa/qplatformnativeinterface.h>
-
-#include <xcb/xcb.h>
 
 namespace platform {
 namespace {
@@ -13,17 +10,6 @@ namespace {
 // The server refuses while another program has the keyboard, such as the window manager for the
 // shortcut that opened the window, and while the window is not yet shown.
 constexpr int retryInterval = 50; // milliseconds
-
-// At once: Qt keeps requests back until its event loop rests, and what is typed until then would
-// come here.
-void releaseKeyboard(QWindow &window)
-{
-    window.setKeyboardGrabEnabled(false);
-    auto *native = QGuiApplication::platformNativeInterface();
-    if (auto *connection = native->nativeResourceForIntegration("connection")) {
-        ::xcb_flush(static_cast<xcb_connection_t *>(connection));
-    }
-}
 
 } // namespace
 
@@ -38,7 +24,7 @@ KeyboardGrab::KeyboardGrab(QWindow *window) : m_window(window)
 KeyboardGrab::~KeyboardGrab()
 {
     if (m_grabbed && m_window != nullptr) {
-        releaseKeyboard(*m_window);
+        m_window->setKeyboardGrabEnabled(false);
     }
 }
 
@@ -51,7 +37,7 @@ void KeyboardGrab::follow()
     } else if (!wanted && m_grabbed) {
         m_grabbed = false;
         if (m_window != nullptr) {
-            releaseKeyboard(*m_window);
+            m_window->setKeyboardGrabEnabled(false);
         }
     }
     if (wanted && !m_grabbed) {

@@ -363,6 +363,17 @@ std::optional<QVariant> propertyListFromData(const QByteArray &data)
     return node ? valueFromNode(node.get(), 0) : std::nullopt;
 }
 
+namespace {
+
+std::optional<QVariant> valueFromFile(const QString &path, int type)
+{
+    const auto data = contentsOfFile(path, maximumSize);
+    const auto value = data ? propertyListFromData(*data) : std::nullopt;
+    return value && value->userType() == type ? value : std::nullopt;
+}
+
+} // namespace
+
 QByteArray propertyListToXml(const QVariant &value)
 {
     QString error;
@@ -371,10 +382,14 @@ QByteArray propertyListToXml(const QVariant &value)
 
 std::optional<QVariantMap> dictionaryFromFile(const QString &path)
 {
-    const auto data = contentsOfFile(path, maximumSize);
-    const auto value = data ? propertyListFromData(*data) : std::nullopt;
-    return value && value->userType() == QMetaType::QVariantMap ? std::optional(value->toMap())
-                                                                : std::nullopt;
+    const auto value = valueFromFile(path, QMetaType::QVariantMap);
+    return value ? std::optional(value->toMap()) : std::nullopt;
+}
+
+std::optional<QVariantList> arrayFromFile(const QString &path)
+{
+    const auto value = valueFromFile(path, QMetaType::QVariantList);
+    return value ? std::optional(value->toList()) : std::nullopt;
 }
 
 bool writeDictionaryToFile(const QVariantMap &dictionary, const QString &path, QString *error)

@@ -31,6 +31,9 @@ QByteArray propertyListToXml(const QVariant &value);
 // hold a dictionary.
 std::optional<QVariantMap> dictionaryFromFile(const QString &path);
 
+// The array in a file, likewise.
+std::optional<QVariantList> arrayFromFile(const QString &path);
+
 // Replaces the file by the dictionary's XML form atomically, as replaceFile() does. False, with the
 // reason in error, when that failed; the old file is then untouched.
 bool writeDictionaryToFile(const QVariantMap &dictionary, const QString &path,
