@@ -18,6 +18,14 @@ inline const QString currentStatus = QStringLiteral("ZQOstrelClientCurrentStatus
 inline const QString disconnectClient = QStringLiteral("ZQOstrelClientDisconnect");
 inline const QString relaunchClient = QStringLiteral("ZQOstrelClientRelaunch");
 
+inline const QString keyboardLayoutModified = QStringLiteral("ZQOstrelKeyboardLayoutModified");
+
+// Inside the process: a shortcut was captured, or is to be taken away.
+inline const QString shortcutKeyChanged = QStringLiteral("ZQShortcutKeyChanged");
+inline const QString shortcutKeyCleared = QStringLiteral("ZQShortcutKeyCleared");
+inline const QString keyCode = QStringLiteral("keycode");
+inline const QString modifierFlags = QStringLiteral("modifierFlags");
+
 inline const QString status = QStringLiteral("status");
 
 inline const QString running = QStringLiteral("Running");

@@ -34,6 +34,7 @@ QWidget *Ostrel_Preference_Pane::loadMainView(QWidget *parent)
 {
     m_mainView = new QWidget(parent);
     m_ui->setupUi(m_mainView);
+    m_ui->keyboard->setBundle(bundle());
     connectControls();
     mainViewDidLoad();
     return m_mainView;
@@ -77,7 +78,8 @@ void Ostrel_Preference_Pane::readVersion()
 
 QStringList Ostrel_Preference_Pane::pages() const
 {
-    return {QStringLiteral("general"), QStringLiteral("network"), QStringLiteral("security")};
+    return {QStringLiteral("general"), QStringLiteral("keyboard"), QStringLiteral("network"),
+            QStringLiteral("security")};
 }
 
 bool Ostrel_Preference_Pane::showPage(const QString &name)
@@ -85,6 +87,9 @@ bool Ostrel_Preference_Pane::showPage(const QString &name)
     auto *page = pages().contains(name) ? m_ui->pages->findChild<QWidget *>(name) : nullptr;
     if (page == nullptr) {
         return false;
+    }
+    if (page == m_ui->keyboard) {
+        m_ui->keyboard->load();
     }
     m_ui->pages->setCurrentWidget(page);
     return true;

@@ -1,0 +1,110 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+// Adding the preset of an application, and removing one.
+#include "Platform/ApplicationBundle.h"
+#include "Platform/ApplicationPanel.h"
+#include "Platform/DistributedNotificationCenter.h"
+#include "Platform/MainWindow.h"
+#include "Platform/PathText.h"
+#include "Platform/PropertyList.h"
+#include "Platform/TextFormat.h"
+#include "Preference Pane/OstrelNames.h"
+#include "Preference Pane/PresetFiles.h"
+#include "Preference Pane/ZQKeyboardLayoutAppBrowser.h"
+#include "Shared/ZQAlert.h"
+#include "Shared/ZQFileManager.h"
+#include "Shared/ZQLocalPaths.h"
+
+#include <algorithm>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+void alertSheet(const QString &message, const QString &information)
+{
+    ZQAlert::alertSheetWithMessageText(message, information, platform::mainWindow());
+}
+
+} // namespace
+
+// Only the user's own files count, whatever folder the row is from: an application that a default
+// preset alone serves may get one of the user's (kept on purpose).
+bool ZQKeyboardLayoutAppBrowser::isServed(const QString &identifier) const
+{
+    return std::any_of(m_dataArray.begin(), m_dataArray.end(), [&identifier](const Row &row) {
+        const auto preset = platform::dictionaryFromFile(presets::userFile(row.title));
+        return presets::identifiers(preset.value_or(QVariantMap())).contains(identifier);
+    });
+}
+
+void ZQKeyboardLayoutAppBrowser::addApplication()
+{
+    auto *panel = new platform::ApplicationPanel;
+    m_panel.reset(panel);
+    panel->setWindowTitle(QStringLiteral("Browse for the application to add"));
+    panel->setFolder(ZQLocalPaths::applicationDirectory(Domain::Local));
+    panel->begin(platform::mainWindow(), [this, panel](int returnCode, const QString &path) {
+        appBrowseDidEnd(panel, returnCode, path);
+    });
+}
+
+void ZQKeyboardLayoutAppBrowser::appBrowseDidEnd(platform::ApplicationPanel *panel, int returnCode,
+                                                 const QString &path)
+{
+    if (returnCode != platform::PanelOKButton) {
+        return;
+    }
+    if (panel != nullptr) {
+        panel->close();
+    }
+    const auto application = platform::ApplicationBundle::withPath(path);
+    const QString identifier = application.bundleIdentifier();
+    if (identifier.isEmpty()) {
+        alertSheet(QStringLiteral("Unable to load application information"),
+                   QStringLiteral("Please make sure you selected a valid application."));
+        return;
+    }
+    if (isServed(identifier)) {
+        alertSheet(QStringLiteral("A layout preset already exists for this application"),
+                   QStringLiteral("Please edit the existing preset."));
+        return;
+    }
+    const QString title = platform::deletingPathExtension(platform::lastPathComponent(path));
+    const QString folder = presets::userFolder();
+    if (!ZQFileManager::fileExistsAtPath(folder)) {
+        ZQFileManager::createDirectory(folder);
+    }
+    if (!platform::writeDictionaryToFile(presets::blank(title, identifier),
+                                         presets::userFile(title))) {
+        alertSheet(QStringLiteral("Unable to create preset"),
+                   platform::format(QStringLiteral("Please make sure you have read and write "
+                                                   "permissions for the directory %@."),
+                                    folder));
+        return;
+    }
+    populateApplications();
+    showPreset(title);
+}
+
+void ZQKeyboardLayoutAppBrowser::removeApplication()
+{
+    const QString title = selectedTitle();
+    if (title.isNull()) {
+        return;
+    }
+    const qint64 answer = ZQAlert::alertSheetWithMessageText(
+        platform::format(QStringLiteral("Are you sure you wish to remove '%@'?"), title),
+        QStringLiteral("Remove"), QStringLiteral("Cancel"), {},
+        QStringLiteral("If this application is supported by default in Ostrel, the layout will be "
+                       "reset to the defaults instead of being removed."),
+        platform::mainWindow(), ZQAlert::Block::Yes);
+    if (answer != platform::AlertDefaultReturn) {
+        return;
+    }
+    Q_EMIT presetWillBeRemoved(title);
+    ZQFileManager::trashFile(presets::userFile(title), 20s);
+    populateApplications();
+    loadSelectedPreset();
+    platform::postDistributedNotification({names::keyboardLayoutModified, {}, {}});
+}

@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+// Writing the preset back.
+#include "Platform/Console.h"
+#include "Platform/DistributedNotificationCenter.h"
+#include "Platform/PathText.h"
+#include "Platform/PropertyList.h"
+#include "Preference Pane/OstrelNames.h"
+#include "Preference Pane/PresetFiles.h"
+#include "Preference Pane/ZQKeyboardLayoutEditController.h"
+#include "Shared/ZQFileManager.h"
+
+QVariantMap ZQKeyboardLayoutEditController::keysToWrite() const
+{
+    QVariantMap keys;
+    for (const QVariantMap &row : m_keyArray) {
+        QVariantMap entry{
+            {presets::valueKey, row.value(presets::valueKey, QString(QLatin1String("")))}};
+        for (const QString &key : {presets::keyCodeKey, presets::modifiersKey}) {
+            if (row.contains(key)) {
+                entry[key] = row.value(key);
+            }
+        }
+        const QVariant identifier = row.value(QStringLiteral("key"), QStringLiteral("unknown"));
+        keys[identifier.toString()] = entry;
+    }
+    return keys;
+}
+
+void ZQKeyboardLayoutEditController::updatePresetFile()
+{
+    // Always the user's folder: the pane's own bundle is never written to.
+    const QString target =
+        presets::userFolder() + QLatin1Char('/') + platform::lastPathComponent(m_currentFile);
+    const QString folder = platform::deletingLastPathComponent(target);
+    if (!ZQFileManager::fileExistsAtPath(folder)) {
+        ZQFileManager::createDirectory(folder);
+    }
+    if (target.isEmpty()) {
+        return;
+    }
+    if (auto preset = platform::dictionaryFromFile(m_currentFile)) {
+        preset->insert(presets::keysKey, keysToWrite());
+        QString error;
+        if (!platform::writeDictionaryToFile(*preset, target, &error)) {
+            platform::consoleLog(QStringLiteral("Cannot write the preset %@: %@"), target, error);
+        }
+    }
+    platform::postDistributedNotification({names::keyboardLayoutModified, {}, {}});
+    Q_EMIT presetWritten();
+}
