@@ -25,7 +25,7 @@ struct VirtualKeyboard::Private {
     quint32 time = 0;
 
     void send(quint32 key, quint32 pressed);
-    void sendModifiers();
+    void sendModifiers() const;
 };
 
 namespace {
@@ -116,7 +116,7 @@ void VirtualKeyboard::Private::send(quint32 key, quint32 pressed)
 }
 
 // The compositor leaves it to such keyboards to tell what their modifiers do.
-void VirtualKeyboard::Private::sendModifiers()
+void VirtualKeyboard::Private::sendModifiers() const
 {
     ::zwp_virtual_keyboard_v1_modifiers(
         keyboard, ::xkb_state_serialize_mods(state, XKB_STATE_MODS_DEPRESSED),
