@@ -16,6 +16,7 @@ namespace platform {
 namespace {
 
 constexpr quint32 shiftFlag = 0x20000;
+constexpr quint32 functionFlag = 0x800000;
 constexpr quint32 evdevOffset = 8; // of XKB's key codes
 
 // The characters of the keys that are the same in every layout; 0 for the other keys.
@@ -57,6 +58,51 @@ char16_t fixedCharacter(quint16 keyCode)
         return u',';
     default:
         return isFunctionKey(keyCode) ? 0x10 : 0; // what is left are F1 to F20 and the menu key
+    }
+}
+
+// Words for the keys that nobody would know by what layouts have for them: one control character
+// for all of F13 to F20, or nothing. Null for the other keys.
+QString fixedWord(quint16 keyCode, quint32 modifiers)
+{
+    switch (keyCode) {
+    case virtualkey::VolumeUp:
+        return QStringLiteral("Volume Up");
+    case virtualkey::VolumeDown:
+        return QStringLiteral("Volume Down");
+    case virtualkey::Mute:
+        return QStringLiteral("Mute");
+    default:
+        break;
+    }
+    if ((modifiers & functionFlag) == 0) {
+        return {};
+    }
+    switch (keyCode) {
+    case virtualkey::F13:
+        return QChar(0xF710); // the function-key character
+    case virtualkey::F14:
+        return QStringLiteral("F14");
+    case virtualkey::F15:
+        return QStringLiteral("F15");
+    case virtualkey::F16:
+        return QStringLiteral("F16");
+    case virtualkey::F17:
+        return QStringLiteral("F17");
+    case virtualkey::F18:
+        return QStringLiteral("F18");
+    case virtualkey::F19:
+        return QStringLiteral("F19");
+    case virtualkey::F20:
+        return QStringLiteral("F20");
+    case virtualkey::ForwardDelete:
+        return QStringLiteral("Delete");
+    case virtualkey::Help:
+        return QStringLiteral("Insert");
+    case virtualkey::ContextMenu:
+        return QStringLiteral("Menu");
+    default:
+        return {};
     }
 }
 
@@ -125,8 +171,11 @@ Status KeyboardLayout::translate(quint16 keyCode, quint32 modifiers, int room, Q
     if (keyCode >= virtualkey::limit) {
         return Status::Parameter;
     }
-    const auto fixed = fixedCharacter(keyCode);
-    const auto characters = fixed != 0 ? QString(QChar(fixed)) : layoutText(keyCode, modifiers);
+    auto characters = fixedWord(keyCode, modifiers);
+    if (characters.isNull()) {
+        const auto fixed = fixedCharacter(keyCode);
+        characters = fixed != 0 ? QString(QChar(fixed)) : layoutText(keyCode, modifiers);
+    }
     if (characters.size() > room) {
         return Status::OutputBufferTooSmall;
     }

@@ -34,9 +34,11 @@ public:
     // UCKeyTranslate, key-down, without dead-key state: the text of a key. Of the modifiers only
     // Shift (0x20000) chooses other characters. The keys of the keypad have their digits whether
     // Num Lock is on or not; keys that move, edit or are called F1 have the control characters that
-    // every layout gives them. A dead key has no characters, and neither has a code that stands for
-    // no key. Fails with Parameter for a code of 0x80 or more, and with OutputBufferTooSmall where
-    // the text has more UTF-16 units than there is room for.
+    // every layout gives them. With the function-key bit (0x800000) F13 to F20 and the keys Delete,
+    // Insert and Menu have words instead, as the volume keys always have. A dead key has no
+    // characters, and neither has a code that stands for no key. Fails with Parameter for a code of
+    // 0x80 or more, and with OutputBufferTooSmall where the text has more UTF-16 units than there
+    // is room for.
     Status translate(quint16 keyCode, quint32 modifiers, int room, QString &text) const;
 
 private:

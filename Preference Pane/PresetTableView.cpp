@@ -25,6 +25,8 @@ QStringList localFiles(const QMimeData &data)
 
 PresetTableView::PresetTableView(QWidget *parent) : TableView(parent)
 {
+    constexpr int iconSide = 16; // points
+    setIconSize({iconSide, iconSide});
     setAcceptDrops(true);
     setDragEnabled(true);
     setDragDropMode(DragDrop);

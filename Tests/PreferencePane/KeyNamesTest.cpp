@@ -29,7 +29,7 @@ private Q_SLOTS:
     void shiftDoesNotReachTheLayout();
     void f5IsNamedByItsKeyCode();
     void f1ToF12AreNamedByTheirKeyCodes();
-    void f13AndLaterAreTheLayoutsControlCharacter();
+    void f13AndLaterHaveNames();
     void upArrowWithTheFunctionBitIsNamedByItsControlCharacter();
     void upArrowWithoutTheFunctionBitHasNoName();
     void theValueF700IsUpArrowWithAndWithoutTheFunctionBit();
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void backtabIsNamedWhereTheLayoutGivesIt();
     void textOfTwoCharactersIsNotUpperCased();
     void twoUnitsOfOneCharacterAreNotUpperCased();
-    void forwardDeleteWithTheFunctionBitHasNoName();
+    void keysWithoutARowAreCalledWhatTheLayoutCallsThem();
     void aDeadKeyIsNull();
     void aMissingLayoutIsNull();
     void aStatusThatIsNoSuccessIsNull();
@@ -160,11 +160,14 @@ void KeyNamesTest::f1ToF12AreNamedByTheirKeyCodes()
              QStringLiteral("F1 F2 F3 F4 F5 F6 F7 F8 F9 F10 F11 F12"));
 }
 
-void KeyNamesTest::f13AndLaterAreTheLayoutsControlCharacter()
+void KeyNamesTest::f13AndLaterHaveNames()
 {
-    for (const auto code : {key::F13, key::F14, key::F20}) {
-        QCOMPARE(nameOf(code, functionFlag), QStringLiteral("\x10"));
+    QStringList names;
+    for (const auto code :
+         {key::F13, key::F14, key::F15, key::F16, key::F17, key::F18, key::F19, key::F20}) {
+        names << nameOf(code, functionFlag);
     }
+    QCOMPARE(names.join(QLatin1Char(' ')), QStringLiteral("F13 F14 F15 F16 F17 F18 F19 F20"));
 }
 
 void KeyNamesTest::upArrowWithTheFunctionBitIsNamedByItsControlCharacter()
@@ -262,9 +265,12 @@ void KeyNamesTest::twoUnitsOfOneCharacterAreNotUpperCased()
     QCOMPARE(nameOf(0x0C), QString::fromUcs4(&longI, 1));
 }
 
-void KeyNamesTest::forwardDeleteWithTheFunctionBitHasNoName()
+void KeyNamesTest::keysWithoutARowAreCalledWhatTheLayoutCallsThem()
 {
-    QCOMPARE(nameOf(key::ForwardDelete, functionFlag), QStringLiteral("\x7F"));
+    QCOMPARE(nameOf(key::ForwardDelete, functionFlag), QStringLiteral("Delete"));
+    QCOMPARE(nameOf(key::Help, functionFlag), QStringLiteral("Insert"));
+    QCOMPARE(nameOf(key::ContextMenu, functionFlag | 0x20000), QStringLiteral("Shift+Menu"));
+    QCOMPARE(nameOf(key::VolumeUp), QStringLiteral("Volume Up"));
 }
 
 void KeyNamesTest::aDeadKeyIsNull()
@@ -327,13 +333,13 @@ void KeyNamesTest::theConsoleTellsEveryStep()
     nameOf(1, 0x40000);
     nameOf(key::Space);
     nameOf(0x60, functionFlag);
-    nameOf(key::F13, functionFlag);
+    nameOf(key::F14, functionFlag);
     QCOMPARE(
         console.lines(),
         (QStringList{QStringLiteral("keycode: 1"), QStringLiteral("no modifier set"),
                      QStringLiteral("not found in glyph map"), QStringLiteral("keycode: 49"),
                      QStringLiteral("no modifier set"), QStringLiteral("keycode: 96"),
-                     QStringLiteral("modifier set"), QStringLiteral("keycode: 105"),
+                     QStringLiteral("modifier set"), QStringLiteral("keycode: 107"),
                      QStringLiteral("modifier set"), QStringLiteral("not found in glyph map")}));
 }
 

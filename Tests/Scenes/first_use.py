@@ -17,6 +17,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(__file__), "../Support"))
 import desktop  # noqa: E402
 
 JOB = "/Library/LaunchAgents/com.corvane.OstrelListener.plist"
+PRESETS = os.path.expanduser("~/Library/Application Support/Corvane/Ostrel/Keyboard Layouts")
 PREFERENCES = os.path.expanduser("~/Library/Preferences/com.corvane.OstrelListener.plist")
 
 
@@ -62,6 +63,20 @@ def main():
         raise AssertionError(f"job file {desktop.property_list(JOB)}, listeners {listeners()}")
     shot("listener-running")
 
+    window.click("Keyboard")
+    window.wait_for_label("Remote key")
+    shot("page-keyboard")
+    window.double_click("Rewind")
+    desktop.window("Choose a Shortcut")
+    shot("choose-a-shortcut")
+    desktop.press("Choose a Shortcut", "ctrl+F7")
+    preset = f"{PRESETS}/Audacious.okl"
+    desktop.wait_until(
+        lambda: desktop.property_list(preset).get("keys", {}).get("rewind", {}).get("val") == "Ctrl+F7",
+        f"the shortcut in {preset}")
+    window.wait_for_label("Ctrl+F7")
+    shot("shortcut-chosen")
+
     for page in ("Network", "Security"):
         window.click(page)
         shot(f"page-{page.lower()}")
@@ -79,7 +94,7 @@ def main():
     if pane.returncode != 0:
         raise AssertionError(f"ostrel-settings ended with {pane.returncode}")
     print("The scene was played: opened, changed a setting, switched the listener on, saw it run, "
-          "switched it off, quit.")
+          "chose a shortcut, switched it off, quit.")
 
 
 if __name__ == "__main__":

@@ -131,10 +131,14 @@ class Application:
     def is_checked(self, name):
         return self.find(name).get_state_set().contains(Atspi.StateType.CHECKED)
 
-    def click(self, name):
+    def click(self, name, times=1):
         wait_until(lambda: self.find(name), f'"{name}" to click')
         box = self.find(name).get_extents(Atspi.CoordType.SCREEN)
         # Check boxes react on their left end only where the style says so.
         x = box.x + min(box.width // 2, 10)
         y = box.y + box.height // 2
-        subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True)
+        subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "--repeat",
+                        str(times), "--delay", "60", "1"], check=True)
+
+    def double_click(self, name):
+        self.click(name, times=2)
