@@ -96,12 +96,12 @@ int main(int argc, char *argv[])
                 .arg(QStringLiteral(OSTREL_PANE_FOLDER)),
             failed);
     }
-    fonts.wait();
     auto loaded = platform::loadPreferencePane(path);
     if (!loaded.pane) {
         return fail(loaded.error, failed);
     }
 
+    fonts.wait();
     SettingsWindow window(std::move(loaded.pane));
     if (parser.isSet(pageOption) && !window.pane().showPage(parser.value(pageOption))) {
         return fail(
