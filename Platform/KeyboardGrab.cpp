@@ -3,6 +3,9 @@
 #include "Platform/KeyboardGrab.h"
 
 #include <QGuiApplication>
+#include <qpa/qplatformnativeinterface.h>
+
+#include <xcb/xcb.h>
 
 namespace platform {
 namespace {
@@ -10,6 +13,17 @@ namespace {
 // The server refuses while another program has the keyboard, such as the window manager for the
 // shortcut that opened the window, and while the window is not yet shown.
 constexpr int retryInterval = 50; // milliseconds
+
+// At once: Qt keeps requests back until its event loop rests, and what is typed until then would
+// come here.
+void releaseKeyboard(QWindow &window)
+{
+    window.setKeyboardGrabEnabled(false);
+    auto *native = QGuiApplication::platformNativeInterface();
+    if (auto *connection = native->nativeResourceForIntegration("connection")) {
+        ::xcb_flush(static_cast<xcb_connection_t *>(connection));
+    }
+}
 
 } // namespace
 
@@ -24,7 +38,7 @@ KeyboardGrab::KeyboardGrab(QWindow *window) : m_window(window)
 KeyboardGrab::~KeyboardGrab()
 {
     if (m_grabbed && m_window != nullptr) {
-        m_window->setKeyboardGrabEnabled(false);
+        releaseKeyboard(*m_window);
     }
 }
 
@@ -37,7 +51,7 @@ void KeyboardGrab::follow()
     } else if (!wanted && m_grabbed) {
         m_grabbed = false;
         if (m_window != nullptr) {
-            m_window->setKeyboardGrabEnabled(false);
+            releaseKeyboard(*m_window);
         }
     }
     if (wanted && !m_grabbed) {

@@ -30,9 +30,8 @@ constexpr std::chrono::seconds longestTime = 10s;
 constexpr std::chrono::seconds graceTime = 2s;
 
 // On a thread of its own: the time-out needs the main thread, which serves nobody while it reads.
-QString systemProfile()
+std::future<QString> startSystemProfiler()
 {
-    constexpr auto step = 10ms;
     const auto promise = std::make_shared<std::promise<QString>>();
     auto profile = promise->get_future();
     try {
@@ -45,6 +44,16 @@ QString systemProfile()
     } catch (const std::system_error &error) {
         platform::consoleLog(QStringLiteral("No thread for the system profiler: %@"),
                              QString::fromUtf8(error.what()));
+        return {};
+    }
+    return profile;
+}
+
+// Null where there is none in time.
+QString waitForProfile(std::future<QString> profile)
+{
+    constexpr auto step = 10ms;
+    if (!profile.valid()) {
         return {};
     }
     const auto end = std::chrono::steady_clock::now() + longestTime + graceTime;
@@ -115,11 +124,9 @@ QVariantMap entryFromItem(const QVariantMap &item)
     return {{nameKey, name.toString() + suffix}, {addressKey, address}};
 }
 
-} // namespace
-
-std::optional<QVariantList> Ostrel_Preference_Pane::networkInterfaces()
+std::optional<QVariantList> interfacesIn(const QString &profile)
 {
-    const auto items = itemsOf(systemProfile());
+    const auto items = itemsOf(profile);
     if (!items) {
         return std::nullopt;
     }
@@ -133,9 +140,24 @@ std::optional<QVariantList> Ostrel_Preference_Pane::networkInterfaces()
     return entries;
 }
 
+} // namespace
+
+std::optional<QVariantList> Ostrel_Preference_Pane::networkInterfaces()
+{
+    return interfacesIn(waitForProfile(startSystemProfiler()));
+}
+
+void Ostrel_Preference_Pane::readInterfacesAhead()
+{
+    m_systemProfile = startSystemProfiler();
+}
+
 void Ostrel_Preference_Pane::populateNetworkInterfaces()
 {
-    const auto entries = networkInterfaces().value_or(QVariantList());
+    const auto found = m_systemProfile.valid()
+                           ? interfacesIn(waitForProfile(std::move(m_systemProfile)))
+                           : networkInterfaces();
+    const auto entries = found.value_or(QVariantList());
     const auto saved = listenerPreferences::load().value(listenerPreferences::selectedMACAddress);
     auto *menu = m_ui->networkInterfacePopUp;
     menu->clear();

@@ -32,6 +32,9 @@ Ostrel_Preference_Pane::~Ostrel_Preference_Pane()
 
 QWidget *Ostrel_Preference_Pane::loadMainView(QWidget *parent)
 {
+    // The slowest step of the opening, and independent of the controls: it runs beside their
+    // making.
+    readInterfacesAhead();
     m_mainView = new QWidget(parent);
     m_ui->setupUi(m_mainView);
     m_ui->keyboard->setBundle(bundle());

@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <future>
 #include <memory>
 #include <optional>
 
@@ -117,6 +118,8 @@ private:
     void savePortIfEdited();
     void startStatusPoll();
     void readVersion();
+    // Starts the system profiler, for populateNetworkInterfaces() to wait for.
+    void readInterfacesAhead();
     QString listenerPath() const;
     bool authorize();
     void endClientOperation();
@@ -133,6 +136,7 @@ private:
     std::unique_ptr<QTimer> m_messageTimer;
     std::unique_ptr<QTimer> m_statusTimer;
     QTimer m_portTimer;
+    std::future<QString> m_systemProfile;
     std::unique_ptr<platform::DistributedObserver> m_statusObserver;
     platform::WorkerThreads m_workers;
 };

@@ -75,7 +75,8 @@ int main(int argc, char *argv[])
         QStringLiteral("Write a picture of the pane to this PNG file and leave."),
         QStringLiteral("FILE"));
     const QCommandLineOption pageOption(
-        QStringLiteral("page"), QStringLiteral("Open this page: general, network or security."),
+        QStringLiteral("page"),
+        QStringLiteral("Open this page: general, keyboard, network or security."),
         QStringLiteral("NAME"));
     parser.addOptions({paneOption, screenshotOption, pageOption});
     parser.process(application);
@@ -96,12 +97,12 @@ int main(int argc, char *argv[])
                 .arg(QStringLiteral(OSTREL_PANE_FOLDER)),
             failed);
     }
-    fonts.wait();
     auto loaded = platform::loadPreferencePane(path);
     if (!loaded.pane) {
         return fail(loaded.error, failed);
     }
 
+    fonts.wait();
     SettingsWindow window(std::move(loaded.pane));
     if (parser.isSet(pageOption) && !window.pane().showPage(parser.value(pageOption))) {
         return fail(

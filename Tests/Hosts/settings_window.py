@@ -67,7 +67,7 @@ class SettingsWindow(unittest.TestCase):
     def test_an_unknown_page_names_the_pages(self):
         done = run("--page", "sound")
         self.assertEqual(done.returncode, 2)
-        self.assertIn("general, network, security", done.stderr)
+        self.assertIn("general, keyboard, network, security", done.stderr)
 
     def test_an_unexpected_argument_is_refused(self):
         done = run("pane.prefPane")
