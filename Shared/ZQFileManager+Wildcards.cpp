@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Platform/FileStatus.h"
+#include "Platform/NamePattern.h"
+#include "Platform/PathText.h"
+#include "Shared/ZQFileManagerPaths.h"
+
+namespace {
+
+const QString root = QStringLiteral("/");
+
+bool isPattern(const QString &text)
+{
+    return text.contains(u'*');
+}
+
+// The base may be null.
+QString joined(const QString &base, const QString &path)
+{
+    return base.isNull() ? path : platform::appendingPathComponent(base, path);
+}
+
+// What has that name, or a name like it, in one of the folders.
+QStringList itemsIn(const QStringList &folders, const QString &component)
+{
+    QStringList items;
+    for (const auto &folder : folders) {
+        if (isPattern(component)) {
+            const auto names = platform::namesInFolderMatching(folder, component);
+            items.reserve(items.size() + names.size());
+            const auto start = folder.endsWith(u'/') ? folder : folder + u'/';
+            for (const auto &name : names) {
+                items << start + name;
+            }
+        } else if (auto path = platform::appendingPathComponent(folder, component);
+                   platform::fileExists(path)) {
+            items << path;
+        }
+    }
+    return items;
+}
+
+} // namespace
+
+QStringList ZQFileManagerPaths::filesMatchingWildcardPath(const QString &pattern,
+                                                          const QString &basePath)
+{
+    if (!isPattern(pattern)) {
+        return {joined(basePath, pattern)};
+    }
+    const QStringList start(basePath.isNull() ? root : basePath);
+    auto items = start;
+    for (const auto &component : platform::pathComponents(pattern)) {
+        items = component == root ? start : itemsIn(items, component);
+    }
+    return items;
+}
+
+QStringList ZQFileManagerPaths::filesMatchingWildcardPath(const QString &pattern)
+{
+    return filesMatchingWildcardPath(pattern, QString());
+}
+
+QString ZQFileManagerPaths::decodeWildcardPath(const QString &pattern, const QString &basePath)
+{
+    const auto files = filesMatchingWildcardPath(pattern, basePath);
+    return files.isEmpty() ? joined(basePath, pattern) : files.first();
+}
