@@ -20,6 +20,7 @@ constexpr Number longestComment = 65535;
 constexpr Number locatorSize = 20;
 constexpr Number longEndSize = 56;
 constexpr Number entrySize = 46;
+constexpr unsigned utf8FlagInByte = 1U << 3U; // bit 11 of the flags
 
 Number number(const QByteArray &bytes, Number at, unsigned size)
 {
@@ -29,6 +30,11 @@ Number number(const QByteArray &bytes, Number at, unsigned size)
         value = value << 8U | static_cast<unsigned char>(bytes.at(index));
     }
     return value;
+}
+
+unsigned char withoutUtf8Flag(const QByteArray &bytes, int at)
+{
+    return static_cast<unsigned char>(static_cast<unsigned char>(bytes.at(at)) & ~utf8FlagInByte);
 }
 
 // Less where the file ends before.
@@ -72,13 +78,14 @@ private:
     QByteArray m_bytes;
 };
 
-struct Directory {
+struct Place {
     Number offset = 0;
     Number size = 0;
     Number behind = 0; // where it ends, if nothing stands in front of the archive
+    bool isEmpty = false;
 };
 
-std::optional<Directory> findDirectory(int file)
+std::optional<Place> findDirectory(int file)
 {
     struct stat status {};
     if (::fstat(file, &status) != 0 || status.st_size < static_cast<off_t>(endSize)) {
@@ -92,7 +99,9 @@ std::optional<Directory> findDirectory(int file)
         return std::nullopt;
     }
     const auto at = static_cast<Number>(place);
-    Directory directory{number(tail, at + 16, 4), number(tail, at + 12, 4), start + at};
+    const auto isEmpty =
+        start + at == 0 && number(tail, at + 8, 4) == 0 && number(tail, at + 12, 8) == 0;
+    Place directory{number(tail, at + 16, 4), number(tail, at + 12, 4), start + at, isEmpty};
     const auto locator = start + at < locatorSize
                              ? QByteArray()
                              : readAt(file, start + at - locatorSize, locatorSize);
@@ -100,7 +109,7 @@ std::optional<Directory> findDirectory(int file)
         const auto longEnd = number(locator, 8, 8);
         const auto record = readAt(file, longEnd, longEndSize);
         if (record.startsWith("PK\x06\x06") && record.size() == static_cast<int>(longEndSize)) {
-            directory = {number(record, 48, 8), number(record, 40, 8), longEnd};
+            directory = {number(record, 48, 8), number(record, 40, 8), longEnd, false};
         }
     }
     return directory;
@@ -108,7 +117,7 @@ std::optional<Directory> findDirectory(int file)
 
 } // namespace
 
-std::optional<std::vector<std::uint64_t>> findUtf8Flags(int file)
+std::optional<ZipDirectory> readZipDirectory(int file)
 {
     const auto directory = findDirectory(file);
     if (!directory) {
@@ -122,7 +131,8 @@ std::optional<std::vector<std::uint64_t>> findUtf8Flags(int file)
             moved = 0;
         }
     }
-    std::vector<std::uint64_t> flags;
+    ZipDirectory result{directory->isEmpty, {}};
+    auto &corrections = result.corrections;
     Window window(file);
     auto at = directory->offset + moved;
     for (;;) {
@@ -130,15 +140,24 @@ std::optional<std::vector<std::uint64_t>> findUtf8Flags(int file)
         if (entry.size() < static_cast<int>(entrySize) || !entry.startsWith("PK\x01\x02")) {
             break;
         }
-        if ((number(entry, 9, 1) & utf8FlagInByte) != 0) {
-            flags.push_back(at + 9);
-            const auto local = number(entry, 42, 4) + moved;
-            if (readAt(file, local, 4).startsWith("PK\x03\x04")) {
-                flags.push_back(local + 7);
+        const auto nameSize = number(entry, 28, 2);
+        const auto isUtf8 = (number(entry, 9, 1) & utf8FlagInByte) != 0;
+        const auto system = static_cast<unsigned char>(number(entry, 5, 1));
+        if (isUtf8) {
+            corrections.push_back({at + 9, withoutUtf8Flag(entry, 9)});
+        }
+        if (isUtf8 || (system != 0 && window.at(at + entrySize, nameSize).contains('\\'))) {
+            const auto place = number(entry, 42, 4) + moved;
+            const auto local = readAt(file, place, 8);
+            if (local.size() == 8 && local.startsWith("PK\x03\x04")) {
+                corrections.push_back({place + 5, system});
+                corrections.push_back({place + 7, withoutUtf8Flag(local, 7)});
             }
         }
-        at += entrySize + number(entry, 28, 2) + number(entry, 30, 2) + number(entry, 32, 2);
+        at += entrySize + nameSize + number(entry, 30, 2) + number(entry, 32, 2);
     }
-    std::sort(flags.begin(), flags.end());
-    return flags;
+    std::sort(
+        corrections.begin(), corrections.end(),
+        [](const Correction &one, const Correction &other) { return one.offset < other.offset; });
+    return result;
 }

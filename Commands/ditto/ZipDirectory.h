@@ -6,8 +6,21 @@
 #include <optional>
 #include <vector>
 
-// Where an open zip file says that a name is in UTF-8: places of the byte with the flag, sorted, in
-// the directory and in front of the entries. Nothing where the file is no zip archive.
-std::optional<std::vector<std::uint64_t>> findUtf8Flags(int file);
+// A byte of a zip file that libarchive is to see instead of the one that is there.
+struct Correction {
+    std::uint64_t offset;
+    unsigned char byte;
+};
 
-constexpr unsigned char utf8FlagInByte = 1U << 3U;
+struct ZipDirectory {
+    // An archive without entries, which libarchive takes for no archive.
+    bool isEmpty = false;
+    // What keeps libarchive from changing names, sorted by place: it composes the accents of those
+    // that are said to be in UTF-8, so that two could become one, and where the header in front of
+    // an entry does not say whether it comes from Unix (which only the directory has to say), it
+    // takes backslashes for slashes.
+    std::vector<Correction> corrections;
+};
+
+// Of an open file; nothing where that is no zip archive.
+std::optional<ZipDirectory> readZipDirectory(int file);

@@ -3,7 +3,6 @@
 #include "Commands/ditto/ZipReader.h"
 
 #include "Commands/ditto/Complaint.h"
-#include "Commands/ditto/ZipDirectory.h"
 #include "Platform/FileError.h"
 
 #include <fcntl.h>
@@ -31,11 +30,14 @@ bool ZipReader::open(const QByteArray &path)
     if (!S_ISREG(status.st_mode)) {
         return complain(path, S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
     }
-    auto flags = findUtf8Flags(m_file.number());
-    if (!flags) {
+    auto directory = readZipDirectory(m_file.number());
+    if (!directory) {
         return complain(path, "is no zip archive, or a damaged one");
     }
-    m_flags = std::move(*flags);
+    m_directory = std::move(*directory);
+    if (m_directory.isEmpty) {
+        return true;
+    }
     auto *const archive = m_archive.get();
     if (archive == nullptr) {
         return complain(path, ENOMEM);
@@ -64,10 +66,12 @@ la_ssize_t ZipReader::read(archive *archive, void *self, const void **data)
     }
     const auto start = static_cast<std::uint64_t>(reader.m_position);
     const auto end = start + static_cast<std::uint64_t>(count);
-    auto flag = std::lower_bound(reader.m_flags.begin(), reader.m_flags.end(), start);
-    for (; flag != reader.m_flags.end() && *flag < end; ++flag) {
-        auto &byte = reader.m_buffer[*flag - start];
-        byte = static_cast<char>(static_cast<unsigned char>(byte) & ~unsigned{utf8FlagInByte});
+    const auto &all = reader.m_directory.corrections;
+    auto next = std::lower_bound(
+        all.begin(), all.end(), start,
+        [](const Correction &one, std::uint64_t offset) { return one.offset < offset; });
+    for (; next != all.end() && next->offset < end; ++next) {
+        reader.m_buffer[next->offset - start] = static_cast<char>(next->byte);
     }
     reader.m_position += count;
     *data = bytes;
@@ -98,6 +102,9 @@ ZipReader::Step ZipReader::fail(const QByteArray &path) const
 
 ZipReader::Step ZipReader::nextEntry()
 {
+    if (m_directory.isEmpty) {
+        return Step::AtEnd;
+    }
     const auto result = ::archive_read_next_header(m_archive.get(), &m_entry);
     if (result == ARCHIVE_EOF) {
         return Step::AtEnd;

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Commands/ditto/ZipDirectory.h"
 #include "Platform/Descriptor.h"
 
 #include <QByteArray>
@@ -13,9 +14,7 @@
 #include <memory>
 #include <vector>
 
-// Reads a zip archive through libarchive, which would compose the accents of names that say that
-// they are in UTF-8, so that two names could become one. It is given the bytes of the file without
-// the flags that say so, and leaves names alone.
+// Reads a zip archive through libarchive, with all names as they are.
 class ZipReader {
 public:
     ZipReader();
@@ -47,7 +46,7 @@ private:
 
     QByteArray m_path;
     platform::Descriptor m_file;
-    std::vector<std::uint64_t> m_flags; // that are hidden
+    ZipDirectory m_directory;
     std::vector<char> m_buffer;
     la_int64_t m_position = 0;
     std::unique_ptr<archive, Free> m_archive; // which goes first, since it uses what is above

@@ -58,21 +58,23 @@ std::uint32_t dosTime(time_t time)
     struct tm local {};
     ::localtime_r(&time, &local);
     if (local.tm_year < earliest) {
-        return 1U << 21U | 1U << 16U;
+        return 0x00210000; // the first moment of its first day
+    }
+    if (local.tm_year > latest) {
+        return 0xFF9FBF7D; // the last one
     }
     const auto field = [](int value, unsigned shift) {
         return static_cast<std::uint32_t>(value) << shift;
     };
-    return field(std::min(local.tm_year, latest) - earliest, 25) | field(local.tm_mon + 1, 21) |
+    return field(local.tm_year - earliest, 25) | field(local.tm_mon + 1, 21) |
            field(local.tm_mday, 16) | field(local.tm_hour, 11) | field(local.tm_min, 5) |
            field(local.tm_sec / 2, 0);
 }
 
 QByteArray timeExtra(time_t time)
 {
-    if (time < std::numeric_limits<std::int32_t>::min() ||
-        time > std::numeric_limits<std::int32_t>::max()) {
-        return {}; // the field has 32 bits
+    if (time < 0 || time > std::numeric_limits<std::int32_t>::max()) {
+        return {}; // the field has 32 bits, and some read them with a sign, others without
     }
     return Record()
         .add16(timeField)
