@@ -26,12 +26,7 @@ QStringList itemsIn(const QStringList &folders, const QString &component)
     QStringList items;
     for (const auto &folder : folders) {
         if (isPattern(component)) {
-            const auto names = platform::namesInFolderMatching(folder, component);
-            items.reserve(items.size() + names.size());
-            const auto start = folder.endsWith(u'/') ? folder : folder + u'/';
-            for (const auto &name : names) {
-                items << start + name;
-            }
+            items += platform::itemsInFolderMatching(folder, component);
         } else if (auto path = platform::appendingPathComponent(folder, component);
                    platform::fileExists(path)) {
             items << path;
