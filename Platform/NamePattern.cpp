@@ -72,7 +72,7 @@ QStringList pathsOf(const QString &folder, const std::vector<std::string_view> &
         } else {
             path += fileNameFromBytes(QByteArray(name.data(), size));
         }
-        paths << std::move(path);
+        paths << path;
     }
     return paths;
 }

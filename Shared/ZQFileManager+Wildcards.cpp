@@ -15,9 +15,9 @@ bool isPattern(const QString &text)
 }
 
 // The base may be null.
-QString joined(const QString &base, const QString &path)
+QString joined(const QString &basePath, const QString &pattern)
 {
-    return base.isNull() ? path : platform::appendingPathComponent(base, path);
+    return basePath.isNull() ? pattern : platform::appendingPathComponent(basePath, pattern);
 }
 
 // What has that name, or a name like it, in one of the folders.
