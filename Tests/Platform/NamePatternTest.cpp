@@ -105,8 +105,9 @@ void NamePatternTest::itAgreesWithTheSystemOnPlainPatterns()
         const auto expected = ::fnmatch(pattern.c_str(), name.c_str(), FNM_NOESCAPE) == 0;
         const platform::NamePattern matcher(QByteArray::fromStdString(pattern));
         matching += expected ? 1 : 0;
-        QVERIFY2(matcher.matches(name.c_str(), name.size()) == expected,
-                 (pattern + ' ' + name).c_str());
+        if (matcher.matches(name.c_str(), name.size()) != expected) {
+            QFAIL(std::string(pattern).append(" ").append(name).c_str());
+        }
     }
     QVERIFY(matching > 1000);
 }

@@ -12,7 +12,6 @@
 using test::CommandRecorder;
 using test::FileManagerFixture;
 using test::isRoot;
-using test::text;
 
 namespace {
 

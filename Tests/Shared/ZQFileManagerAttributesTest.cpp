@@ -17,7 +17,6 @@ using namespace std::chrono_literals;
 using test::CommandRecorder;
 using test::FileManagerFixture;
 using test::isRoot;
-using test::text;
 
 namespace {
 
