@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/FileChangeNotice.h"
 #include "Platform/PathText.h"
-#include "Shared/ZQFileManager.h"
+#include "Shared/ZQFileManagerDesktop.h"
 
 int SendFinderSyncEvent(const platform::FileReference &item)
 {
@@ -13,19 +13,19 @@ int SendFinderSyncEvent(const platform::FileReference &item)
     return 0;
 }
 
-void ZQFileManager::notifyFileSystemChanged(const QString &path)
+void ZQFileManagerDesktop::notifyFileSystemChanged(const QString &path)
 {
     if (const auto item = stringToFSRef(path)) {
         SendFinderSyncEvent(*item);
     }
 }
 
-std::optional<platform::FileReference> ZQFileManager::stringToFSRef(const QString &path)
+std::optional<platform::FileReference> ZQFileManagerDesktop::stringToFSRef(const QString &path)
 {
     return platform::makeFileReference(platform::absolutePath(path));
 }
 
-QString ZQFileManager::stringWithFSRef(const platform::FileReference &reference)
+QString ZQFileManagerDesktop::stringWithFSRef(const platform::FileReference &reference)
 {
     return platform::checkFileReference(reference) == 0 ? reference.path : QString();
 }

@@ -2,15 +2,19 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/FileReference.h"
 #include "Shared/ShouldAuth.h"
+#include "Shared/ZQFileManagerArchives.h"
+#include "Shared/ZQFileManagerAttributes.h"
+#include "Shared/ZQFileManagerDesktop.h"
+#include "Shared/ZQFileManagerPaths.h"
 
 #include <QString>
 #include <QStringList>
 
 #include <chrono>
 
-// Queries about files and volumes, and the basic changes. Nothing is kept. Any thread.
+// Queries about files and volumes, the basic changes, and the smaller utilities that the classes
+// below it declare. Nothing is kept, nothing throws. Any thread.
 //
 // A change comes in three forms, each true when done:
 // - plain: with ShouldAuth::Yes;
@@ -21,7 +25,10 @@
 // What is protected as a system directory itself is never trashed, removed or moved. Missing items
 // count as trashed and removed. The entries of a folder are taken as they are: a symbolic link
 // among them is an item of its own and never followed.
-class ZQFileManager {
+class ZQFileManager : public ZQFileManagerPaths,
+                      public ZQFileManagerAttributes,
+                      public ZQFileManagerArchives,
+                      public ZQFileManagerDesktop {
 public:
     ZQFileManager() = delete;
 
@@ -114,32 +121,4 @@ public:
     /// moveFile:toPath:timeout:
     static bool moveFile(const QString &source, const QString &destination,
                          std::chrono::seconds timeout);
-
-    /// notifyFileSystemChanged:
-    /// Tells the desktop's file managers that the item changed: one notice, without waiting.
-    static void notifyFileSystemChanged(const QString &path);
-    /// stringToFSRef:
-    static std::optional<platform::FileReference> stringToFSRef(const QString &path);
-    /// stringWithFSRef:
-    static QString stringWithFSRef(const platform::FileReference &reference);
-
-    /// uniqueFilename:
-    /// The path, or where something has it the first free one of "name 2.ext", "name 3.ext", ...
-    static QString uniqueFilename(const QString &path);
-
-    // Locked is what has the immutable flag. Failures are logged, "Unable to unlock file ..." for
-    // either direction: kept on purpose. Of a folder, all that is in it and below, not itself.
-    /// isFileLocked:
-    static bool isFileLocked(const QString &path);
-    /// lockFile:
-    static void lockFile(const QString &path);
-    /// unlockFile:
-    static void unlockFile(const QString &path);
-    /// lockFolder:
-    static void lockFolder(const QString &folder);
-    /// unlockFolder:
-    static void unlockFolder(const QString &folder);
 };
-
-// Sends the notice of notifyFileSystemChanged(). 0, or why the reference leads nowhere (errno).
-int SendFinderSyncEvent(const platform::FileReference &item);

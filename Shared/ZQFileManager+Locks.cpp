@@ -3,7 +3,7 @@
 #include "Platform/FileStatus.h"
 #include "Platform/FolderEntries.h"
 #include "Platform/PathText.h"
-#include "Shared/ZQFileManager.h"
+#include "Shared/ZQFileManagerAttributes.h"
 #include "Shared/ZQLog.h"
 
 namespace {
@@ -30,43 +30,27 @@ void setFolderLocked(const QString &folder, bool locked)
 
 } // namespace
 
-QString ZQFileManager::uniqueFilename(const QString &path)
-{
-    if (!platform::itemExists(path)) {
-        return path;
-    }
-    const auto extension = platform::pathExtension(path);
-    const auto ending = extension.isEmpty() ? QString() : u'.' + extension;
-    const auto stem = platform::deletingPathExtension(path);
-    for (long number = 2;; ++number) {
-        auto candidate = stem + u' ' + QString::number(number) + ending;
-        if (!platform::itemExists(candidate)) {
-            return candidate;
-        }
-    }
-}
-
-bool ZQFileManager::isFileLocked(const QString &path)
+bool ZQFileManagerAttributes::isFileLocked(const QString &path)
 {
     return platform::isImmutable(path);
 }
 
-void ZQFileManager::lockFile(const QString &path)
+void ZQFileManagerAttributes::lockFile(const QString &path)
 {
     setLocked(path, true);
 }
 
-void ZQFileManager::unlockFile(const QString &path)
+void ZQFileManagerAttributes::unlockFile(const QString &path)
 {
     setLocked(path, false);
 }
 
-void ZQFileManager::lockFolder(const QString &folder)
+void ZQFileManagerAttributes::lockFolder(const QString &folder)
 {
     setFolderLocked(folder, true);
 }
 
-void ZQFileManager::unlockFolder(const QString &folder)
+void ZQFileManagerAttributes::unlockFolder(const QString &folder)
 {
     setFolderLocked(folder, false);
 }

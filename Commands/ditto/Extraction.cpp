@@ -1,0 +1,188 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Commands/ditto/Extraction.h"
+
+#include "Commands/ditto/Complaint.h"
+#include "Commands/ditto/Destination.h"
+#include "Commands/ditto/Interruption.h"
+#include "Commands/ditto/ZipReader.h"
+#include "Platform/CreateFolder.h"
+#include "Platform/FileName.h"
+#include "Platform/ItemPlace.h"
+#include "Platform/PathText.h"
+#include "Platform/RemoveItem.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+
+using platform::Descriptor;
+using platform::retried;
+
+namespace {
+
+bool failed(const QByteArray &name, int error)
+{
+    return error == EPERM ? complain(name, "leads out of the folder, or through a link or a file")
+                          : complain(name, error);
+}
+
+// EPERM has words of its own only where a name may be at fault.
+bool extractFile(ZipReader &reader, Destination &destination)
+{
+    const auto name = reader.name();
+    platform::UnnamedFile file;
+    if (const auto error = destination.beginFile(name, file); error != 0) {
+        return failed(name, error);
+    }
+    const char *data = nullptr;
+    std::size_t size = 0;
+    for (;;) {
+        const auto step = reader.nextBlock(data, size);
+        if (step == ZipReader::Step::AtEnd) {
+            break;
+        }
+        if (step == ZipReader::Step::Failed || isInterrupted()) {
+            return false;
+        }
+        if (const auto error = file.write(data, size); error != 0) {
+            return complain(name, error);
+        }
+    }
+    const auto error = destination.endFile(name, file, ::archive_entry_perm(reader.entry()),
+                                           ::archive_entry_mtime(reader.entry()));
+    return error == 0 || failed(name, error);
+}
+
+bool extractEntry(ZipReader &reader, Destination &destination)
+{
+    auto *const entry = reader.entry();
+    const auto name = reader.name();
+    const auto time = ::archive_entry_mtime(entry);
+    switch (::archive_entry_filetype(entry)) {
+    case AE_IFREG:
+        return extractFile(reader, destination);
+    case AE_IFDIR: {
+        const auto error = destination.addFolder(name, ::archive_entry_perm(entry), time);
+        return error == 0 || failed(name, error);
+    }
+    case AE_IFLNK: {
+        const QByteArray target(::archive_entry_symlink(entry));
+        if (target.isEmpty()) {
+            return complain(name, "is a link that leads nowhere");
+        }
+        const auto error = destination.addLink(name, target, time);
+        return error == 0 || failed(name, error);
+    }
+    default:
+        return complain(name, "neither a file, a folder nor a link");
+    }
+}
+
+bool extractAll(ZipReader &reader, Destination &destination, const QByteArray &path)
+{
+    for (;;) {
+        const auto step = reader.nextEntry();
+        if (step == ZipReader::Step::AtEnd) {
+            break;
+        }
+        if (step == ZipReader::Step::Failed || isInterrupted() ||
+            !extractEntry(reader, destination)) {
+            return false;
+        }
+    }
+    const auto error = destination.finish();
+    return error == 0 || complain(path, error);
+}
+
+// A folder under another name, gone again unless it gets its own.
+class UnfinishedFolder {
+public:
+    UnfinishedFolder(const platform::ItemPlace &place) : m_place(place) {}
+    ~UnfinishedFolder()
+    {
+        if (m_exists) {
+            m_folder.close();
+            platform::removeInFolder(m_place.folder.number(), m_name, {},
+                                     platform::Obstinacy::MakeFoldersWritable);
+        }
+    }
+    UnfinishedFolder(const UnfinishedFolder &) = delete;
+    UnfinishedFolder &operator=(const UnfinishedFolder &) = delete;
+
+    int create()
+    {
+        const auto outside = m_place.folder.number();
+        if (::mkdirat(outside, m_name.constData(), S_IRWXU) != 0) {
+            return errno;
+        }
+        m_exists = true;
+        m_folder = Descriptor(retried([&] {
+            return ::openat(outside, m_name.constData(),
+                            O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        }));
+        return m_folder.isOpen() ? 0 : errno;
+    }
+
+    int number() const { return m_folder.number(); }
+
+    int publish()
+    {
+        const auto folder = m_place.folder.number();
+        if (::fchmod(m_folder.number(), Destination::usualFolderMode()) != 0) {
+            return errno;
+        }
+        const auto error = platform::renameInPlace(folder, m_name, folder, m_place.name);
+        m_exists = error != 0;
+        return error;
+    }
+
+private:
+    const platform::ItemPlace &m_place;
+    QByteArray m_name = platform::temporaryName();
+    Descriptor m_folder;
+    bool m_exists = false;
+};
+
+bool extractIntoNewFolder(ZipReader &reader, const QString &path)
+{
+    const auto bytes = platform::fileNameBytes(path);
+    const auto above = platform::deletingLastPathComponent(platform::absolutePath(path));
+    if (const auto error = platform::createFolder(above)) {
+        return complain(platform::fileNameBytes(error.path()), error.code());
+    }
+    platform::ItemPlace place;
+    if (const auto error = platform::openPlace(path, place); error != 0) {
+        return complain(bytes, error);
+    }
+    UnfinishedFolder folder(place);
+    if (const auto error = folder.create(); error != 0) {
+        return complain(bytes, error);
+    }
+    Destination destination(folder.number());
+    if (!extractAll(reader, destination, bytes) || isInterrupted()) {
+        return false;
+    }
+    const auto error = folder.publish();
+    return error == 0 || complain(bytes, error);
+}
+
+} // namespace
+
+bool extract(const Arguments &arguments)
+{
+    ZipReader reader;
+    if (!reader.open(platform::fileNameBytes(arguments.source))) {
+        return false;
+    }
+    const auto path = platform::fileNameBytes(arguments.destination);
+    const Descriptor folder(
+        retried([&] { return ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (folder.isOpen()) {
+        Destination destination(folder.number());
+        return extractAll(reader, destination, path) && !isInterrupted();
+    }
+    return errno == ENOENT ? extractIntoNewFolder(reader, arguments.destination)
+                           : complain(path, errno);
+}

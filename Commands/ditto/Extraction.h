@@ -1,0 +1,10 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Commands/ditto/Arguments.h"
+
+// Unpacks the archive. A folder that is not there yet appears with all that is in the archive, or
+// not at all. In one that is, files and links take the place of those that have their names. False
+// after a complaint or when interrupted.
+bool extract(const Arguments &arguments);

@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+//
+// ditto: makes zip archives of files and folders, and opens them.
+
+#include "Commands/ditto/Arguments.h"
+#include "Commands/ditto/Complaint.h"
+#include "Commands/ditto/Compression.h"
+#include "Commands/ditto/Extraction.h"
+#include "Commands/ditto/Interruption.h"
+#include "Platform/FileName.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace {
+
+constexpr auto failed = 1;
+constexpr auto misused = 2;
+
+int run(int count, char **values)
+{
+    QString reason;
+    const auto arguments = readArguments(count, values, reason);
+    if (!arguments) {
+        complain(platform::fileNameBytes(reason));
+        std::fputs(usage, stderr);
+        return misused;
+    }
+    if (arguments->task == Task::Help) {
+        std::fputs(usage, stdout);
+        return 0;
+    }
+    watchForInterruption();
+    const auto done =
+        arguments->task == Task::Compress ? compress(*arguments) : extract(*arguments);
+    endIfInterrupted();
+    return done ? 0 : failed;
+}
+
+} // namespace
+
+int main(int count, char **values)
+{
+    try {
+        return run(count, values);
+    } catch (const std::exception &exception) { // memory that runs out
+        complain(QByteArray(exception.what()));
+        return failed;
+    }
+}

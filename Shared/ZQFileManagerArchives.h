@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+enum class IncludeParent { No, Yes };
+
+// Zip archives, by way of "/usr/bin/ditto". Part of ZQFileManager. The main thread dispatches
+// events meanwhile.
+class ZQFileManagerArchives {
+public:
+    ZQFileManagerArchives() = delete;
+
+    /// compressFile:toDestinationFile:includeParent:
+    /// An archive that exists already goes to the trash first. Of a folder, with the parent, the
+    /// archive holds the folder itself, else what is in it. True where the archive exists
+    /// afterwards.
+    static bool compressFile(const QString &source, const QString &archive,
+                             IncludeParent includeParent);
+    /// compressFile:toDestinationFile:
+    static bool compressFile(const QString &source, const QString &archive);
+
+    /// decompressFile:toDestinationFolder:
+    /// A folder that exists already is replaced, never merged: it goes to the trash first, and
+    /// where it cannot, nothing is unpacked. True where the folder exists afterwards.
+    static bool decompressFile(const QString &archive, const QString &folder);
+};
