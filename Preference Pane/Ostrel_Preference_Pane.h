@@ -5,6 +5,7 @@
 #include "Platform/DistributedNotificationCenter.h"
 #include "Platform/PreferencePane.h"
 #include "Platform/WorkerThreads.h"
+#include "Preference Pane/RunningActions.h"
 
 #include <QTimer>
 #include <QVariant>
@@ -17,6 +18,7 @@
 namespace Ui {
 class Ostrel_Preference_Pane;
 }
+struct ZQGatheringRemarks;
 
 enum class ChangeSwitch { No, Yes };
 
@@ -125,6 +127,10 @@ private:
     void performLater(std::function<void()> call);
     static std::chrono::milliseconds inPaneTime(std::chrono::seconds interval);
     QString manualPath() const;
+    bool beginAction(QPushButton *button);
+    void endAction(QPushButton *button);
+    void stopSpinnerWhenIdle();
+    void showRemarks(const ZQGatheringRemarks &remarks);
 
     std::unique_ptr<Ui::Ostrel_Preference_Pane> m_ui;
     QWidget *m_mainView = nullptr;
@@ -133,6 +139,7 @@ private:
     std::unique_ptr<QTimer> m_messageTimer;
     std::unique_ptr<QTimer> m_statusTimer;
     QTimer m_portTimer;
+    RunningActions m_actions;
     std::unique_ptr<platform::DistributedObserver> m_statusObserver;
     platform::WorkerThreads m_workers;
 };
