@@ -8,6 +8,7 @@
 #include "Platform/FileStatus.h"
 #include "Platform/LeadingInteger.h"
 #include "Platform/PathText.h"
+#include "Platform/PrivateFiles.h"
 #include "Platform/PropertyList.h"
 #include "Platform/RemoveItem.h"
 #include "Shared/ZQLocalPaths.h"
@@ -52,12 +53,18 @@ bool isExecutableAt(const QString &path)
     return !platform::Bundle(path).executablePath().isNull();
 }
 
+// An updater that runs, or is just being launched, finds its files at every moment.
 QString freshWorkingCopy()
 {
     const auto path = appendingPathComponent(ZQLocalPaths::tempDirectory(), updater);
-    // Kept on purpose: failures show when the copy is to be run.
-    platform::removeItem(path);
-    platform::copyItem(enclosedPath(), path);
+    const auto copy = ZQLocalPaths::tempFile();
+    // Kept on purpose: a failure shows when the copy is to be run.
+    const auto failed = static_cast<bool>(platform::copyItem(enclosedPath(), copy));
+    if (failed || !platform::exchangeNames(copy, path)) {
+        platform::removeItem(path);
+        platform::renameWithoutReplacing(copy, path);
+    }
+    platform::removeItem(copy);
     return path;
 }
 

@@ -11,6 +11,8 @@
 
 #include <sys/stat.h>
 
+#include <filesystem>
+
 namespace test::updater {
 namespace {
 
@@ -48,7 +50,7 @@ void make(const QString &path, const QVariant &version)
 
 void remove(const QString &path)
 {
-    QDir(path).removeRecursively();
+    std::filesystem::remove_all(path.toStdString());
 }
 
 QStringList runs()
