@@ -16,9 +16,11 @@
 
 namespace {
 
-void alert(const QString &title, const QString &message)
+using platform::AlertStyle;
+
+void alert(const QString &title, const QString &message, platform::AlertStyle style)
 {
-    platform::runModalAlert({title, message, {}, {}, {}});
+    platform::runModalAlert({title, message, {}, {}, {}, style});
 }
 
 void alertOutcome(ZQLogGathering::Outcome outcome)
@@ -26,15 +28,16 @@ void alertOutcome(ZQLogGathering::Outcome outcome)
     switch (outcome) {
     case ZQLogGathering::Outcome::Compressed:
         alert(QStringLiteral("Logs gathered successfully"),
-              QStringLiteral("The gathered logs were placed on your desktop."));
+              QStringLiteral("The gathered logs were placed on your desktop."),
+              AlertStyle::Informational);
         break;
     case ZQLogGathering::Outcome::NotCompressed:
         alert(QStringLiteral("Logs could not be gathered"),
-              QStringLiteral("Please check your file permissions."));
+              QStringLiteral("Please check your file permissions."), AlertStyle::Warning);
         break;
     case ZQLogGathering::Outcome::NothingFound:
         alert(QStringLiteral("No logs found"),
-              QStringLiteral("There were no logs available to gather."));
+              QStringLiteral("There were no logs available to gather."), AlertStyle::Informational);
         break;
     case ZQLogGathering::Outcome::Failed:
         break; // kept on purpose: the console has been told
@@ -59,7 +62,7 @@ bool viewLog(const QString &name, const QString &ending, const QString &whereMis
     if (!library.isNull() && platform::fileExists(path)) {
         return openFile(path);
     }
-    alert(QStringLiteral("No log found"), whereMissing);
+    alert(QStringLiteral("No log found"), whereMissing, AlertStyle::Informational);
     return false;
 }
 
