@@ -91,7 +91,7 @@ QString iconOf(const Bundle &bundle, const QVariantMap &information)
     }
     // As it is named, or as one of the kinds that the desktop can show.
     for (const auto *kind : std::array{"", "svg", "png"}) {
-        const auto path = bundle.pathForResource(name, QLatin1String(kind));
+        auto path = bundle.pathForResource(name, QLatin1String(kind));
         if (path.endsWith(QStringLiteral(".svg")) || path.endsWith(QStringLiteral(".png"))) {
             return path;
         }

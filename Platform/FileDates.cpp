@@ -56,7 +56,7 @@ QDateTime creationDate(const QString &path)
     std::array<char, 64> text{};
     const auto size = ::getxattr(bytes.constData(), attribute, text.data(), text.size());
     if (size > 0) {
-        const auto date = QDateTime::fromString(
+        auto date = QDateTime::fromString(
             QString::fromLatin1(text.data(), static_cast<int>(size)), Qt::ISODateWithMs);
         if (date.isValid()) {
             return date;

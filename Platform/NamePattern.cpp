@@ -13,6 +13,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
+#include <string_view>
 
 namespace platform {
 namespace {
@@ -49,6 +51,30 @@ bool leadsSomewhere(int folder, const FolderEntries &entries)
     struct stat status {};
     return (entries.type() != DT_LNK && entries.type() != DT_UNKNOWN) ||
            ::fstatat(folder, entries.name(), &status, 0) == 0;
+}
+
+// Without a second piece of memory for the names that are the usual ones.
+QStringList pathsOf(const QString &folder, const std::vector<std::string_view> &names)
+{
+    const auto start = folder.endsWith(u'/') ? folder : folder + u'/';
+    QStringList paths;
+    paths.reserve(static_cast<int>(names.size()));
+    for (const auto name : names) {
+        const auto size = static_cast<int>(name.size());
+        const auto isAscii = std::all_of(name.begin(), name.end(), [](char byte) {
+            return static_cast<unsigned char>(byte) < 0x80U;
+        });
+        QString path;
+        path.reserve(start.size() + size);
+        path += start;
+        if (isAscii) {
+            path += QLatin1String(name.data(), size);
+        } else {
+            path += fileNameFromBytes(QByteArray(name.data(), size));
+        }
+        paths << path;
+    }
+    return paths;
 }
 
 } // namespace
@@ -175,7 +201,7 @@ bool NamePattern::matches(const char *name, std::size_t size) const
     }
 }
 
-QStringList namesInFolderMatching(const QString &folder, const QString &pattern)
+QStringList itemsInFolderMatching(const QString &folder, const QString &pattern)
 {
     const auto bytes = fileNameBytes(folder);
     if (bytes.contains('\0')) {
@@ -187,24 +213,29 @@ QStringList namesInFolderMatching(const QString &folder, const QString &pattern)
         return {};
     }
     const NamePattern matcher(fileNameBytes(pattern));
-    std::vector<QByteArray> names;
+    // All names in one piece: there may be very many.
+    std::string all;
+    std::vector<std::size_t> ends;
     FolderEntries entries(opened.number());
     while (entries.next()) {
         const auto size = std::strlen(entries.name());
         if (matcher.matches(entries.name(), size) && leadsSomewhere(opened.number(), entries)) {
-            names.emplace_back(entries.name(), static_cast<int>(size));
+            all.append(entries.name(), size);
+            ends.push_back(all.size());
         }
     }
     if (entries.error() != 0) {
         return {};
     }
-    std::sort(names.begin(), names.end());
-    QStringList list;
-    list.reserve(static_cast<int>(names.size()));
-    for (const auto &name : names) {
-        list << fileNameFromBytes(name);
+    std::vector<std::string_view> names;
+    names.reserve(ends.size());
+    std::size_t start = 0;
+    for (const auto end : ends) {
+        names.push_back(std::string_view(all).substr(start, end - start));
+        start = end;
     }
-    return list;
+    std::sort(names.begin(), names.end());
+    return pathsOf(folder, names);
 }
 
 } // namespace platform

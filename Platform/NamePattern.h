@@ -44,8 +44,8 @@ private:
     std::size_t m_fewest = 0; // bytes of a name that matches
 };
 
-// The names in a folder that match and lead to something that exists, links followed, sorted by
-// their bytes. Empty where the folder cannot be read.
-QStringList namesInFolderMatching(const QString &folder, const QString &pattern);
+// The paths of a folder's items whose names match and which lead to something that exists, links
+// followed, sorted by the names' bytes. Empty where the folder cannot be read.
+QStringList itemsInFolderMatching(const QString &folder, const QString &pattern);
 
 } // namespace platform

@@ -15,9 +15,9 @@ bool isPattern(const QString &text)
 }
 
 // The base may be null.
-QString joined(const QString &base, const QString &path)
+QString joined(const QString &basePath, const QString &pattern)
 {
-    return base.isNull() ? path : platform::appendingPathComponent(base, path);
+    return basePath.isNull() ? pattern : platform::appendingPathComponent(basePath, pattern);
 }
 
 // What has that name, or a name like it, in one of the folders.
@@ -26,12 +26,7 @@ QStringList itemsIn(const QStringList &folders, const QString &component)
     QStringList items;
     for (const auto &folder : folders) {
         if (isPattern(component)) {
-            const auto names = platform::namesInFolderMatching(folder, component);
-            items.reserve(items.size() + names.size());
-            const auto start = folder.endsWith(u'/') ? folder : folder + u'/';
-            for (const auto &name : names) {
-                items << start + name;
-            }
+            items += platform::itemsInFolderMatching(folder, component);
         } else if (auto path = platform::appendingPathComponent(folder, component);
                    platform::fileExists(path)) {
             items << path;

@@ -10,8 +10,9 @@
 
 namespace {
 
-// libdeflate's usual level; beside zip's usual one it is faster and packs tighter.
-constexpr int level = 6;
+// Beside zip's usual level it takes half the time and packs tighter; the next one packs little
+// more.
+constexpr int level = 5;
 
 // The bits of an empty stored block that ends at a whole byte: three zeros, zeros to the end of the
 // byte, then these.

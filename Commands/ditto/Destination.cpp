@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cerrno>
+#include <iterator>
 
 using platform::Descriptor;
 using platform::retried;
@@ -178,7 +179,8 @@ int Destination::finish()
 {
     m_open.close();
     // What is in a folder comes behind it in the order of paths, and so before it here.
-    for (auto folder = m_folders.rbegin(); folder != m_folders.rend(); ++folder) {
+    while (!m_folders.empty()) {
+        const auto folder = std::prev(m_folders.end());
         Names names;
         split(folder->first.mid(1), names);
         if (const auto error = open(names); error != 0) {
@@ -190,6 +192,7 @@ int Destination::finish()
             (state.hasTime && ::futimens(m_open.number(), times.data()) != 0)) {
             return errno;
         }
+        m_folders.erase(folder);
     }
     m_open.close();
     return 0;
