@@ -21,7 +21,7 @@ namespace {
 
 QString archivePath(const QString &desktop, const QString &appName)
 {
-    const auto path = desktop + platform::format(QStringLiteral("/%@ Logs.zip"), appName);
+    auto path = desktop + platform::format(QStringLiteral("/%@ Logs.zip"), appName);
     if (!platform::fileExists(path)) {
         return path;
     }
@@ -29,26 +29,20 @@ QString archivePath(const QString &desktop, const QString &appName)
     return path.chopped(4) + platform::format(QStringLiteral("_%@.zip"), time);
 }
 
-// What was readable for the user alone stays so, and what root puts on somebody's desktop belongs
-// to that somebody.
-void makePrivate(const QString &archive, const QString &desktop)
+// What only the user could read stays so. It belongs to whoever has gathered it: what root has read
+// is not given to the desktop's owner.
+void makePrivate(const QString &archive)
 {
     const platform::Descriptor file(platform::retried([&] {
         return ::open(platform::fileNameBytes(archive).constData(),
                       O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); // NOLINT(*-vararg)
     }));
     struct stat status {};
-    struct stat folder {};
     // With a second name it would be something else that was put there meanwhile.
-    if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || status.st_uid != ::geteuid() ||
-        status.st_nlink != 1) {
-        return;
-    }
-    // Where these fail, the archive is no less whole.
-    [[maybe_unused]] auto result = ::fchmod(file.number(), S_IRUSR | S_IWUSR);
-    if (status.st_uid == 0 && ::stat(platform::fileNameBytes(desktop).constData(), &folder) == 0 &&
-        folder.st_uid != 0) {
-        result = ::fchown(file.number(), folder.st_uid, folder.st_gid);
+    if (file.isOpen() && ::fstat(file.number(), &status) == 0 && status.st_uid == ::geteuid() &&
+        status.st_nlink == 1) {
+        // Where this fails, the archive is no less whole.
+        [[maybe_unused]] const auto result = ::fchmod(file.number(), S_IRUSR | S_IWUSR);
     }
 }
 
@@ -66,6 +60,6 @@ ZQLogGathering::Outcome ZQLogGathering::compress() const
     if (!isDone) {
         return Outcome::NotCompressed;
     }
-    makePrivate(archive, desktop);
+    makePrivate(archive);
     return Outcome::Compressed;
 }

@@ -56,7 +56,7 @@ bool isExecutableAt(const QString &path)
 // An updater that runs, or is just being launched, finds its files at every moment.
 QString freshWorkingCopy()
 {
-    const auto path = appendingPathComponent(ZQLocalPaths::tempDirectory(), updater);
+    auto path = appendingPathComponent(ZQLocalPaths::tempDirectory(), updater);
     const auto copy = ZQLocalPaths::tempFile();
     // Kept on purpose: a failure shows when the copy is to be run.
     const auto failed = static_cast<bool>(platform::copyItem(enclosedPath(), copy));
@@ -75,7 +75,7 @@ void logFailure(const QString &reason)
 
 QString loggedUpdaterPath()
 {
-    const auto path = ZQSoftwareUpdate::updaterPath();
+    auto path = ZQSoftwareUpdate::updaterPath();
     if (path.isNull()) {
         logFailure(QStringLiteral("path doesn't exist"));
     }

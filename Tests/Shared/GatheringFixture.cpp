@@ -95,7 +95,7 @@ QStringList GatheringFixture::desktopNames()
     return QDir(desktop()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
 }
 
-QString GatheringFixture::complaintAboutArchive(QStringList files, const QString &name)
+QString GatheringFixture::complaintAboutArchive(const QStringList &files, const QString &name)
 {
     QSet<QString> expected;
     for (const auto &file : files) {

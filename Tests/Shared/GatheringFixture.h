@@ -29,7 +29,7 @@ public:
     // "Ostrel Logs.zip" holds exactly these files, given by their own paths, in the folders that
     // they came from, and nothing else, and two unpackers find no fault with it. Null, or what is
     // wrong.
-    static QString complaintAboutArchive(QStringList files,
+    static QString complaintAboutArchive(const QStringList &files,
                                          const QString &name = QStringLiteral("Ostrel Logs.zip"));
     // The bytes of one of them.
     static QByteArray gathered(const QString &file,
