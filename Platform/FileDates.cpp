@@ -56,8 +56,8 @@ QDateTime creationDate(const QString &path)
     std::array<char, 64> text{};
     const auto size = ::getxattr(bytes.constData(), attribute, text.data(), text.size());
     if (size > 0) {
-        auto date = QDateTime::fromString(
-            QString::fromLatin1(text.data(), static_cast<int>(size)), Qt::ISODateWithMs);
+        auto date = QDateTime::fromString(QString::fromLatin1(text.data(), static_cast<int>(size)),
+                                          Qt::ISODateWithMs);
         if (date.isValid()) {
             return date;
         }

@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <iterator>
@@ -32,6 +33,15 @@ std::array<timespec, 2> timesOf(time_t time)
 int errorOf(int result)
 {
     return result == 0 ? 0 : errno;
+}
+
+QByteArray pathOf(const std::vector<QByteArray> &names)
+{
+    QByteArray path;
+    for (const auto &name : names) {
+        path += '/' + name;
+    }
+    return path;
 }
 
 } // namespace
@@ -81,25 +91,28 @@ int Destination::enter(int folder, const QByteArray &name, const QByteArray &pat
 
 int Destination::open(const Names &names)
 {
-    if (m_open.isOpen() && names == m_openNames) {
-        return 0;
+    // On from the folder of the last item where that is on the way.
+    const auto isOnTheWay = m_open.isOpen() && m_openNames.size() <= names.size() &&
+                            std::equal(m_openNames.begin(), m_openNames.end(), names.begin());
+    if (!isOnTheWay) {
+        m_openNames.clear();
+        m_open = Descriptor(
+            retried([&] { return ::openat(m_root, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+        if (!m_open.isOpen()) {
+            return errno;
+        }
     }
-    Descriptor folder(
-        retried([&] { return ::openat(m_root, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (!folder.isOpen()) {
-        return errno;
-    }
-    QByteArray path;
-    for (const auto &name : names) {
+    auto path = pathOf(m_openNames);
+    while (m_openNames.size() < names.size()) {
+        const auto &name = names[m_openNames.size()];
         Descriptor entered;
         path += '/' + name;
-        if (const auto error = enter(folder.number(), name, path, entered); error != 0) {
+        if (const auto error = enter(m_open.number(), name, path, entered); error != 0) {
             return error;
         }
-        folder = std::move(entered);
+        m_open = std::move(entered);
+        m_openNames.push_back(name);
     }
-    m_open = std::move(folder);
-    m_openNames = names;
     return 0;
 }
 
@@ -121,11 +134,7 @@ int Destination::addFolder(const QByteArray &name, mode_t mode, time_t time)
     }
     const auto error = open(names);
     if (error == 0 && !names.empty()) {
-        QByteArray path;
-        for (const auto &part : names) {
-            path += '/' + part;
-        }
-        m_folders[path] = {mode & keptModeBits, true, time};
+        m_folders[pathOf(names)] = {mode & keptModeBits, true, time};
     }
     return error;
 }

@@ -145,7 +145,7 @@ class Made(DittoTest):
         home = os.getcwd()
         os.chdir(self.path("tree"))
         try:
-            for _ in range(1500):
+            for _ in range(700):
                 os.mkdir("folder")
                 os.chdir("folder")
             write("./file", b"deep")
@@ -155,7 +155,7 @@ class Made(DittoTest):
         self.done("-xk", self.path("a.zip"), self.path("out"))
         os.chdir(self.path("out"))
         try:
-            for _ in range(1500):
+            for _ in range(700):
                 os.chdir("folder")
             with open("file", "rb") as file:
                 self.assertEqual(file.read(), b"deep")
