@@ -31,7 +31,10 @@ constexpr int longestTitle = 30;
 
 class AlertIcon : public QWidget {
 public:
-    explicit AlertIcon(QWidget *parent) : QWidget(parent)
+    AlertIcon(AlertStyle alertStyle, QWidget *parent)
+        : QWidget(parent),
+          m_picture(alertStyle == AlertStyle::Warning ? QStyle::SP_MessageBoxWarning
+                                                      : QStyle::SP_MessageBoxInformation)
     {
         const auto side = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
         setFixedSize(icon().actualSize(QSize(side, side)));
@@ -46,10 +49,9 @@ protected:
     }
 
 private:
-    QIcon icon() const
-    {
-        return style()->standardIcon(QStyle::SP_MessageBoxWarning, nullptr, this);
-    }
+    QIcon icon() const { return style()->standardIcon(m_picture, nullptr, this); }
+
+    QStyle::StandardPixmap m_picture;
 };
 
 // Screen readers announce a window with this role at once, whole.
@@ -108,7 +110,7 @@ AlertPanel::AlertPanel(const AlertDescription &description, QWidget *parent)
 
     auto *layout = new QGridLayout(this);
     layout->setSizeConstraint(QLayout::SetFixedSize);
-    layout->addWidget(new AlertIcon(this), 0, 0, 3, 1, Qt::AlignTop);
+    layout->addWidget(new AlertIcon(description.style, this), 0, 0, 3, 1, Qt::AlignTop);
     layout->addWidget(m_message, 0, 1);
     layout->addWidget(m_body, 1, 1);
     layout->setRowStretch(2, 1);

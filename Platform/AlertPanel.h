@@ -19,6 +19,9 @@ enum AlertReturn : qint64 {
     AlertDefaultReturn = 1,
 };
 
+// What the picture beside the text says.
+enum class AlertStyle { Warning, Informational };
+
 // What an alert says. A null or empty title of the default button stands for the system's OK
 // button; the two other buttons exist only where they have a title.
 struct AlertDescription {
@@ -27,13 +30,14 @@ struct AlertDescription {
     QString defaultButton;
     QString alternateButton;
     QString otherButton;
+    AlertStyle style = AlertStyle::Warning;
 
     // The answer of somebody who wants to decide nothing, which is what Esc gives: that of the
     // alternate button, else of the other, else of the default one.
     qint64 escapeReturn() const;
 };
 
-// NSAlert: a warning with a headline, a body and one to three buttons. All texts are plain text;
+// NSAlert: a message with a headline, a body and one to three buttons. All texts are plain text;
 // they wrap, scroll when they are too long for the screen, and end in "..." after some thousand
 // characters.
 //

@@ -83,6 +83,15 @@ bool renameWithoutReplacing(const QString &from, const QString &to)
                          target.name) == 0;
 }
 
+bool exchangeNames(const QString &one, const QString &other)
+{
+    ItemPlace first;
+    ItemPlace second;
+    return openPlace(one, first) == 0 && openPlace(other, second) == 0 &&
+           ::renameat2(first.folder.number(), first.name.constData(), second.folder.number(),
+                       second.name.constData(), RENAME_EXCHANGE) == 0;
+}
+
 bool nameExists(const QString &path)
 {
     struct stat status {};

@@ -19,6 +19,10 @@ bool createEmptyPrivateFile(const QString &path, QString *error);
 // Renames inside one file system. False, and nothing happens, where the new path exists already.
 bool renameWithoutReplacing(const QString &from, const QString &to);
 
+// Gives either item the path of the other in one step. False, and nothing happens, where there are
+// not two, or the file system cannot.
+bool exchangeNames(const QString &one, const QString &other);
+
 // Whether anything has this name, be it a link that leads nowhere.
 bool nameExists(const QString &path);
 

@@ -12,7 +12,6 @@
 #include <QMetaType>
 
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 
 namespace listenerPreferences {
@@ -78,16 +77,6 @@ bool isOnUnlessZero(const QVariantMap &preferences, const QString &key)
 bool isOnOnlyAtOne(const QVariantMap &preferences, const QString &key)
 {
     return number(preferences.value(key)) == 1;
-}
-
-qlonglong leadingInteger(const QString &text)
-{
-    // White space as Unicode knows it, which strtoll would not skip.
-    qsizetype begin = 0;
-    while (begin < text.size() && text.at(static_cast<int>(begin)).isSpace()) {
-        ++begin;
-    }
-    return std::strtoll(text.mid(static_cast<int>(begin)).toLatin1().constData(), nullptr, 10);
 }
 
 } // namespace listenerPreferences

@@ -38,8 +38,4 @@ bool isOnUnlessZero(const QVariantMap &preferences, const QString &key);
 // ... and the others are on only at 1.
 bool isOnOnlyAtOne(const QVariantMap &preferences, const QString &key);
 
-// The leading decimal integer of a text, white space before it skipped; 0 where there is none. A
-// number beyond 64 bits gives the nearest that fits.
-qlonglong leadingInteger(const QString &text);
-
 } // namespace listenerPreferences

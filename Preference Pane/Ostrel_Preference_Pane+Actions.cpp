@@ -7,6 +7,7 @@
 #include "ui_Ostrel_Preference_Pane.h"
 
 #include <QDesktopServices>
+#include <QPointer>
 #include <QStyle>
 #include <QUrl>
 
@@ -59,11 +60,8 @@ void Ostrel_Preference_Pane::connectControls()
             &Ostrel_Preference_Pane::gatherLogs);
     if (!ZQSoftwareUpdate::isAvailable()) {
         disableWithReason(m_ui->updateCheckButton,
-                          tr("Checking for updates is not available yet in this version."));
-    }
-    if (!ZQTroubleshootingUtils::isAvailable()) {
-        disableWithReason(m_ui->gatherLogsButton,
-                          tr("Gathering logs is not available yet in this version."));
+                          tr("The application “Corvane Software Update”, which checks for updates, "
+                             "is not installed on this computer."));
     }
     if (manualPath().isNull()) {
         disableWithReason(m_ui->userManualButton, tr("This version comes without a manual."));
@@ -84,9 +82,38 @@ void Ostrel_Preference_Pane::showNotice(const QString &text)
     m_ui->noticeFrame->setVisible(!text.isNull());
 }
 
+bool Ostrel_Preference_Pane::beginAction(QPushButton *button)
+{
+    const auto begun = m_actions.begin(button);
+    if (begun) {
+        m_ui->statusSpinner->startAnimation();
+    }
+    return begun;
+}
+
+void Ostrel_Preference_Pane::endAction(QPushButton *button)
+{
+    m_actions.end(button);
+    stopSpinnerWhenIdle();
+}
+
+void Ostrel_Preference_Pane::stopSpinnerWhenIdle()
+{
+    if (!isProcessing() && m_actions.areNone()) {
+        m_ui->statusSpinner->stopAnimation();
+    }
+}
+
 void Ostrel_Preference_Pane::manualUpdateCheck()
 {
+    if (!beginAction(m_ui->updateCheckButton)) {
+        return;
+    }
+    const QPointer<Ostrel_Preference_Pane> self(this);
     ZQSoftwareUpdate::launchSoftwareUpdate();
+    if (self != nullptr) {
+        endAction(m_ui->updateCheckButton);
+    }
 }
 
 void Ostrel_Preference_Pane::userManual()
@@ -105,6 +132,29 @@ void Ostrel_Preference_Pane::leaveFeedback()
 
 void Ostrel_Preference_Pane::gatherLogs()
 {
+    if (!beginAction(m_ui->gatherLogsButton)) {
+        return;
+    }
+    const QPointer<Ostrel_Preference_Pane> self(this);
     ZQTroubleshootingUtils::gatherLogsForAppsWithNames(
-        {QStringLiteral("Ostrel"), QStringLiteral("OstrelListener")});
+        {QStringLiteral("Ostrel"), QStringLiteral("OstrelListener")}, Silent::No, {},
+        [self](const ZQGatheringRemarks &remarks) {
+            if (self != nullptr) {
+                self->endAction(self->m_ui->gatherLogsButton);
+                self->showRemarks(remarks);
+            }
+        });
+    // Nothing more: the pane may have been closed meanwhile.
+}
+
+void Ostrel_Preference_Pane::showRemarks(const ZQGatheringRemarks &remarks)
+{
+    if (!remarks.failure.isNull()) {
+        showNotice(tr("The logs could not be gathered: %1").arg(remarks.failure));
+    } else if (!remarks.unreadableFolders.isEmpty()) {
+        showNotice(tr("Not gathered, because it cannot be read: %1")
+                       .arg(remarks.unreadableFolders.join(QStringLiteral("; "))));
+    } else {
+        showNotice({});
+    }
 }

@@ -92,7 +92,7 @@ void Ostrel_Preference_Pane::endClientOperation()
 {
     setProcessing(false);
     platform::performOnMainThreadAndWait([this] { updateEnabledStatus(); });
-    platform::performOnMainThreadAndWait([this] { m_ui->statusSpinner->stopAnimation(); });
+    platform::performOnMainThreadAndWait([this] { stopSpinnerWhenIdle(); });
 }
 
 void Ostrel_Preference_Pane::setupClient()

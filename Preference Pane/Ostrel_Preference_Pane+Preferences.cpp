@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 // The controls and the listener preferences file.
+#include "Platform/LeadingInteger.h"
 #include "Platform/PropertyList.h"
 #include "Platform/TextFormat.h"
 #include "Preference Pane/ListenerPreferences.h"
@@ -72,7 +73,7 @@ void Ostrel_Preference_Pane::savePrefs()
         preferences[keys::selectedMACAddress] = address;
     }
     preferences[keys::customPortSet] = state(m_ui->networkCustomPortCheck);
-    preferences[keys::customPort] = keys::leadingInteger(m_ui->networkCustomPortText->text());
+    preferences[keys::customPort] = platform::leadingInteger(m_ui->networkCustomPortText->text());
     preferences[keys::disableBonjour] = state(m_ui->networkDisableBonjour);
     preferences[keys::confirmConnections] = state(m_ui->securityConfirmConnections);
     preferences[keys::limitToOneConnection] = state(m_ui->securityAllowOneConnection);
@@ -105,7 +106,7 @@ void Ostrel_Preference_Pane::savePortIfEdited()
 void Ostrel_Preference_Pane::showPortHint()
 {
     constexpr qlonglong lastPort = 65535;
-    const qlonglong port = keys::leadingInteger(m_ui->networkCustomPortText->text());
+    const qlonglong port = platform::leadingInteger(m_ui->networkCustomPortText->text());
     const bool usable = port > 0 && port <= lastPort;
     m_ui->networkPortHint->setVisible(!usable);
 }

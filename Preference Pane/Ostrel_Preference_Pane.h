@@ -5,6 +5,7 @@
 #include "Platform/DistributedNotificationCenter.h"
 #include "Platform/PreferencePane.h"
 #include "Platform/WorkerThreads.h"
+#include "Preference Pane/RunningActions.h"
 
 #include <QTimer>
 #include <QVariant>
@@ -18,6 +19,7 @@
 namespace Ui {
 class Ostrel_Preference_Pane;
 }
+struct ZQGatheringRemarks;
 
 enum class ChangeSwitch { No, Yes };
 
@@ -128,6 +130,10 @@ private:
     void performLater(std::function<void()> call);
     static std::chrono::milliseconds inPaneTime(std::chrono::seconds interval);
     QString manualPath() const;
+    bool beginAction(QPushButton *button);
+    void endAction(QPushButton *button);
+    void stopSpinnerWhenIdle();
+    void showRemarks(const ZQGatheringRemarks &remarks);
 
     std::unique_ptr<Ui::Ostrel_Preference_Pane> m_ui;
     QWidget *m_mainView = nullptr;
@@ -137,6 +143,7 @@ private:
     std::unique_ptr<QTimer> m_statusTimer;
     QTimer m_portTimer;
     std::future<QString> m_systemProfile;
+    RunningActions m_actions;
     std::unique_ptr<platform::DistributedObserver> m_statusObserver;
     platform::WorkerThreads m_workers;
 };

@@ -4,14 +4,51 @@
 
 #include <QStringList>
 
-// Gathers what support needs.
-//
-// Not available yet: gathering ends with a console line.
+#include <functional>
+
+enum class Silent { No, Yes };
+
+// What a gathering has to say beside its alerts.
+struct ZQGatheringRemarks {
+    // Why there is no archive where no alert has told so, in the system's words; else null.
+    QString failure;
+    // The folders that are there and could not be listed, each with the system's words.
+    QStringList unreadableFolders;
+};
+
+// Gathers what support needs to know about programs of the maker, and shows their logs. Nothing is
+// kept. Any thread; the main thread dispatches events meanwhile.
 class ZQTroubleshootingUtils {
 public:
-    // Whether gathering logs can do anything.
-    static bool isAvailable() { return false; }
+    // Told, on the calling thread, when the gathering is over and before the alert.
+    using Finished = std::function<void(const ZQGatheringRemarks &remarks)>;
 
-    /// gatherLogsForAppsWithNames: collects logs, crash reports and preferences of these programs.
-    static void gatherLogsForAppsWithNames(const QStringList &names);
+    ZQTroubleshootingUtils() = delete;
+
+    /// gatherLogsForAppsWithNames:silent:additionalFiles:
+    /// Puts the programs' logs, crash reports and preferences, of the user and of the computer,
+    /// and the additional files (absolute paths) into a zip archive on the desktop that is named
+    /// after the first program. True when there is one. Unless silent, an alert tells the outcome
+    /// and the call waits for its button. Where a file cannot be copied there is a console line and
+    /// no alert, and what was copied before stays in "ZQ_App_Logs" in the temporary folder until
+    /// the next gathering, as it does where nothing was found: kept on purpose. The process's
+    /// current directory changes: kept on purpose.
+    static bool gatherLogsForAppsWithNames(const QStringList &names, Silent silent,
+                                           const QStringList &additionalFiles,
+                                           const Finished &finished = {});
+    /// gatherLogsForAppsWithNames:silent:
+    static bool gatherLogsForAppsWithNames(const QStringList &names, Silent silent);
+    /// gatherLogsForAppsWithNames:
+    static bool gatherLogsForAppsWithNames(const QStringList &names);
+    /// gatherLogsForAppWithName:
+    /// False for a null name.
+    static bool gatherLogsForAppWithName(const QString &name);
+
+    /// viewLogForApp:
+    /// Opens the program's current log in the desktop's application for it; an alert where there is
+    /// no such log. Whether that worked.
+    static bool viewLogForApp(const QString &name);
+    /// viewTaskLogForApp:
+    /// The same with the log of its last task.
+    static bool viewTaskLogForApp(const QString &name);
 };

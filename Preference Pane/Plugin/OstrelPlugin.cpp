@@ -2,6 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/PreferencePane.h"
 #include "Preference Pane/Ostrel_Preference_Pane.h"
+#include "Shared/ZQLog.h"
+
+#include <mutex>
 
 // Root object of the plug-in in the pane's bundle.
 class OstrelPlugin : public QObject, public platform::PreferencePanePlugin {
@@ -15,6 +18,12 @@ public:
         if (principalClass != QLatin1String("Ostrel_Preference_Pane")) {
             return nullptr;
         }
+        // One log for the process, under the name that log gathering looks for.
+        static std::once_flag once;
+        std::call_once(once, [] {
+            ZQLog::sharedController().setAppName(QStringLiteral("Ostrel"));
+            ZQLog::createNewLog();
+        });
         return new Ostrel_Preference_Pane(bundle);
     }
 };

@@ -26,6 +26,8 @@ private Q_SLOTS:
     void anEmptyFileReplacesALinkNotItsTarget();
     void aFailedEmptyFileSaysWhyAndLeavesNothingBehind();
     void renamingRefusesToReplace();
+    void exchangingGivesEitherTheOthersName();
+    void exchangingNeedsTwo();
     void aNameThatALinkToNowhereHasExists();
 
     void anAppendFileMustExist();
@@ -151,6 +153,25 @@ void PrivateFilesTest::renamingRefusesToReplace()
     QCOMPARE(contents(path("c")), QByteArray("a"));
     QVERIFY(!QFile::exists(path("a")));
     QVERIFY(!platform::renameWithoutReplacing(path("missing"), path("d")));
+}
+
+void PrivateFilesTest::exchangingGivesEitherTheOthersName()
+{
+    write(path("a"), "a");
+    QVERIFY(QDir().mkdir(path("b")));
+    QVERIFY(platform::exchangeNames(path("a"), path("b")));
+    QCOMPARE(contents(path("b")), QByteArray("a"));
+    QVERIFY(QFileInfo(path("a")).isDir());
+}
+
+void PrivateFilesTest::exchangingNeedsTwo()
+{
+    write(path("a"), "a");
+    QVERIFY(!platform::exchangeNames(path("a"), path("b")));
+    QVERIFY(!platform::exchangeNames(path("b"), path("a")));
+    QVERIFY(!platform::exchangeNames(QString(), path("a")));
+    QCOMPARE(contents(path("a")), QByteArray("a"));
+    QVERIFY(!QFileInfo::exists(path("b")));
 }
 
 void PrivateFilesTest::aNameThatALinkToNowhereHasExists()

@@ -42,8 +42,6 @@ private Q_SLOTS:
     void aFileThatIsNoDictionaryShowsTheDefaults();
     void aStoredPortShowsOnlyAboveZero_data();
     void aStoredPortShowsOnlyAboveZero();
-    void theLeadingIntegerOfATextIsItsValue_data();
-    void theLeadingIntegerOfATextIsItsValue();
     void aFifoInPlaceOfTheFileDoesNotBlock();
 };
 
@@ -153,29 +151,6 @@ void PreferencesReadingTest::aStoredPortShowsOnlyAboveZero()
     PaneFixture::writePreferences({{QStringLiteral("customPort"), value}});
     fixture.open();
     QTEST(fixture.control<QLineEdit>("networkCustomPortText")->text(), "text");
-}
-
-void PreferencesReadingTest::theLeadingIntegerOfATextIsItsValue_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<qlonglong>("value");
-    QTest::newRow("digits") << QStringLiteral("8080") << 8080LL;
-    QTest::newRow("digits, then letters") << QStringLiteral("80ab") << 80LL;
-    QTest::newRow("white space first") << QStringLiteral(" \t\u00a0 81") << 81LL;
-    QTest::newRow("no number") << QStringLiteral("ab80") << 0LL;
-    QTest::newRow("empty") << QString() << 0LL;
-    QTest::newRow("negative") << QStringLiteral("-5") << -5LL;
-    QTest::newRow("above the ports") << QStringLiteral("70000") << 70000LL;
-    QTest::newRow("a real") << QStringLiteral("80.9") << 80LL;
-    QTest::newRow("hexadecimal") << QStringLiteral("0x50") << 0LL;
-    QTest::newRow("beyond 64 bits")
-        << QStringLiteral("99999999999999999999") << std::numeric_limits<qlonglong>::max();
-}
-
-void PreferencesReadingTest::theLeadingIntegerOfATextIsItsValue()
-{
-    QFETCH(QString, text);
-    QTEST(listenerPreferences::leadingInteger(text), "value");
 }
 
 void PreferencesReadingTest::aFifoInPlaceOfTheFileDoesNotBlock()
