@@ -6,9 +6,8 @@
 #include "Packaging/ManualMaker/PageBreaks.h"
 
 #include <QAbstractTextDocumentLayout>
-#include <QGuiApplication>
 #include <QImageReader>
-#include <QScreen>
+#include <QPaintDevice>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QUrl>
@@ -97,9 +96,7 @@ void ManualDocument::limitPictures(qreal width)
 void ManualDocument::layOut(QPaintDevice *device, QSizeF size)
 {
     documentLayout()->setPaintDevice(device);
-    // Sizes in formats are pixels of the screen.
-    const qreal screen = QGuiApplication::primaryScreen()->logicalDotsPerInchY();
-    limitPictures(size.width() * screen / device->logicalDpiX());
+    limitPictures(size.width() / device->logicalDpiX() * manualStyle::distancesPerInch);
     setPageSize(size);
     pageBreaks::improve(*this);
 }

@@ -76,7 +76,7 @@ bool printManual(ManualDocument &document, const QString &version, QIODevice &de
         context.palette.setColor(QPalette::Text, Qt::black);
         document.documentLayout()->draw(&painter, context);
         painter.restore();
-        drawFooter(painter, text, left, QStringLiteral("%1 / %2").arg(page + 1).arg(pages));
+        drawFooter(painter, text, left, QStringLiteral("Page %1 of %2").arg(page + 1).arg(pages));
     }
     return painter.end();
 }

@@ -7,9 +7,10 @@
 
 class QTextDocument;
 
-// How a manual looks: fonts, colours and distances. Distances are pixels of a screen with 96 to an
-// inch.
+// How a manual looks: fonts, colours and distances, which are counted in parts of an inch.
 namespace manualStyle {
+
+constexpr qreal distancesPerInch = 96;
 
 // A picture's pixels, taken at scale 2, as distances; windows are shown a little smaller than on a
 // screen, because paper is held nearer.

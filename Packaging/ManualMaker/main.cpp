@@ -51,7 +51,7 @@ int makeManual(const QString &source, const QString &pictures, const QString &ta
 
 int main(int argc, char *argv[])
 {
-    // The same on every computer, with a screen or without.
+    // What a distance is, whatever the screen; see manualStyle::distancesPerInch.
     QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
     const QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("manual-maker"));
