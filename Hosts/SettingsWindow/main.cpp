@@ -75,7 +75,8 @@ int main(int argc, char *argv[])
         QStringLiteral("Write a picture of the pane to this PNG file and leave."),
         QStringLiteral("FILE"));
     const QCommandLineOption pageOption(
-        QStringLiteral("page"), QStringLiteral("Open this page: general, keyboard, network or security."),
+        QStringLiteral("page"),
+        QStringLiteral("Open this page: general, keyboard, network or security."),
         QStringLiteral("NAME"));
     parser.addOptions({paneOption, screenshotOption, pageOption});
     parser.process(application);

@@ -42,6 +42,7 @@ def tree(folder):
 
 class ManualPictures(unittest.TestCase):
     def test_they_are_the_same_whatever_the_user_has_and_touch_none_of_it(self):
+        self.assertEqual(take("/tmp/before").returncode, 0)
         presets = f"{HOME}/Library/Application Support/Corvane/Ostrel/Keyboard Layouts"
         os.makedirs(presets)
         os.makedirs(f"{HOME}/Library/Preferences")
@@ -55,7 +56,7 @@ class ManualPictures(unittest.TestCase):
         self.assertEqual(tree(HOME), before)
         for page in PAGES:
             self.assertTrue(contents(f"/tmp/pictures/{page}.png") ==
-                            contents(f"{BUILD}/manual/{page}.png"), page)
+                            contents(f"/tmp/before/{page}.png"), page)
 
     def test_each_page_has_a_picture_of_its_own_and_nothing_else_is_left(self):
         take("/tmp/four")
@@ -64,12 +65,13 @@ class ManualPictures(unittest.TestCase):
 
     def test_a_picture_that_has_not_changed_is_left_alone(self):
         take("/tmp/twice", "general", "network")
+        network = contents("/tmp/twice/network.png")
         os.utime("/tmp/twice/general.png", (1, 1))
         shutil.copy("/tmp/twice/general.png", "/tmp/twice/network.png")
         done = take("/tmp/twice", "general", "network")
         self.assertEqual(done.returncode, 0)
         self.assertEqual(os.stat("/tmp/twice/general.png").st_mtime, 1)
-        self.assertTrue(contents("/tmp/twice/network.png") == contents(f"{BUILD}/manual/network.png"))
+        self.assertTrue(contents("/tmp/twice/network.png") == network)
 
     def test_a_program_that_fails_is_an_error_with_its_words(self):
         done = take("/tmp/failed", "general", "sound")
