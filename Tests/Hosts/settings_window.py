@@ -40,7 +40,7 @@ class SettingsWindow(unittest.TestCase):
         self.assertRegex(done.stdout, r"^ostrel-settings \d+\.\d+\.\d+\n$")
 
     def test_a_picture_of_each_page_is_written(self):
-        for page in ("general", "network", "security"):
+        for page in ("general", "keyboard", "network", "security"):
             with self.subTest(page=page):
                 done = run("--page", page, "--screenshot", f"/tmp/{page}.png")
                 self.assertEqual((done.returncode, done.stdout), (0, ""))

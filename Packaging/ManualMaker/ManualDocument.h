@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QTextDocument>
+
+class QPaintDevice;
+
+// A text in Markdown, set for paper: headings, tables, code, and pictures from a folder.
+class ManualDocument : public QTextDocument {
+    Q_OBJECT
+public:
+    explicit ManualDocument(QString pictureFolder);
+
+    // Takes the text. Null, or why it makes no manual, in words: it has no title, or a picture that
+    // it shows cannot be read.
+    QString take(const QString &markdown);
+
+    // The text's first heading.
+    QString title() const { return m_title; }
+
+    // Sets the text in columns of this size, in the device's pixels. Headings stay with what
+    // follows them, and tables, pictures and code stay whole where a page has room for them.
+    void layOut(QPaintDevice *device, QSizeF size);
+
+protected:
+    QVariant loadResource(int type, const QUrl &name) override;
+
+private:
+    void limitPictures(qreal width);
+
+    QString m_pictureFolder;
+    QString m_title;
+    QString m_error;
+};
