@@ -4,6 +4,7 @@
 
 #include "Platform/FileReference.h"
 #include "Shared/ShouldAuth.h"
+#include "Shared/ZQFileManagerAsynchronousCopy.h"
 
 #include <QString>
 #include <QStringList>
@@ -21,7 +22,7 @@
 // What is protected as a system directory itself is never trashed, removed or moved. Missing items
 // count as trashed and removed. The entries of a folder are taken as they are: a symbolic link
 // among them is an item of its own and never followed.
-class ZQFileManager {
+class ZQFileManager : public ZQFileManagerAsynchronousCopy {
 public:
     ZQFileManager() = delete;
 
