@@ -100,13 +100,11 @@ void runOurs(const std::string &source, const std::string &copy)
 }
 
 template <typename Copy>
-double milliseconds(const std::string &folder, const Copy &copy)
+double milliseconds(const Copy &copy, const std::string &source, const std::string &to)
 {
-    const auto to = folder + "/copy";
-    std::filesystem::remove_all(to);
     ::sync();
     const auto start = Clock::now();
-    copy(folder + "/source", to);
+    copy(source, to);
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
@@ -122,8 +120,17 @@ void compare(const char *what, const std::string &folder)
     std::vector<double> ourTimes;
     std::vector<double> theirTimes;
     for (int round = 0; round < rounds; ++round) {
-        ourTimes.push_back(milliseconds(folder, runOurs));
-        theirTimes.push_back(milliseconds(folder, runCp));
+        // Names of their own: some file systems are slow to make files where many have just gone.
+        const auto ours = folder + "/ours " + std::to_string(round);
+        const auto theirs = folder + "/theirs " + std::to_string(round);
+        ourTimes.push_back(milliseconds(runOurs, folder + "/source", ours));
+        if (std::filesystem::is_regular_file(ours)) {
+            std::filesystem::remove(ours);
+        }
+        theirTimes.push_back(milliseconds(runCp, folder + "/source", theirs));
+        if (std::filesystem::is_regular_file(theirs)) {
+            std::filesystem::remove(theirs);
+        }
     }
     const auto ours = median(ourTimes);
     const auto theirs = median(theirTimes);
