@@ -65,7 +65,9 @@ FileOperation::FileOperation() : m_rate(TransferRate::Clock::now())
 
 FileOperation::~FileOperation()
 {
-    cancel();
+    if (m_run != nullptr) {
+        m_run->progress().cancel();
+    }
     --operations;
 }
 
