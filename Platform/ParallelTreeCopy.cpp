@@ -26,8 +26,8 @@
 namespace platform {
 namespace {
 
-constexpr auto folderFlags = O_RDONLY | O_DIRECTORY;
-constexpr auto fileFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY;
+constexpr auto asFolder = O_RDONLY | O_DIRECTORY;
+constexpr auto asFile = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 // Beyond that a folder becomes a new start: the system takes paths of 4096 bytes.
 constexpr auto longestRelativePath = 3500;
 // Files in one folder are made one after the other, so that more would be in each other's way.
@@ -46,9 +46,9 @@ std::shared_ptr<const FolderPair> openAgain(const CopiedFolder &folder)
     }
     auto open = std::make_shared<FolderPair>();
     const auto *path = folder.path.constData();
-    open->from = Descriptor(openBeneath(folder.start->from.number(), path, folderFlags));
+    open->from = Descriptor(openBeneath(folder.start->from.number(), path, asFolder));
     if (open->from.isOpen()) {
-        open->to = Descriptor(openBeneath(folder.start->to.number(), path, folderFlags));
+        open->to = Descriptor(openBeneath(folder.start->to.number(), path, asFolder));
     }
     return open;
 }
@@ -201,7 +201,7 @@ int ParallelTreeCopy::Worker::enter(CopyTask &task)
     m_progress.setCurrentItem(above->path, task.below);
     const auto *path = folder->path.constData();
     auto open = std::make_shared<FolderPair>();
-    open->from = Descriptor(openBeneath(folder->start->from.number(), path, folderFlags));
+    open->from = Descriptor(openBeneath(folder->start->from.number(), path, asFolder));
     if (!open->from.isOpen() || ::fstat(open->from.number(), &folder->status) != 0) {
         return errno;
     }
@@ -209,7 +209,7 @@ int ParallelTreeCopy::Worker::enter(CopyTask &task)
     if (::mkdirat(folder->start->to.number(), path, S_IRWXU) != 0) {
         return errno;
     }
-    open->to = Descriptor(openBeneath(folder->start->to.number(), path, folderFlags));
+    open->to = Descriptor(openBeneath(folder->start->to.number(), path, asFolder));
     if (!open->to.isOpen()) {
         return errno;
     }
@@ -308,7 +308,7 @@ HardLinks::Outcome ParallelTreeCopy::Worker::linkOrMake(const CopyTask &task,
 int ParallelTreeCopy::Worker::copyFile(const CopyTask &task, const QByteArray &name)
 {
     m_progress.setCurrentItem(task.folder->path, name);
-    const Descriptor source(openBeneath(task.open->from.number(), name.constData(), fileFlags));
+    const Descriptor source(openBeneath(task.open->from.number(), name.constData(), asFile));
     struct stat status {};
     if (!source.isOpen() || ::fstat(source.number(), &status) != 0) {
         return errno;
@@ -381,7 +381,7 @@ FileError copyTreeInParallel(int fromFolder, const QByteArray &from, int toFolde
                              const QByteArray &to, const QString &source, CopyProgress &progress)
 {
     auto top = std::make_shared<FolderPair>();
-    top->from = Descriptor(openBeneath(fromFolder, from.constData(), folderFlags));
+    top->from = Descriptor(openBeneath(fromFolder, from.constData(), asFolder));
     if (!top->from.isOpen()) {
         return {errno, source};
     }
@@ -390,7 +390,7 @@ FileError copyTreeInParallel(int fromFolder, const QByteArray &from, int toFolde
         return {errno, source};
     }
     FileError error;
-    top->to = Descriptor(openBeneath(toFolder, unfinished.constData(), folderFlags));
+    top->to = Descriptor(openBeneath(toFolder, unfinished.constData(), asFolder));
     if (top->to.isOpen()) {
         error = ParallelTreeCopy(source, std::move(top), progress).run();
     } else {
