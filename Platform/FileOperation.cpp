@@ -21,7 +21,7 @@ namespace platform {
 namespace {
 
 // How long a cancelled copy has to clear up before it is reported as ended.
-constexpr auto clearingUp = std::chrono::milliseconds(50);
+constexpr auto clearingUp = std::chrono::milliseconds(20);
 // What takes less than that is over before the first report and need not be counted.
 constexpr auto worthCounting = std::chrono::milliseconds(400);
 
