@@ -4,8 +4,10 @@
 
 #include "Platform/CopyAttributes.h"
 #include "Platform/CopyContents.h"
+#include "Platform/CopyProgress.h"
 #include "Platform/CopyTree.h"
 #include "Platform/ItemPlace.h"
+#include "Platform/ParallelTreeCopy.h"
 #include "Platform/UnnamedFile.h"
 
 #include <fcntl.h>
@@ -18,7 +20,13 @@
 namespace platform {
 namespace {
 
-int copyFile(const ItemPlace &from, const ItemPlace &to)
+// Whether the copy may be given its final name.
+bool mayBePublished(CopyProgress *progress)
+{
+    return progress == nullptr || progress->beginPublishing();
+}
+
+int copyFile(const ItemPlace &from, const ItemPlace &to, CopyProgress *progress)
 {
     const Descriptor source(retried([&] {
         return ::openat(from.folder.number(), from.name.constData(),
@@ -31,12 +39,42 @@ int copyFile(const ItemPlace &from, const ItemPlace &to)
     UnnamedFile copy;
     auto error = copy.create(to.folder.number(), S_IRUSR | S_IWUSR);
     if (error == 0) {
-        error = copyContents(source.number(), status, copy.descriptor());
+        error = copyContents(source.number(), status, copy.descriptor(), progress);
     }
     if (error == 0) {
         error = copyAttributes(source.number(), status, copy.descriptor());
     }
-    return error == 0 ? copy.publish(to.name) : error;
+    if (error != 0) {
+        return error;
+    }
+    return mayBePublished(progress) ? copy.publish(to.name) : ECANCELED;
+}
+
+int copyFileOrSpecial(const ItemPlace &from, const struct stat &status, const ItemPlace &to,
+                      CopyProgress *progress)
+{
+    if (S_ISREG(status.st_mode)) {
+        return copyFile(from, to, progress);
+    }
+    if (!mayBePublished(progress)) {
+        return ECANCELED;
+    }
+    const auto error =
+        copySpecial(from.folder.number(), from.name, status, to.folder.number(), to.name);
+    if (error == 0 && progress != nullptr) {
+        progress->addBytes(static_cast<std::uint64_t>(status.st_size));
+    }
+    return error;
+}
+
+FileError copyFolder(const ItemPlace &from, const ItemPlace &to, const QString &source,
+                     CopyProgress *progress)
+{
+    if (progress == nullptr) {
+        return copyTree(from.folder.number(), from.name, to.folder.number(), to.name, source);
+    }
+    return copyTreeInParallel(from.folder.number(), from.name, to.folder.number(), to.name, source,
+                              *progress);
 }
 
 // Whether a folder is another one or below it.
@@ -79,7 +117,7 @@ int copySpecial(int fromFolder, const QByteArray &from, const struct stat &statu
     return 0;
 }
 
-FileError copyItem(const QString &source, const QString &destination)
+FileError copyItem(const QString &source, const QString &destination, CopyProgress *progress)
 {
     ItemPlace from;
     ItemPlace to;
@@ -98,14 +136,17 @@ FileError copyItem(const QString &source, const QString &destination)
         return {EEXIST, destination};
     }
     if (S_ISDIR(status.st_mode)) {
-        return isInside(to.folder.number(), status)
-                   ? FileError(EINVAL, destination)
-                   : copyTree(from.folder.number(), from.name, to.folder.number(), to.name, source);
+        return isInside(to.folder.number(), status) ? FileError(EINVAL, destination)
+                                                    : copyFolder(from, to, source, progress);
     }
-    const auto error = S_ISREG(status.st_mode) ? copyFile(from, to)
-                                               : copySpecial(from.folder.number(), from.name,
-                                                             status, to.folder.number(), to.name);
-    return error == 0 ? FileError() : FileError(error, error == EEXIST ? destination : source);
+    const auto error = copyFileOrSpecial(from, status, to, progress);
+    if (error != 0) {
+        return {error, error == EEXIST ? destination : source};
+    }
+    if (progress != nullptr) {
+        progress->addItem();
+    }
+    return {};
 }
 
 } // namespace platform

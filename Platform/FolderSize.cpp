@@ -36,9 +36,17 @@ int openFolder(int start, const char *path, int flags)
     });
 }
 
+ItemCount &operator+=(ItemCount &count, const ItemCount &other)
+{
+    count.bytes += other.bytes;
+    count.items += other.items;
+    return count;
+}
+
 class Measurement {
 public:
-    quint64 run(std::shared_ptr<Descriptor> top);
+    explicit Measurement(const std::function<bool()> &isToEnd) : m_isToEnd(isToEnd) {}
+    ItemCount run(std::shared_ptr<Descriptor> top);
 
 private:
     // A folder still to be measured: a path relative to an open folder, not a descriptor each, of
@@ -52,8 +60,8 @@ private:
     using Tasks = std::vector<Task>;
 
     void work();
-    quint64 measure(Task task, Tasks &below);
-    quint64 measureEntries(const Task &task, Tasks &below);
+    ItemCount measure(Task task, Tasks &below);
+    ItemCount measureEntries(const Task &task, Tasks &below);
     bool handOver(Task &task);
     void wakeOther();
     void startSecondThread();
@@ -62,12 +70,13 @@ private:
     std::condition_variable m_changed;
     Tasks m_waiting;
     int m_busy = 0;
-    quint64 m_size = 0;
+    ItemCount m_all;
+    const std::function<bool()> &m_isToEnd;
     bool m_hasSecondThread = false;
     std::thread m_second;
 };
 
-quint64 Measurement::measureEntries(const Task &task, Tasks &below)
+ItemCount Measurement::measureEntries(const Task &task, Tasks &below)
 {
     const auto isFar = task.path.size() > longestRelativePath;
     const auto subfolder = [&](const char *name) {
@@ -80,7 +89,7 @@ quint64 Measurement::measureEntries(const Task &task, Tasks &below)
                              {}});
         }
     };
-    quint64 size = 0;
+    ItemCount count;
     auto &entries = *task.entries;
     while (entries.next()) {
         if (entries.type() == DT_DIR) {
@@ -94,13 +103,13 @@ quint64 Measurement::measureEntries(const Task &task, Tasks &below)
         if (S_ISDIR(status.st_mode)) {
             subfolder(entries.name());
         } else {
-            size += static_cast<quint64>(status.st_size);
+            count += {static_cast<quint64>(status.st_size), 1};
         }
     }
-    return size;
+    return count;
 }
 
-quint64 Measurement::measure(Task task, Tasks &below)
+ItemCount Measurement::measure(Task task, Tasks &below)
 {
     if (task.entries != nullptr) {
         return measureEntries(task, below);
@@ -110,16 +119,16 @@ quint64 Measurement::measure(Task task, Tasks &below)
                       : std::make_shared<Descriptor>(
                             openFolder(task.start->number(), task.path.constData(), O_NOFOLLOW));
     if (!task.folder->isOpen()) {
-        return 0;
+        return {0, 1};
     }
-    quint64 size = 0;
+    ItemCount count{0, 1};
     task.entries = std::make_unique<EntryBatch>();
-    while (task.entries->read(task.folder->number())) {
+    while (!m_isToEnd() && task.entries->read(task.folder->number())) {
         if (!task.entries->isFull() || !handOver(task)) {
-            size += measureEntries(task, below);
+            count += measureEntries(task, below);
         }
     }
-    return size;
+    return count;
 }
 
 // A large folder's entries are for both threads. Takes them, unless too many are waiting already.
@@ -168,10 +177,10 @@ void Measurement::work()
         m_waiting.pop_back();
         ++m_busy;
         lock.unlock();
-        const auto size = measure(std::move(task), below);
+        const auto count = measure(std::move(task), below);
         lock.lock();
         --m_busy;
-        m_size += size;
+        m_all += count;
         std::move(below.begin(), below.end(), std::back_inserter(m_waiting));
         below.clear();
         if (!m_waiting.empty() || m_busy == 0) {
@@ -180,34 +189,39 @@ void Measurement::work()
     }
 }
 
-quint64 Measurement::run(std::shared_ptr<Descriptor> top)
+ItemCount Measurement::run(std::shared_ptr<Descriptor> top)
 {
     m_waiting.push_back({std::move(top), {}, {}, {}});
     work();
     if (m_second.joinable()) {
         m_second.join();
     }
-    return m_size;
+    return m_all;
 }
 
 } // namespace
 
 quint64 sizeOfItem(const QString &path)
 {
+    return countItem(path, [] { return false; }).bytes;
+}
+
+ItemCount countItem(const QString &path, const std::function<bool()> &isToEnd)
+{
     const auto bytes = fileNameBytes(path);
     struct stat status {};
     if (bytes.contains('\0') ||
         ::fstatat(AT_FDCWD, bytes.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        return 0;
+        return {};
     }
     if (S_ISREG(status.st_mode)) {
-        return static_cast<quint64>(status.st_size);
+        return {static_cast<quint64>(status.st_size), 1};
     }
     auto top = std::make_shared<Descriptor>(openFolder(AT_FDCWD, bytes.constData(), 0));
     if (!top->isOpen()) {
-        return S_ISDIR(status.st_mode) ? 0 : static_cast<quint64>(status.st_size);
+        return {S_ISDIR(status.st_mode) ? 0 : static_cast<quint64>(status.st_size), 1};
     }
-    return Measurement().run(std::move(top));
+    return Measurement(isToEnd).run(std::move(top));
 }
 
 } // namespace platform

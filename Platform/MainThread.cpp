@@ -135,10 +135,11 @@ void runPendingMainThreadCalls()
     // What a call queues belongs to a later pass, so only what is there now is counted. A call may
     // come here again by pumping events; taking one at a time keeps the order even then.
     for (auto left = queue.calls.size(); left > 0 && !queue.calls.empty(); --left) {
-        const auto call = std::move(queue.calls.front());
+        auto call = std::move(queue.calls.front());
         queue.calls.pop_front();
         lock.unlock();
         call();
+        call = nullptr; // before the lock: what it held may queue a call as it goes
         lock.lock();
     }
 }

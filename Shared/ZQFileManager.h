@@ -4,6 +4,7 @@
 
 #include "Shared/ShouldAuth.h"
 #include "Shared/ZQFileManagerArchives.h"
+#include "Shared/ZQFileManagerAsynchronousCopy.h"
 #include "Shared/ZQFileManagerAttributes.h"
 #include "Shared/ZQFileManagerDesktop.h"
 #include "Shared/ZQFileManagerPaths.h"
@@ -28,7 +29,8 @@
 class ZQFileManager : public ZQFileManagerPaths,
                       public ZQFileManagerAttributes,
                       public ZQFileManagerArchives,
-                      public ZQFileManagerDesktop {
+                      public ZQFileManagerDesktop,
+                      public ZQFileManagerAsynchronousCopy {
 public:
     ZQFileManager() = delete;
 

@@ -8,6 +8,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include <memory>
 #include <thread>
 
 using namespace std::chrono_literals;
@@ -17,6 +18,7 @@ class MainThreadTest : public QObject {
 private Q_SLOTS:
     void aCallWithoutWaitRunsOnALaterPassInOrder();
     void aCallQueuedByACallBelongsToALaterPass();
+    void whatACallHoldsMayQueueACallAsItGoes();
     void aWaitingCallOnTheMainThreadRunsAtOnce();
     void aWaitingCallFromAWorkerRunsOnTheMainThread();
     void pumpingWaitsAtMostItsTime();
@@ -45,6 +47,16 @@ void MainThreadTest::aCallQueuedByACallBelongsToALaterPass()
     QCOMPARE(runs, 0);
     platform::runPendingMainThreadCalls();
     QCOMPARE(runs, 1);
+}
+
+void MainThreadTest::whatACallHoldsMayQueueACallAsItGoes()
+{
+    bool isCalled = false;
+    const auto queue = [&](const int * /*held*/) {
+        platform::performOnMainThread([&] { isCalled = true; });
+    };
+    platform::performOnMainThread([held = std::shared_ptr<const int>(nullptr, queue)] {});
+    QTRY_VERIFY(isCalled);
 }
 
 void MainThreadTest::aWaitingCallOnTheMainThreadRunsAtOnce()
