@@ -59,7 +59,7 @@ void ZQKeyboardLayoutAppBrowser::appBrowseDidEnd(platform::ApplicationPanel *pan
         panel->close();
     }
     const auto application = platform::ApplicationBundle::withPath(path);
-    const QString identifier = application.bundleIdentifier();
+    const QString &identifier = application.bundleIdentifier();
     if (identifier.isEmpty()) {
         alertSheet(QStringLiteral("Unable to load application information"),
                    QStringLiteral("Please make sure you selected a valid application."));
