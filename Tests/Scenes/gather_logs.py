@@ -54,6 +54,9 @@ def main():
     with zipfile.ZipFile(ARCHIVE) as archive:
         files = {name[len("ZQ_App_Logs"):]: archive.read(name)
                  for name in archive.namelist() if not name.endswith("/")}
+    own = files.pop(f"{HOME}/Library/Logs/Corvane/Ostrel.1.log", b"")
+    if b" - Log started: " not in own:
+        raise AssertionError(f"the pane's own log: {own}")
     expected = dict(LOGS)
     settings = f"{HOME}/Library/Preferences/com.corvane.OstrelListener.plist"
     if settings in files:  # written by the pane a second after it has opened
