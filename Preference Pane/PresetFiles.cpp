@@ -4,9 +4,16 @@
 
 #include "Platform/FolderEntries.h"
 #include "Platform/PathText.h"
+#include "Platform/PropertyList.h"
+#include "Platform/SignalsBlocked.h"
 #include "Platform/TextFormat.h"
 #include "Shared/ZQFileManager.h"
 #include "Shared/ZQLocalPaths.h"
+
+#include <atomic>
+#include <system_error>
+#include <thread>
+#include <vector>
 
 namespace presets {
 
@@ -63,6 +70,34 @@ QStringList identifiers(const QVariantMap &preset)
     }
     append(preset.value(bundleIdKey));
     return list;
+}
+
+QList<QStringList> identifiersOfFiles(const QStringList &paths)
+{
+    constexpr std::size_t few = 20; // as many take less than starting a thread may
+    std::vector<QString> files(paths.begin(), paths.end());
+    std::vector<QStringList> lists(files.size());
+    std::atomic<std::size_t> next = 0;
+    const auto read = [&] {
+        for (std::size_t at = next++; at < files.size(); at = next++) {
+            lists[at] =
+                identifiers(platform::dictionaryFromFile(files[at]).value_or(QVariantMap()));
+        }
+    };
+    std::thread second;
+    if (files.size() > few) {
+        try {
+            const platform::SignalsBlocked blocked;
+            second = std::thread(read);
+        } catch (const std::system_error &) {
+            // Then this one reads all of them.
+        }
+    }
+    read();
+    if (second.joinable()) {
+        second.join();
+    }
+    return {lists.begin(), lists.end()};
 }
 
 QVariantMap blank(const QString &name, const QString &identifier)

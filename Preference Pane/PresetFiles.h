@@ -43,6 +43,10 @@ QString titleOf(const QString &fileName);
 // there already (kept on purpose). What is no text is left out.
 QStringList identifiers(const QVariantMap &preset);
 
+// The identifiers of each of these files, none of one that cannot be read. Reads many on two
+// threads.
+QList<QStringList> identifiersOfFiles(const QStringList &paths);
+
 // A preset without shortcuts.
 QVariantMap blank(const QString &name, const QString &identifier);
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Preference Pane/ZQKeyboardLayoutAppBrowser.h"
 
-#include "Platform/PropertyList.h"
+#include "Platform/PathText.h"
 #include "Platform/TableView.h"
 #include "Platform/Workspace.h"
 #include "Preference Pane/PresetFiles.h"
@@ -53,14 +53,17 @@ void ZQKeyboardLayoutAppBrowser::awakeFromNib()
 
 void ZQKeyboardLayoutAppBrowser::populateApplications()
 {
-    QList<Row> rows;
+    QStringList paths;
     // No test whether the user's folder has a default preset's title: such a title shows twice.
     for (const QString &folder : {presets::userFolder(), presets::defaultFolder(m_bundle)}) {
         for (const QString &name : presets::fileNames(folder)) {
-            const auto preset = platform::dictionaryFromFile(folder + QLatin1Char('/') + name);
-            rows.append(
-                {presets::titleOf(name), presets::identifiers(preset.value_or(QVariantMap()))});
+            paths.append(folder + QLatin1Char('/') + name);
         }
+    }
+    const QList<QStringList> identifiers = presets::identifiersOfFiles(paths);
+    QList<Row> rows;
+    for (int i = 0; i < paths.size(); ++i) {
+        rows.append({presets::titleOf(platform::lastPathComponent(paths[i])), identifiers[i]});
     }
     std::stable_sort(rows.begin(), rows.end(),
                      [](const Row &a, const Row &b) { return a.title < b.title; });
