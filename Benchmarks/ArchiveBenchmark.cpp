@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 // What zipping 200 MB of logs costs, and unpacking them, beside "zip -r" and "unzip": time, size
 // and memory. Both read and write files in memory: what is measured is the packing, not the disk.
+#include "Benchmarks/Timing.h"
+
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -21,6 +23,8 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+using timing::median;
 
 constexpr std::size_t megabyte = 1000000;
 constexpr std::size_t part = megabyte;
@@ -111,13 +115,6 @@ void run(Words words, Cost &cost)
     };
     cost.processorSeconds.push_back(duration(usage.ru_utime) + duration(usage.ru_stime));
     cost.kilobytes = std::max(cost.kilobytes, usage.ru_maxrss);
-}
-
-double median(std::vector<double> &times)
-{
-    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
 }
 
 void print(const char *what, Cost &ours, const char *peer, Cost &theirs)

@@ -3,6 +3,7 @@
 // What copying in the background costs, beside "cp -a": one file of 1 GiB, 20,000 small files in
 // 200 folders, and as many in one. From the call to the report that it is finished, warm: what is
 // read is in memory.
+#include "Benchmarks/Timing.h"
 #include "Shared/ZQFileManager.h"
 
 #include <QCoreApplication>
@@ -22,6 +23,8 @@
 #include <vector>
 
 namespace {
+
+using timing::median;
 
 constexpr int files = 20000;
 constexpr int rounds = 9;
@@ -106,13 +109,6 @@ double milliseconds(const Copy &copy, const std::string &source, const std::stri
     const auto start = Clock::now();
     copy(source, to);
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-double median(std::vector<double> &times)
-{
-    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
 }
 
 void compare(const char *what, const std::string &folder)

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 // What the size of 100,000 files costs, beside "du -sb", with the files in many folders, in few and
 // in one. Warm: what is measured is the walk, not the disk.
+#include "Benchmarks/Timing.h"
 #include "Shared/ZQFileManager.h"
 
 #include <fcntl.h>
@@ -20,10 +21,11 @@
 
 namespace {
 
+using timing::median;
+using timing::milliseconds;
+
 constexpr int files = 100000;
 constexpr int rounds = 21;
-
-using Clock = std::chrono::steady_clock;
 
 void makeFiles(const std::string &folder, int folders)
 {
@@ -58,21 +60,6 @@ void runDu(const std::string &folder)
     }
     ::waitpid(process, nullptr, 0);
     ::posix_spawn_file_actions_destroy(&actions);
-}
-
-template <typename Call>
-double milliseconds(const Call &call)
-{
-    const auto start = Clock::now();
-    call();
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-double median(std::vector<double> &times)
-{
-    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
 }
 
 } // namespace

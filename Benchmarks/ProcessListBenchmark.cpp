@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 // What one walk through the process list costs, beside a bare scan: readdir and readlinkat, and
 // nothing else. Outside the sandbox there are more processes to see.
+#include "Benchmarks/Timing.h"
 #include "Platform/ProcessList.h"
 
 #include <dirent.h>
@@ -18,6 +19,8 @@
 #include <vector>
 
 namespace {
+
+using timing::median;
 
 constexpr int rounds = 201;
 constexpr int ownProcesses = 300; // so that there is something to list anywhere
@@ -50,13 +53,6 @@ int bareScan()
     }
     ::closedir(folder);
     return found;
-}
-
-double median(std::vector<double> &times)
-{
-    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
 }
 
 template <typename Call>

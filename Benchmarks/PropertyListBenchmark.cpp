@@ -3,6 +3,7 @@
 // What reading and writing a property list of 500 entries costs, conversion to and from QVariant
 // included, beside libplist used directly: its nodes are made from and taken apart into the
 // simplest values there are.
+#include "Benchmarks/Timing.h"
 #include "Platform/PropertyList.h"
 
 #include <plist/plist.h>
@@ -17,6 +18,8 @@
 #include <vector>
 
 namespace {
+
+using timing::median;
 
 constexpr int entries = 500;
 constexpr int rounds = 501;
@@ -140,13 +143,6 @@ double microseconds(const Call &call)
     const auto start = Clock::now();
     call();
     return std::chrono::duration<double, std::micro>(Clock::now() - start).count();
-}
-
-double median(std::vector<double> &times)
-{
-    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
 }
 
 // Turn by turn, so that both meet the same machine.

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 // What replacing a file of 2 KB safely costs, beside QSaveFile.
+#include "Benchmarks/Timing.h"
 #include "Platform/FileContents.h"
 
 #include <QSaveFile>
@@ -12,6 +13,8 @@
 
 namespace {
 
+using timing::median;
+
 constexpr int rounds = 501;
 constexpr int size = 2048;
 
@@ -22,13 +25,6 @@ bool saveWithQt(const QString &path, const QByteArray &contents)
     QSaveFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() &&
            file.commit();
-}
-
-double median(std::vector<double> &times)
-{
-    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
 }
 
 template <typename Call>

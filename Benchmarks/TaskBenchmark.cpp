@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 // What running a command costs, beside bare system calls and QProcess. Each round measures all, one
 // after the other. With the argument "large" the process holds 1 GiB meanwhile.
+#include "Benchmarks/Timing.h"
 #include "Platform/MainThread.h"
 #include "Shared/ZQTaskEx.h"
 
@@ -25,27 +26,13 @@
 
 namespace {
 
+using timing::median;
+using timing::milliseconds;
+
 constexpr int spawnRounds = 401;
 constexpr int largeSpawnRounds = 41; // QProcess forks, which takes long then
 constexpr int readRounds = 7;
 constexpr std::size_t gibibyte = std::size_t{1} << 30;
-
-using Clock = std::chrono::steady_clock;
-
-template <typename Call>
-double milliseconds(const Call &call)
-{
-    const auto start = Clock::now();
-    call();
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-double median(std::vector<double> &times)
-{
-    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
-}
 
 pid_t spawn(std::array<char *, 4> arguments, const posix_spawn_file_actions_t *actions)
 {
