@@ -7,8 +7,8 @@
 #include "Platform/Console.h"
 #include "Platform/FileName.h"
 #include "Platform/PasswordAgent.h"
-#include "Platform/SystemCommand.h"
 #include "Platform/ToolRequest.h"
+#include "Platform/TrustedPath.h"
 #include "Platform/WorkerThreads.h"
 
 #include <fcntl.h>
@@ -138,10 +138,9 @@ std::shared_ptr<Authorization> Authorization::create(AuthorizationStatus *status
                    helper);
         return nullptr;
     }
-    if (!isChangedOnlyByRoot(helper)) {
-        consoleLog(text("%@ is not run as administrator, because others than root can change it or "
-                        "a folder above it."),
-                   helper);
+    if (const auto trusted = openTrusted(helperPath().toStdString()); !trusted.file.isOpen()) {
+        consoleLog(text("%@ is not run as administrator: %@"), helper,
+                   text(trusted.objection.c_str()));
         return nullptr;
     }
     if (::access(pkexecPath, X_OK) != 0) {
