@@ -100,6 +100,18 @@ bool resetScheduling()
     return isReset;
 }
 
+// Out of the cgroup of the client, whose limits and whose freezing are its user's to set. The
+// folder stays for the next time.
+bool leaveCgroup()
+{
+    constexpr const char *folder = "/sys/fs/cgroup/ostrel-authorization";
+    if (::access("/sys/fs/cgroup/cgroup.procs", F_OK) != 0) {
+        return true; // not the second version, in which users have such rights
+    }
+    return (::mkdir(folder, 0755) == 0 || errno == EEXIST) &&
+           writeNumber("/sys/fs/cgroup/ostrel-authorization/cgroup.procs", "0");
+}
+
 // What some kernels do not have, or do not let containers do, is left out there.
 void resetRest()
 {
@@ -138,6 +150,9 @@ std::string cleanState(bool *isFatal)
     }
     if (!writeNumber("/proc/self/oom_score_adj", "0")) {
         return std::string("the OOM score: ") + std::strerror(errno);
+    }
+    if (!leaveCgroup()) {
+        return std::string("the cgroup: ") + std::strerror(errno);
     }
     return {};
 }

@@ -6,9 +6,9 @@
 
 // Makes this process, and so the tools that it starts, the same whoever has started it:
 // environment, folder, umask, signals, timers, resource limits, nice value, I/O class, scheduling,
-// processors, memory policy, timer slack, personality, OOM score, session and its keys. Not
-// changed: the user's cgroup, which is the service manager's, the audit's login number, which says
-// who it was, and namespaces, which none but root's processes can have brought.
+// processors, memory policy, timer slack, personality, OOM score, cgroup, session and its keys. Not
+// changed: the audit's login number, which says who it was, and namespaces, which none but root's
+// processes can have brought.
 //
 // Empty, or what could not be undone and why. It is fatal where tools would do their work by
 // halves.

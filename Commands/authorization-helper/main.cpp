@@ -36,6 +36,8 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -132,17 +134,19 @@ public:
             if (events[2].revents != 0) {
                 m_requests.close();
             } else if (events[1].revents != 0) {
-                takeRequest();
+                takeRequest((events[1].revents & POLLHUP) != 0);
             }
         }
     }
 
 private:
-    void takeRequest()
+    void takeRequest(bool isLeft)
     {
         auto packet = platform::receivePacket(m_requests.number());
         if (!packet) {
-            m_requests.close();
+            if (isLeft) { // not only an empty packet
+                m_requests.close();
+            }
             return;
         }
         const std::int32_t result = serve(*packet);
@@ -159,8 +163,10 @@ private:
     {
         const auto sender = packet.sender.value_or(ucred{});
         if (!packet.sender || sender.uid != m_user || !m_served.contains(sender.pid)) {
-            note(m_user, "refused process " + std::to_string(sender.pid) + " of user " +
-                             std::to_string(sender.uid) + ", which is not the one that asked");
+            if (std::exchange(m_lastRefused, sender.pid) != sender.pid) {
+                note(m_user, "refused process " + std::to_string(sender.pid) + " of user " +
+                                 std::to_string(sender.uid) + ", which is not the one that asked");
+            }
             return EPERM;
         }
         if (!packet.isWhole) {
@@ -236,6 +242,7 @@ private:
     Served &m_served;
     Descriptor m_requests; // closed when nobody is served any more
     const Descriptor m_ends;
+    pid_t m_lastRefused = -1;             // told once
     std::map<pid_t, std::string> m_tools; // that run, with their paths for the log
 };
 

@@ -105,6 +105,14 @@ class RawRequests(unittest.TestCase):
             self.assertEqual(self.reply(self.encoded()), 0)
         self.assertEqual(os.path.getsize(path), 0)
 
+    def test_an_empty_packet_ends_nothing(self):
+        self.requests.send(b"")
+        end, pipe = os.pipe()
+        socket.send_fds(self.requests, [b""], [pipe])
+        os.close(pipe)
+        os.close(end)
+        self.assertEqual(self.reply(self.encoded()), 0)
+
     def test_what_nobody_waits_for_is_not_started(self):
         request = self.encoded(b"/bin/touch", b"/Library/unawaited")
         self.requests.send(request)

@@ -273,6 +273,20 @@ class Safety(WithPassword):
                                                "/proc/self/timerslack_ns", "/proc/self/personality"),
                              "0\n50000\n00000000\n")
 
+    def test_the_clients_cgroup_has_no_hold_on_a_tool(self):
+        group = "/sys/fs/cgroup/scene-of-client"
+        with Program() as program:
+            session.root(["sh", "-c", f"mkdir -p {group} && echo {program.pid} >{group}/cgroup.procs"])
+            self.assertEqual(program.ask("start-with", "admin", PASSWORD), "yes")
+            session.root(["mkfifo", "/Library/t/go"])
+            program.ask("exec", "/bin/sh", "-c", "read go </Library/t/go; : >/Library/t/done")
+            try:
+                session.root(["sh", "-c", f"echo 1 >{group}/cgroup.freeze"])
+                session.root(["sh", "-c", "echo go >/Library/t/go &"])
+                wait_until(lambda: exists("/Library/t/done"), "the tool to get to its end")
+            finally:
+                session.root(["sh", "-c", f"echo 0 >{group}/cgroup.freeze"])
+
     def test_the_helper_is_built_of_little(self):
         libraries = {line.split()[0].split("/")[-1].split(".")[0] for line in
                      session.user(["ldd", HELPER]).output.splitlines()
