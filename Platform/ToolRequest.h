@@ -20,7 +20,7 @@
 namespace platform {
 
 // Bytes of one request.
-constexpr std::size_t longestToolRequest = 128 * 1024;
+constexpr std::size_t longestToolRequest = 128UL * 1024;
 
 // First word of the helper, in a packet with one descriptor: the socket that takes the requests. A
 // parent hands that socket down to a child by the same packet.

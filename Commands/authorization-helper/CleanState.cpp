@@ -104,12 +104,13 @@ bool resetScheduling()
 // folder stays for the next time.
 bool leaveCgroup()
 {
-    constexpr const char *folder = "/sys/fs/cgroup/ostrel-authorization";
-    if (::access("/sys/fs/cgroup/cgroup.procs", F_OK) != 0) {
+    const std::string groups = "/sys/fs/cgroup/";
+    const auto ours = groups + "ostrel-authorization";
+    if (::access((groups + "cgroup.procs").c_str(), F_OK) != 0) {
         return true; // not the second version, in which users have such rights
     }
-    return (::mkdir(folder, 0755) == 0 || errno == EEXIST) &&
-           writeNumber("/sys/fs/cgroup/ostrel-authorization/cgroup.procs", "0");
+    return (::mkdir(ours.c_str(), 0755) == 0 || errno == EEXIST) &&
+           writeNumber((ours + "/cgroup.procs").c_str(), "0");
 }
 
 // What some kernels do not have, or do not let containers do, is left out there.

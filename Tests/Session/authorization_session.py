@@ -132,6 +132,12 @@ class Acquiring(unittest.TestCase):
         self.assertEqual(console().count("No polkit agent"), before)
 
 
+OTHER_VERSION = """#!/usr/bin/python3
+import socket
+socket.send_fds(socket.socket(fileno=0), [b"authorization-helper 0"], [1])
+"""
+
+
 class Faults(unittest.TestCase):
     def setUp(self):
         wait_until(lambda: not helpers(), "the helpers of other tests to end")
@@ -161,6 +167,15 @@ class Faults(unittest.TestCase):
     def test_a_helper_that_others_can_change_is_not_run(self):
         self.changed(["chmod", "775", FOLDER], ["chmod", "755", FOLDER])
         self.fails_saying(f"{HELPER} is not run as administrator")
+
+    def test_a_helper_of_another_version_is_said_with_what_to_do(self):
+        session.set_polkit_rule(ACTION, "YES")
+        self.addCleanup(session.clear_polkit_rule)
+        self.changed(["mv", HELPER, "/root/"], ["mv", "/root/authorization-helper", FOLDER])
+        session.root(["install", "-m", "755", "/dev/stdin", HELPER], input=OTHER_VERSION)
+        self.assertEqual(self.program.ask("start"), "no")
+        wait_until(lambda: f"{HELPER} is of another version. Install it with: sudo cmake --install "
+                   "BUILD_FOLDER --component system" in console(), "the words")
 
     def test_polkit_that_does_not_run_is_said(self):
         self.changed(["systemctl", "mask", "--runtime", "--now", "polkit.service"],
