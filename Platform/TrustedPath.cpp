@@ -15,7 +15,10 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -89,6 +92,24 @@ bool mayHaveAccessList(int file)
     const auto path = "/proc/self/fd/" + std::to_string(file); // O_PATH has no attributes itself
     return ::getxattr(path.c_str(), "system.posix_acl_access", nullptr, 0) >= 0 ||
            (errno != ENODATA && errno != EOPNOTSUPP);
+}
+
+// The account whose program serves this mounted file system, and can say what it likes of it;
+// nothing where the kernel does.
+std::optional<uid_t> userWhoServes(std::uint64_t mount)
+{
+    std::ifstream mounts("/proc/self/mountinfo");
+    const auto beginning = std::to_string(mount) + ' ';
+    for (std::string line; std::getline(mounts, line);) {
+        if (line.compare(0, beginning.size(), beginning) == 0) {
+            const std::string option = ",user_id=";
+            const auto at = line.find(option, line.rfind(' '));
+            return at == std::string::npos ? std::nullopt
+                                           : std::optional(static_cast<uid_t>(std::strtoul(
+                                                 line.c_str() + at + option.size(), nullptr, 10)));
+        }
+    }
+    return {};
 }
 
 // Who else can change this; empty where nobody can.
@@ -203,13 +224,34 @@ private:
     // Goes on from here, if nobody else can change it.
     bool take(Descriptor next, std::string_view path)
     {
+        const int error = errno; // of a failed opening
         m_here = std::move(next);
-        if (!m_here.isOpen() || ::fstat(m_here.number(), &m_status) != 0) {
-            const int error = errno;
-            return refuse(path, error, std::string("cannot be reached: ") + std::strerror(error));
+        if (!m_here.isOpen()) {
+            return refuseUnreached(path, error);
+        }
+        if (!isServedByTrusted(path)) {
+            return false;
+        }
+        if (::fstat(m_here.number(), &m_status) != 0) {
+            return refuseUnreached(path, errno);
         }
         const auto objection = othersWhoChange(m_here.number(), m_status, m_user);
         return objection.empty() || refuse(path, EPERM, objection);
+    }
+
+    // Looked at before the file system is asked for anything, since it may never answer.
+    bool isServedByTrusted(std::string_view path)
+    {
+        struct statx place {};
+        if (::statx(m_here.number(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_MNT_ID,
+                    &place) != 0 ||
+            place.stx_mnt_id == m_mount) {
+            return true; // the same as its folder's
+        }
+        m_mount = place.stx_mnt_id;
+        const auto server = userWhoServes(m_mount);
+        return !server || *server == 0 || *server == m_user ||
+               refuse(path, EPERM, "is served by a program of user " + std::to_string(*server));
     }
 
     void finish()
@@ -220,6 +262,11 @@ private:
         }
         m_result.file = std::move(m_here);
         m_result.path = m_path;
+    }
+
+    bool refuseUnreached(std::string_view path, int error)
+    {
+        return refuse(path, error, std::string("cannot be reached: ") + std::strerror(error));
     }
 
     bool refuse(std::string_view path, int error, std::string_view reason)
@@ -235,6 +282,7 @@ private:
     struct stat m_status {};
     std::string m_path; // to here; empty for "/"
     int m_links = 0;
+    std::uint64_t m_mount = 0; // that was looked at last
     TrustedFile m_result;
 };
 

@@ -27,8 +27,9 @@ struct TrustedFile {
 // the user's private one: his primary group, named as he is, that is nobody else's. The sticky bit
 // of a folder does not help. Only regular files are trusted. Entries of an access control list are
 // bounded by the group's permissions, except those that count as the user's own; for these a list
-// is refused. Believed are the file system, what it says of owners, and the lists of users and
-// groups, as far as the system enumerates them.
+// is refused, and so is a file system that another user's program serves (FUSE). Believed are what
+// other file systems say of owners, and the lists of users and groups, as far as the system
+// enumerates them. Any thread.
 TrustedFile openTrusted(std::string_view path, uid_t user = 0);
 
 } // namespace platform

@@ -12,6 +12,22 @@ import unittest
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../Support"))
 import session  # noqa: E402
 
+# Mounts a file system for a program of a user's that never answers, and runs a command.
+SERVED = """
+import ctypes, os, subprocess, sys
+user, folder, *command = sys.argv[1:]
+served = os.open("/dev/fuse", os.O_RDWR)
+library = ctypes.CDLL(None, use_errno=True)
+options = f"fd={served},rootmode=40755,user_id={user},group_id=0,allow_other"
+if library.mount(b",user_id=0", folder.encode(), b"fuse", 6, options.encode()) != 0:  # nosuid, nodev
+    sys.exit(os.strerror(ctypes.get_errno()))
+try:
+    run = subprocess.run(command, stdout=subprocess.PIPE, text=True, timeout=20)
+    print(run.stdout, end="")
+finally:
+    library.umount2(folder.encode(), 2)  # now, whoever uses it
+"""
+
 PROGRAM = sys.argv.pop(1)
 TESTER, BOB = 1000, 4711
 
@@ -88,6 +104,17 @@ class TrustedPath(unittest.TestCase):
     def test_a_user_without_an_account_has_no_private_group(self):
         self.run_as_root(f"chown {BOB}:{BOB} /opt/t/inner && chmod g+w /opt/t/inner")
         self.assertEqual(self.judge(user=BOB), f"/opt/t/inner can be changed by group {BOB}")
+
+    def test_a_file_system_that_another_user_serves_is_not_believed(self):
+        with open("/proc/filesystems", encoding="ascii") as kinds:
+            if "nodev\tfuse\n" not in kinds:
+                self.skipTest("the kernel has no FUSE")
+        if session.root(["test", "-e", "/dev/fuse"], check=False).status != 0:
+            session.root(["mknod", "/dev/fuse", "c", "10", "229"])
+        for trusted in 0, TESTER:
+            self.assertEqual(session.root(["python3", "-c", SERVED, str(BOB), "/opt/t/inner", PROGRAM,
+                                           "/opt/t/inner/tool", str(trusted)]).output,
+                             f"/opt/t/inner is served by a program of user {BOB}\n")
 
     def test_an_access_control_list_lets_nobody_past(self):
         # user::rwx, user:4711:rwx, group::r-x, mask::rwx, other::r-x as the system stores them
