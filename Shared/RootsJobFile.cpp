@@ -8,6 +8,7 @@
 #include "Shared/ZQAuthorization.h"
 #include "Shared/ZQLocalPaths.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -86,6 +87,18 @@ bool RootsJobFile::isInPlace() const
             return false;
         }
         std::this_thread::sleep_for(1ms);
+    }
+}
+
+void RootsJobFile::setModeOfFileOnly() const
+{
+    const platform::Descriptor file(
+        ::open(platform::fileNameBytes(m_path).constData(), // NOLINT(*-vararg)
+               O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status {};
+    if (file.isOpen() && ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode) &&
+        status.st_nlink == 1) {
+        ::fchmod(file.number(), jobMode);
     }
 }
 

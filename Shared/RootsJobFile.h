@@ -24,6 +24,9 @@ public:
     // Waits for owner and mode: what sets them may only have been started.
     bool isInPlace() const;
 
+    // Gives the file itself the mode 644: no link is followed, and no file that has another name.
+    void setModeOfFileOnly() const;
+
     // Has root remove what is at the path.
     void remove() const;
 

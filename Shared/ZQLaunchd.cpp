@@ -55,7 +55,7 @@ void alert(const QString &message, const QString &folder)
 
 // Writes the file where only an administrator may, by way of the temporary folder.
 bool writeWithAuthorization(const QVariantMap &settings, const QString &folder, const QString &path,
-                            bool mayUseRootsTools)
+                            bool mayMoveAsRoot)
 {
     const auto unableToCreate = platform::format(
         QStringLiteral("Error: Unable to create LaunchAgent. Please check you have correct "
@@ -77,8 +77,8 @@ bool writeWithAuthorization(const QVariantMap &settings, const QString &folder, 
         ZQFileManager::removeFile(path, 5s);
     }
     ZQLog::appendLog(QStringLiteral("Unable to write launchd plist - trying to authorize..."));
-    if (mayUseRootsTools ? !ZQFileManager::moveFile(temporary, path, commandTimeout)
-                         : !ZQFileManager::moveFile(temporary, path, ShouldAuth::No)) {
+    if (mayMoveAsRoot ? !ZQFileManager::moveFile(temporary, path, commandTimeout)
+                      : !ZQFileManager::moveFile(temporary, path, ShouldAuth::No)) {
         ZQLog::appendLog(QStringLiteral("%@"), unableToCreate);
         platform::consoleLine(unableToCreate);
         alert(QStringLiteral("Error: Unable to create LaunchAgent"), folder);
@@ -132,12 +132,13 @@ public:
     JobInstallation(const QVariantMap &settings, Domain domain, const QString &folder,
                     const QString &path)
         : m_domain(domain), m_path(path), m_file(path, platform::propertyListToXml(settings)),
-          m_refusal(domain == Domain::Local ? RootsJobFile::folderObjection(folder) : QString())
+          m_folderObjection(RootsJobFile::folderObjection(folder)),
+          m_refusal(domain == Domain::Local ? m_folderObjection : QString())
     {
     }
 
-    // Root's tools follow paths: never to where somebody else may put what he likes.
-    bool mayUseRootsTools() const { return m_refusal.isNull(); }
+    // Not to where somebody else may put what he likes.
+    bool mayMoveAsRoot() const { return m_refusal.isNull(); }
 
     // The file has been moved there. Who made it could still write to it, and it may not even be
     // that file; so root makes another before it gets its owner.
@@ -150,10 +151,13 @@ public:
 
     void setOwnerAndMode(ShouldAuth privileged) const
     {
-        if (mayUseRootsTools()) {
+        // Root's tools follow the links that others plant.
+        if (m_folderObjection.isNull()) {
             ::setOwnerAndMode(m_path, m_domain, privileged);
         } else if (!platform::isRunningAsRoot()) {
             ::setOwnerAndMode(m_path, m_domain, ShouldAuth::No);
+        } else {
+            m_file.setModeOfFileOnly();
         }
     }
 
@@ -183,7 +187,8 @@ private:
     Domain m_domain;
     QString m_path;
     RootsJobFile m_file;
-    QString m_refusal; // null: none
+    QString m_folderObjection; // null: nobody but root can change the folder
+    QString m_refusal;         // null: none
 };
 
 } // namespace
@@ -208,7 +213,7 @@ bool ZQLaunchd::startJob(const QString &label, const QVariantMap &settings, Doma
     JobInstallation installation(settings, domain, folder, path);
     auto privileged = shouldAuth;
     if (!platform::writeDictionaryToFile(settings, path)) {
-        if (!writeWithAuthorization(settings, folder, path, installation.mayUseRootsTools())) {
+        if (!writeWithAuthorization(settings, folder, path, installation.mayMoveAsRoot())) {
             return false;
         }
         privileged = ShouldAuth::Yes;

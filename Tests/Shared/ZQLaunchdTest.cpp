@@ -141,6 +141,7 @@ private Q_SLOTS:
     void aMovedFileThatCannotBeReplacedIsNotLoaded();
     void aJobInAFolderThatOthersCanChangeIsNotLoaded();
     void aFileThatIsNotWhatWasAskedForIsNotLoaded();
+    void rootFollowsNoLinkInAUsersLibrary();
     void noTemporaryFolderIsAnotherMessage();
     void stoppingLeavesTheFile();
     void stoppingWithoutALabelDoesNothing();
@@ -438,6 +439,35 @@ void ZQLaunchdTest::aFileThatIsNotWhatWasAskedForIsNotLoaded()
     QVERIFY(CommandRecorder::runs().filter(QStringLiteral("launchctl [load]")).isEmpty());
     QVERIFY(console.lines().contains(refusal(notWhatWasAskedFor)));
     QVERIFY(!QFile::exists(job)); // nor at the next log-in
+}
+
+void ZQLaunchdTest::rootFollowsNoLinkInAUsersLibrary()
+{
+    if (!isRoot()) {
+        QSKIP("an ordinary user has no such rights");
+    }
+    const auto path = userFolder() + QStringLiteral("/com.corvane.Test.plist");
+    QVERIFY(QDir().mkpath(userFolder()));
+    QCOMPARE(::chmod(userFolder().toUtf8().constData(), 01777), 0);
+    QFile secret(QStringLiteral("/tmp/secret"));
+    QVERIFY(secret.open(QIODevice::WriteOnly));
+    secret.close();
+    QCOMPARE(::chmod("/tmp/secret", 0600), 0);
+    // Somebody is quick between the writing and the command.
+    add(QStringLiteral("/usr/bin/killall"),
+        QStringLiteral("/opt/bin/rm '%1'; /opt/bin/ln -s /tmp/secret '%1'").arg(path));
+    const auto start = [](const QString &program) {
+        return ZQLaunchd::startJob(label, settings(), Domain::User, JobKind::Agent, ShouldAuth::No,
+                                   program);
+    };
+    QVERIFY(start(QStringLiteral("Some Program")));
+    QCOMPARE(modeOf(QStringLiteral("/tmp/secret")), 0600U);
+    QVERIFY(QFile::remove(path));
+    ::umask(077);
+    const auto started = start({});
+    ::umask(022);
+    QVERIFY(started);
+    QCOMPARE(modeOf(path), 0644U);
 }
 
 void ZQLaunchdTest::noTemporaryFolderIsAnotherMessage()
