@@ -5,8 +5,10 @@
 #include "Platform/Descriptor.h"
 #include "Platform/FileName.h"
 #include "Platform/LaunchJobReader.h"
+#include "Platform/LaunchSession.h"
 #include "Platform/LaunchUnit.h"
 #include "Platform/PropertyList.h"
+#include "Platform/TrustedPath.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -25,9 +27,29 @@ bool isControl(QChar character)
     return character.category() == QChar::Other_Control;
 }
 
-QString systemText()
+QString systemText(int number)
 {
-    return QString::fromLocal8Bit(std::strerror(errno)); // NOLINT(concurrency-mt-unsafe)
+    return QString::fromLocal8Bit(std::strerror(number)); // NOLINT(concurrency-mt-unsafe)
+}
+
+// A user's own job runs what the user may change anyway; whatever root runs is to be root's.
+bool isJudged(const QByteArray &file)
+{
+    const auto own = ownLaunchAgentFolder();
+    return ::geteuid() == 0 || own.isEmpty() || !file.startsWith(own + '/');
+}
+
+// Null where the path is root's and this user's alone.
+QString pathObjection(const QByteArray &path, const QString &whatOthersCould)
+{
+    const auto judged =
+        openTrusted({path.constData(), static_cast<std::size_t>(path.size())}, ::geteuid());
+    if (judged.error == EPERM) {
+        return whatOthersCould + QStringLiteral(": ") + QString::fromStdString(judged.objection);
+    }
+    return judged.error == 0 ? QString()
+                             : QStringLiteral("%1 cannot be run: %2")
+                                   .arg(readableName(path), systemText(judged.error));
 }
 
 // The bytes of a file that is fit to be a job's; else why it is not.
@@ -36,17 +58,20 @@ std::optional<QByteArray> trustedContents(const QByteArray &file, QString *reaso
     struct stat status {};
     // Asked before as well as after: opening a device may already do something.
     if (::stat(file.constData(), &status) != 0) {
-        *reason = systemText();
+        *reason = systemText(errno);
         return std::nullopt;
     }
     *reason = launchFileObjection(status, ::geteuid());
+    if (reason->isNull() && isJudged(file)) {
+        *reason = pathObjection(file, QStringLiteral("others could put another file there"));
+    }
     if (!reason->isNull()) {
         return std::nullopt;
     }
     const Descriptor descriptor(
         ::open(file.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)); // NOLINT(*-vararg)
     if (!descriptor.isOpen() || ::fstat(descriptor.number(), &status) != 0) {
-        *reason = systemText();
+        *reason = systemText(errno);
         return std::nullopt;
     }
     *reason = launchFileObjection(status, ::geteuid());
@@ -56,7 +81,7 @@ std::optional<QByteArray> trustedContents(const QByteArray &file, QString *reaso
         const auto count = ::read(descriptor.number(), contents.data() + size,
                                   static_cast<std::size_t>(contents.size() - size));
         if (count < 0 && errno != EINTR) {
-            *reason = systemText();
+            *reason = systemText(errno);
         } else if (count == 0) {
             contents.truncate(size);
             return contents;
@@ -143,15 +168,26 @@ std::optional<LaunchJob> launchJobFromData(const QByteArray &data, const QByteAr
     return LaunchJobReader(value->toMap(), file).read(error);
 }
 
+QString launchProgramObjection(const LaunchJob &job)
+{
+    return isJudged(job.file)
+               ? pathObjection(job.program, QStringLiteral("others could change what it runs"))
+               : QString();
+}
+
 std::optional<LaunchJob> launchJobFromFile(const QByteArray &file, QString *error)
 {
     QString reason;
     const auto contents = trustedContents(file, &reason);
-    if (!contents) {
+    auto job = contents ? launchJobFromData(*contents, file, error) : std::nullopt;
+    if (job && !job->isDisabled) {
+        reason = launchProgramObjection(*job);
+    }
+    if (!reason.isNull()) {
         *error = QStringLiteral("%1: %2").arg(readableName(file), reason);
         return std::nullopt;
     }
-    return launchJobFromData(*contents, file, error);
+    return job;
 }
 
 } // namespace platform

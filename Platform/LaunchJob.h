@@ -47,9 +47,14 @@ constexpr qint64 maximumLaunchJobSize = qint64(128) * 1024;
 std::optional<LaunchJob> launchJobFromData(const QByteArray &data, const QByteArray &file,
                                            QString *error);
 
-// The job in a file. Only a regular file of this user's own or of root's that nobody else can write
-// to is read.
+// The job in a file that this user's manager may take on. Only a regular file of this user's own or
+// of root's that nobody else can write to is read. Of a computer's job, and for root's manager of
+// every job, file and program, with all folders and links on the way, must be theirs alone, too.
 std::optional<LaunchJob> launchJobFromFile(const QByteArray &file, QString *error);
+
+// Why this user's manager must not run the job's program; null where it may. To be asked again
+// before each start where that can be done.
+QString launchProgramObjection(const LaunchJob &job);
 
 // The label that the file's name gives; empty where the name does not end in ".plist" or gives a
 // label that cannot be one.

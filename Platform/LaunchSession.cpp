@@ -40,15 +40,20 @@ bool isOrBecomesPrivate(const QByteArray &path)
 
 } // namespace
 
-QByteArrayList launchAgentFolders()
+QByteArray ownLaunchAgentFolder()
 {
-    QByteArrayList folders{QByteArrayLiteral("/Library/LaunchAgents")};
     auto home = homeFolder();
     while (home.endsWith('/')) {
         home.chop(1);
     }
-    if (!home.isEmpty()) {
-        folders << home + "/Library/LaunchAgents";
+    return home.isEmpty() ? home : home + "/Library/LaunchAgents";
+}
+
+QByteArrayList launchAgentFolders()
+{
+    QByteArrayList folders{QByteArrayLiteral("/Library/LaunchAgents")};
+    if (const auto own = ownLaunchAgentFolder(); !own.isEmpty()) {
+        folders << own;
     }
     return folders;
 }

@@ -7,8 +7,12 @@
 // Where the jobs of the user's session are kept.
 namespace platform {
 
+// The folder of the jobs of this user alone: "Library/LaunchAgents" in the user's home. Empty where
+// there is no home.
+QByteArray ownLaunchAgentFolder();
+
 // The folders whose job files are jobs of this user, the computer's first: "/Library/LaunchAgents"
-// and "Library/LaunchAgents" in the user's home.
+// and the user's own.
 QByteArrayList launchAgentFolders();
 
 // The session's runtime folder: $XDG_RUNTIME_DIR, else the usual one of this user. Empty where

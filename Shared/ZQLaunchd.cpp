@@ -5,7 +5,9 @@
 #include "Platform/Console.h"
 #include "Platform/MainWindow.h"
 #include "Platform/PropertyList.h"
+#include "Platform/StandardFolders.h"
 #include "Platform/TextFormat.h"
+#include "Shared/RootsJobFile.h"
 #include "Shared/ZQAlert.h"
 #include "Shared/ZQAuthorization.h"
 #include "Shared/ZQFileManager.h"
@@ -52,7 +54,8 @@ void alert(const QString &message, const QString &folder)
 }
 
 // Writes the file where only an administrator may, by way of the temporary folder.
-bool writeWithAuthorization(const QVariantMap &settings, const QString &folder, const QString &path)
+bool writeWithAuthorization(const QVariantMap &settings, const QString &folder, const QString &path,
+                            bool mayMoveAsRoot)
 {
     const auto unableToCreate = platform::format(
         QStringLiteral("Error: Unable to create LaunchAgent. Please check you have correct "
@@ -74,7 +77,8 @@ bool writeWithAuthorization(const QVariantMap &settings, const QString &folder, 
         ZQFileManager::removeFile(path, 5s);
     }
     ZQLog::appendLog(QStringLiteral("Unable to write launchd plist - trying to authorize..."));
-    if (!ZQFileManager::moveFile(temporary, path, commandTimeout)) {
+    if (mayMoveAsRoot ? !ZQFileManager::moveFile(temporary, path, commandTimeout)
+                      : !ZQFileManager::moveFile(temporary, path, ShouldAuth::No)) {
         ZQLog::appendLog(QStringLiteral("%@"), unableToCreate);
         platform::consoleLine(unableToCreate);
         alert(QStringLiteral("Error: Unable to create LaunchAgent"), folder);
@@ -121,6 +125,72 @@ void setOwnerAndMode(const QString &path, Domain domain, ShouldAuth privileged)
     std::this_thread::sleep_for(1s);
 }
 
+// What the job's file has to become to be loaded. Only a job for all users can be refused: it would
+// run with the rights of others than those who can change it.
+class JobInstallation {
+public:
+    JobInstallation(const QVariantMap &settings, Domain domain, const QString &folder,
+                    const QString &path)
+        : m_domain(domain), m_path(path), m_file(path, platform::propertyListToXml(settings)),
+          m_folderObjection(RootsJobFile::folderObjection(folder)),
+          m_refusal(domain == Domain::Local ? m_folderObjection : QString())
+    {
+    }
+
+    // Not to where somebody else may put what he likes.
+    bool mayMoveAsRoot() const { return m_refusal.isNull(); }
+
+    // The file has been moved there. Who made it could still write to it, and it may not even be
+    // that file; so root makes another before it gets its owner.
+    void replaceMovedFile()
+    {
+        if (m_domain == Domain::Local && m_refusal.isNull() && !m_file.replace()) {
+            takeAway();
+        }
+    }
+
+    void setOwnerAndMode(ShouldAuth privileged) const
+    {
+        // Root's tools follow the links that others plant.
+        if (m_folderObjection.isNull()) {
+            ::setOwnerAndMode(m_path, m_domain, privileged);
+        } else if (!platform::isRunningAsRoot()) {
+            ::setOwnerAndMode(m_path, m_domain, ShouldAuth::No);
+        } else {
+            m_file.setModeOfFileOnly();
+        }
+    }
+
+    void load()
+    {
+        if (m_domain == Domain::Local && m_refusal.isNull() && !m_file.isInPlace()) {
+            takeAway();
+        }
+        if (m_refusal.isNull()) {
+            run(launchctl, {QStringLiteral("load"), m_path});
+            return;
+        }
+        const auto line = platform::format(QStringLiteral("Error: The job %@ is not loaded: %@"),
+                                           m_path, m_refusal);
+        ZQLog::appendLog(QStringLiteral("%@"), line);
+        platform::consoleLine(line);
+    }
+
+private:
+    // No manager is to find it at the next log-in either.
+    void takeAway()
+    {
+        m_refusal = QStringLiteral("the file is not root's alone as it was asked for");
+        m_file.remove();
+    }
+
+    Domain m_domain;
+    QString m_path;
+    RootsJobFile m_file;
+    QString m_folderObjection; // null: nobody but root can change the folder
+    QString m_refusal;         // null: none
+};
+
 } // namespace
 
 bool ZQLaunchd::startLaunchAgent(const QString &label, const QVariantMap &settings, Domain domain)
@@ -140,19 +210,21 @@ bool ZQLaunchd::startJob(const QString &label, const QVariantMap &settings, Doma
     if (ZQFileManager::fileExistsAtPath(path)) {
         removeJob(label, domain, kind, shouldAuth);
     }
+    JobInstallation installation(settings, domain, folder, path);
     auto privileged = shouldAuth;
     if (!platform::writeDictionaryToFile(settings, path)) {
-        if (!writeWithAuthorization(settings, folder, path)) {
+        if (!writeWithAuthorization(settings, folder, path, installation.mayMoveAsRoot())) {
             return false;
         }
         privileged = ShouldAuth::Yes;
+        installation.replaceMovedFile();
     }
     if (!killProcessName.isNull()) {
         run(QStringLiteral("/usr/bin/killall"), {killProcessName});
     }
-    setOwnerAndMode(path, domain, privileged);
+    installation.setOwnerAndMode(privileged);
     run(launchctl, {QStringLiteral("unload"), path});
-    run(launchctl, {QStringLiteral("load"), path});
+    installation.load();
     return true;
 }
 

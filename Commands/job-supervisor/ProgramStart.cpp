@@ -91,6 +91,12 @@ public:
         fail(StageProgram);
     }
 
+    [[noreturn]] void refuse() const
+    {
+        errno = EPERM;
+        fail(StageProgram);
+    }
+
 private:
     [[noreturn]] void fail(Stage stage) const
     {
@@ -159,6 +165,9 @@ QString words(const platform::LaunchJob &job, const Failure &failure)
 
 StartedProgram startProgram(const platform::LaunchJob &job)
 {
+    // By path afterwards, so that the program keeps its name; who could change the path meanwhile
+    // is root or this user.
+    const auto objection = platform::launchProgramObjection(job);
     auto arguments = job.arguments;
     auto environment = environmentOf(job);
     const auto argumentPointers = pointers(arguments);
@@ -177,7 +186,11 @@ StartedProgram startProgram(const platform::LaunchJob &job)
         if (::getppid() != parent) {
             ::_exit(StageProgram);
         }
-        Child(job, writeEnd.number()).run(argumentPointers.data(), environmentPointers.data());
+        const Child child(job, writeEnd.number());
+        if (!objection.isNull()) {
+            child.refuse();
+        }
+        child.run(argumentPointers.data(), environmentPointers.data());
     }
     if (pid < 0) {
         return {0, words(job, {StageProgram, reason})};
@@ -189,5 +202,8 @@ StartedProgram startProgram(const platform::LaunchJob &job)
     do {
         size = ::read(readEnd.number(), &failure, sizeof failure);
     } while (size < 0 && errno == EINTR);
-    return {pid, size == sizeof failure ? words(job, failure) : QString()};
+    if (size != sizeof failure) {
+        return {pid, {}};
+    }
+    return {pid, objection.isNull() ? words(job, failure) : objection};
 }

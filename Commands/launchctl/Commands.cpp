@@ -62,8 +62,14 @@ JobKeeper *Commands::keeper()
 {
     if (m_keeper == nullptr && m_keeperError.isNull()) {
         auto manager = UserManager::connect(m_deadline, &m_keeperError);
-        if (manager != nullptr) {
-            m_keeper = std::make_unique<SystemdKeeper>(std::move(manager));
+        const auto folder = manager != nullptr ? platform::jobControlFolder() : QByteArray();
+        if (!folder.isEmpty()) {
+            m_keeper = std::make_unique<SystemdKeeper>(std::move(manager), folder);
+        } else if (manager != nullptr) {
+            m_keeperError =
+                QStringLiteral("%1/ostrel: this must be a folder of your own that nobody "
+                               "else can enter")
+                    .arg(platform::readableName(platform::sessionRuntimeFolder()));
         } else if (m_keeperError.isNull()) {
             m_keeper = std::make_unique<SupervisorKeeper>(m_deadline);
         }

@@ -3,7 +3,6 @@
 #include "Commands/launchctl/LoadedMarks.h"
 
 #include "Platform/Descriptor.h"
-#include "Platform/LaunchSession.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -22,13 +21,10 @@ struct CloseFolder {
 } // namespace
 
 // Marks of an earlier manager do not count: its number stands in them.
-LoadedMarks::LoadedMarks(quint64 managerIdentity)
-    : m_folder(platform::jobControlFolder()), m_identity(QByteArray::number(managerIdentity))
+LoadedMarks::LoadedMarks(const QByteArray &folder, quint64 managerIdentity)
+    : m_folder(folder + "/jobs"), m_identity(QByteArray::number(managerIdentity))
 {
-    if (!m_folder.isEmpty()) {
-        m_folder += "/jobs";
-        ::mkdir(m_folder.constData(), S_IRWXU);
-    }
+    ::mkdir(m_folder.constData(), S_IRWXU);
 }
 
 LoadedMarks::Mark LoadedMarks::of(const QByteArray &unit) const

@@ -11,7 +11,8 @@ class LoadedMarks {
 public:
     enum class Mark { None, Loaded, Unloaded };
 
-    explicit LoadedMarks(quint64 managerIdentity);
+    // In that folder, which must be there.
+    LoadedMarks(const QByteArray &folder, quint64 managerIdentity);
 
     Mark of(const QByteArray &unit) const;
     void set(const QByteArray &unit, Mark mark) const;
@@ -20,6 +21,6 @@ public:
     QByteArrayList units() const;
 
 private:
-    QByteArray m_folder; // empty: nothing can be kept
+    QByteArray m_folder;
     QByteArray m_identity;
 };

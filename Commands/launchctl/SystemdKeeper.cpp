@@ -78,8 +78,8 @@ QString howItEnded(const platform::LaunchJob &job, const UnitState &state)
 
 } // namespace
 
-SystemdKeeper::SystemdKeeper(std::unique_ptr<UserManager> manager)
-    : m_manager(std::move(manager)), m_marks(m_manager->identity())
+SystemdKeeper::SystemdKeeper(std::unique_ptr<UserManager> manager, const QByteArray &controlFolder)
+    : m_manager(std::move(manager)), m_marks(controlFolder, m_manager->identity())
 {
 }
 

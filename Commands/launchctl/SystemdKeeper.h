@@ -10,7 +10,8 @@
 // files; this only asks the manager to look and to start and stop.
 class SystemdKeeper : public JobKeeper {
 public:
-    explicit SystemdKeeper(std::unique_ptr<UserManager> manager);
+    // What cannot be seen from the manager is noted in the folder.
+    SystemdKeeper(std::unique_ptr<UserManager> manager, const QByteArray &controlFolder);
 
     QString load(const platform::LaunchJob &job) override;
     QString unload(const QByteArray &label) override;

@@ -47,7 +47,9 @@ class Generator(unittest.TestCase):
 
     def test_the_listeners_job_becomes_a_unit_that_starts_at_log_in(self):
         folder = "/Library/PreferencePanes/Ostrel.prefPane/Contents/MacOS"
-        path = write_job(LISTENER, program=f"{folder}/OstrelListener", WorkingDirectory=folder,
+        os.makedirs(folder, exist_ok=True)
+        program = jobs.write_program(f"{folder}/OstrelListener", "exit\n")
+        path = write_job(LISTENER, program=program, WorkingDirectory=folder,
                          KeepAlive={"SuccessfulExit": False})
         self.generate()
         unit = f"app-{LISTENER}.service"
@@ -117,6 +119,43 @@ class Generator(unittest.TestCase):
         self.assertEqual(self.setting("app-twice.service", "SourcePath"), [first])
         self.assertIn("app-own.service", self.units())
 
+    def test_a_computers_job_has_no_unit_where_others_can_change_what_it_runs(self):
+        program = "/tmp/link/program"
+        os.makedirs("/tmp/programs/inner", exist_ok=True)
+        jobs.write_program("/tmp/programs/inner/program", "exit\n")
+        os.symlink("programs/inner", "/tmp/link")
+        self.addCleanup(os.unlink, "/tmp/link")
+        path = write_job("judged", program=program)
+        self.generate()
+        self.assertEqual(self.units(), ["app-judged.service"])
+        for place, mode in ("/tmp/programs/inner/program", 0o757), ("/tmp/programs/inner", 0o1777), \
+                ("/tmp/programs", 0o777):
+            shutil.rmtree(OUT)
+            os.makedirs(OUT)
+            before = os.stat(place).st_mode & 0o7777
+            os.chmod(place, mode)
+            self.generate([f"{path}: others could change what it runs: {place} can be changed by "
+                           "everybody"])
+            self.assertEqual((self.units(), self.wanted()), ([], []))
+            os.chmod(place, before)
+
+    def test_a_users_own_job_runs_what_the_user_likes_and_roots_does_not(self):
+        program = jobs.write_program("/tmp/open", "exit\n")
+        os.chmod(program, 0o777)
+        path = write_job("own", folder=jobs.own_folder(), program=program)
+        if os.getuid() != 0:
+            self.generate()
+            self.assertEqual(self.units(), ["app-own.service"])
+            return
+        self.generate([f"{path}: others could change what it runs: {program} can be changed by "
+                       "everybody"])
+        self.assertEqual(self.units(), [])
+
+    def test_a_computers_job_without_its_program_has_no_unit(self):
+        path = write_job("gone", program="/nowhere/program")
+        self.generate([f"{path}: /nowhere/program cannot be run: No such file or directory"])
+        self.assertEqual(self.units(), [])
+
     def test_a_unit_of_another_origin_is_not_touched(self):
         other = f"{os.environ['HOME']}/.config/systemd/user/app-taken.service"
         path = write_job("taken")
@@ -133,13 +172,13 @@ class Generator(unittest.TestCase):
         os.makedirs(folder, exist_ok=True)
         program = jobs.write_program(folder + "/pro\ngram", "exit\n")
         write_job("plain", KeepAlive=True)
-        write_job("- 'a\"b%$\\@", program="/bin/true", ProgramArguments=["%h", "$HOME", "a\nb"],
+        write_job("- 'a\"b%$\\@", program=jobs.sleep_program(), ProgramArguments=["%h", "$HOME", "a\nb"],
                   WorkingDirectory=folder, StandardOutPath=folder + "/out",
                   EnvironmentVariables={"A": "%h\n$B\"'\\"}, KeepAlive={"SuccessfulExit": True})
         write_job("all", program=program, WorkingDirectory=folder, Nice=-20, Umask=0,
                   StandardInPath="/dev/null", StandardErrorPath=folder + "\n",
                   ProcessType="Background", ThrottleInterval=86400)
-        write_job("bytes", program=b"/bin/\xff", WorkingDirectory=b"/\xfe")
+        write_job("bytes", program=jobs.write_program(b"/tmp/\xff", "exit\n"), WorkingDirectory=b"/\xfe")
         self.generate()
         self.assertEqual(len(self.units()), 4)
         with open(f"{OUT}/app-wrong.service", "w") as file:

@@ -98,11 +98,31 @@ class Supervisor(jobs.JobTest):
             self.expect(launchctl("remove", LABEL))
 
     def test_a_program_that_is_missing_is_tried_again(self):
-        self.assertEqual(launchctl("load", write_job(LABEL, program="/tmp/late", KeepAlive=True,
-                                                     ThrottleInterval=1)).returncode, 1)
         write_program("/tmp/late", "exec sleep 1000\n")
-        self.pid(LABEL)
+        self.load(write_job(LABEL, program="/tmp/late", KeepAlive=AFTER_FAILURE, ThrottleInterval=1))
+        pid = self.pid(LABEL)
         os.unlink("/tmp/late")
+        os.kill(pid, signal.SIGKILL)
+        wait_until(lambda: self.details(LABEL)["Status"] == "203", "the failed start")
+        write_program("/tmp/late", "exec sleep 1000\n")
+        self.pid(LABEL, other_than=pid)
+        os.unlink("/tmp/late")
+
+    def test_a_program_is_judged_before_each_start(self):
+        os.mkdir("/tmp/judged")
+        self.addCleanup(shutil.rmtree, "/tmp/judged")
+        program = write_program("/tmp/judged/program", "exec sleep 1000\n")
+        self.load(write_job(LABEL, program=program, KeepAlive=AFTER_FAILURE, ThrottleInterval=1))
+        pid = self.pid(LABEL)
+        os.chmod("/tmp/judged", 0o777)
+        os.rename(program, "/tmp/judged/real")
+        write_program(program, "touch /tmp/judged/replaced\nexec sleep 1000\n")  # anybody's
+        os.kill(pid, signal.SIGKILL)
+        wait_until(lambda: self.details(LABEL)["Status"] == "203", "the refused start")
+        self.assertFalse(os.path.exists("/tmp/judged/replaced"))
+        os.rename("/tmp/judged/real", program)
+        os.chmod("/tmp/judged", 0o755)
+        self.pid(LABEL, other_than=pid)
 
     def test_the_program_has_a_session_and_streams_of_its_own(self):
         os.umask(0o077)

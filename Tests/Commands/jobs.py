@@ -4,6 +4,7 @@
 """Job files and the commands that handle them, for the tests of both."""
 import os
 import plistlib
+import shutil
 import subprocess
 import sys
 import time
@@ -25,10 +26,20 @@ def job_file(label, folder=COMPUTER):
     return f"{folder}/{label}.plist"
 
 
-def write_job(label, folder=COMPUTER, program="/bin/sleep", **keys):
+def sleep_program():
+    """The system's, or a copy where it belongs to neither root nor us, as in a developer's sandbox."""
+    if os.stat("/bin/sleep").st_uid in (0, os.getuid()):
+        return "/bin/sleep"
+    copy = os.environ["HOME"] + "/sleep"
+    if not os.path.exists(copy):
+        shutil.copy("/bin/sleep", copy)
+    return copy
+
+
+def write_job(label, folder=COMPUTER, program=None, **keys):
     """Writes a job file, by default of a program that runs, and answers with its path."""
-    job = {"Label": label, "Program": program, "RunAtLoad": True}
-    if program == "/bin/sleep":
+    job = {"Label": label, "Program": program or sleep_program(), "RunAtLoad": True}
+    if program is None:
         job["ProgramArguments"] = ["sleep", "1000"]
     job.update(keys)
     os.makedirs(folder, exist_ok=True)

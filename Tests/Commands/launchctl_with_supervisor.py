@@ -104,8 +104,13 @@ class Launchctl(jobs.JobTest):
     def test_a_program_that_cannot_be_run_is_told(self):
         path = write_job(LABEL, program="/nowhere")
         self.expect(launchctl("load", path), 1,
-                    f"launchctl: {LABEL}: loaded, but not started: /nowhere cannot be run: "
-                    "No such file or directory\n")
+                    f"launchctl: {path}: /nowhere cannot be run: No such file or directory\n")
+        program = write_program("/tmp/program", "exit\n")
+        os.chmod(program, 0o644)
+        path = write_job(LABEL, program=program)
+        self.expect(launchctl("load", path), 1,
+                    f"launchctl: {LABEL}: loaded, but not started: {program} cannot be run: "
+                    "Permission denied\n")
         jobs.wait_until(lambda: self.details(LABEL)["Status"] == "203", "the exit status")
 
     def test_a_folder_that_is_missing_is_told(self):
@@ -133,6 +138,28 @@ class Launchctl(jobs.JobTest):
             self.expect(launchctl("load", path), 1,
                         f"launchctl: {path}: Dubious ownership: others than the owner may write "
                         "to the file\n")
+
+    def test_a_computers_job_is_not_loaded_where_others_can_change_what_it_runs(self):
+        os.mkdir("/tmp/open")
+        program = write_program("/tmp/open/program", "exec sleep 1000\n")
+        self.addCleanup(shutil.rmtree, "/tmp/open")
+        path = write_job(LABEL, program=program)
+        for place in program, "/tmp/open":
+            os.chmod(place, 0o1777)
+            self.expect(launchctl("load", path), 1,
+                        f"launchctl: {path}: others could change what it runs: {place} can be "
+                        "changed by everybody\n")
+            os.chmod(place, 0o755)
+        self.assertEqual(jobs.processes("job-supervisor"), [])
+        self.load(path)
+
+    def test_a_computers_job_is_not_loaded_from_a_folder_that_others_can_change(self):
+        path = write_job(LABEL)
+        os.chmod(jobs.COMPUTER, 0o1777)
+        self.addCleanup(os.chmod, jobs.COMPUTER, 0o755)
+        self.expect(launchctl("load", path), 1,
+                    f"launchctl: {path}: others could put another file there: {jobs.COMPUTER} can be "
+                    "changed by everybody\n")
 
     def test_only_the_folders_of_jobs_count(self):
         path = write_job(LABEL, folder="/tmp/elsewhere")

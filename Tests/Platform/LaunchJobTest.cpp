@@ -26,7 +26,8 @@ QString text(const char *characters)
 // A sound job with one key set or, for an invalid value, removed.
 QVariantMap jobWith(const char *key, const QVariant &value)
 {
-    QVariantMap job{{text("Label"), text("com.example.job")}, {text("Program"), text("/bin/true")}};
+    QVariantMap job{{text("Label"), text("com.example.job")},
+                    {text("Program"), text("/Library/programs/real/program")}};
     if (value.isValid()) {
         job.insert(text(key), value);
     } else {
@@ -80,14 +81,26 @@ private Q_SLOTS:
     void aFileThatOthersMayWriteToIsRefused();
     void onlyARegularFileIsRead();
     void aFileLargerThanAnyJobIsRefused();
+    void aComputersJobWhoseProgramOthersCanChangeIsRefused_data();
+    void aComputersJobWhoseProgramOthersCanChangeIsRefused();
+    void aComputersJobInAFolderThatOthersCanChangeIsRefused();
+    void aUsersOwnJobMayRunWhatItLikesUnlessItIsRoots();
+    void aDisabledJobsProgramIsNotJudged();
     void theLabelComesFromTheFilesName_data();
     void theLabelComesFromTheFilesName();
     void messagesHoldNoControlCharacters();
 };
 
+// Has a program at a path of its own, by way of a folder and of a link.
 void LaunchJobTest::initTestCase()
 {
     QVERIFY(QDir().mkpath(text("/Library/LaunchAgents")));
+    QVERIFY(QDir().mkpath(text("/Library/programs/real")));
+    QVERIFY(QDir().mkpath(text("/Library/programs/links")));
+    write(text("/Library/programs/real/program"), "#!/bin/sh\n", 0755);
+    QVERIFY(QFile::link(text("../real"), text("/Library/programs/links/link")));
+    QVERIFY(QDir().mkpath(text("/Library/Ostrel.prefPane/Contents/MacOS")));
+    write(text("/Library/Ostrel.prefPane/Contents/MacOS/OstrelListener"), "#!/bin/sh\n", 0755);
 }
 
 void LaunchJobTest::theListenersJobIsRead()
@@ -347,6 +360,91 @@ void LaunchJobTest::aFileLargerThanAnyJobIsRefused()
     write(QString::fromUtf8(file), contents + '\n', 0644);
     QVERIFY(!platform::launchJobFromFile(file, &error));
     QVERIFY2(error.endsWith(text(": larger than any job file")), qPrintable(error));
+}
+
+void LaunchJobTest::aComputersJobWhoseProgramOthersCanChangeIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("path");
+    QTest::addColumn<uint>("mode");
+    const auto program = text("/Library/programs/real/program").toUtf8();
+    QTest::newRow("everybody the program") << program << 0777U;
+    QTest::newRow("a group the program") << program << 0775U;
+    QTest::newRow("everybody its folder") << QByteArray("/Library/programs/real") << 0777U;
+    QTest::newRow("a sticky folder") << QByteArray("/Library/programs/real") << 01777U;
+    QTest::newRow("a folder above") << QByteArray("/Library/programs") << 0777U;
+    QTest::newRow("the folder of a link") << QByteArray("/Library/programs/links") << 01777U;
+}
+
+void LaunchJobTest::aComputersJobWhoseProgramOthersCanChangeIsRefused()
+{
+    QFETCH(QByteArray, path);
+    QFETCH(uint, mode);
+    const auto program = text("/Library/programs/links/link/program");
+    for (const auto &job :
+         {jobWith("Program", program),
+          QVariantMap{{text("Label"), text("com.example.job")},
+                      {text("ProgramArguments"), QVariantList{program, text("argument")}}}}) {
+        write(QString::fromUtf8(file), platform::propertyListToXml(job), 0644);
+        QString error;
+        QVERIFY2(platform::launchJobFromFile(file, &error), qPrintable(error));
+        struct stat before {};
+        QCOMPARE(::stat(path.constData(), &before), 0);
+        QCOMPARE(::chmod(path.constData(), mode), 0);
+        const auto refused = !platform::launchJobFromFile(file, &error);
+        QCOMPARE(::chmod(path.constData(), before.st_mode & 07777U), 0);
+        if (mode == 0775U && ::geteuid() != 0) {
+            QVERIFY(!refused); // "tester" is alone in the group "tester"
+            continue;
+        }
+        QVERIFY(refused);
+        QCOMPARE(error,
+                 QString(QString::fromUtf8(file) + text(": others could change what it runs: ") +
+                         QString::fromUtf8(path) + text(" can be changed by ") +
+                         (mode == 0775U ? text("group 0") : text("everybody"))));
+    }
+}
+
+void LaunchJobTest::aComputersJobInAFolderThatOthersCanChangeIsRefused()
+{
+    write(QString::fromUtf8(file), platform::propertyListToXml(jobWith("RunAtLoad", true)), 0644);
+    QCOMPARE(::chmod("/Library/LaunchAgents", 01777), 0);
+    QString error;
+    const auto refused = !platform::launchJobFromFile(file, &error);
+    QCOMPARE(::chmod("/Library/LaunchAgents", 0755), 0);
+    QVERIFY(refused);
+    QCOMPARE(error, QString(QString::fromUtf8(file) +
+                            text(": others could put another file there: /Library/LaunchAgents can "
+                                 "be changed by everybody")));
+    QVERIFY2(platform::launchJobFromFile(file, &error), qPrintable(error));
+}
+
+void LaunchJobTest::aUsersOwnJobMayRunWhatItLikesUnlessItIsRoots()
+{
+    const auto folder = QDir::homePath() + text("/Library/LaunchAgents");
+    QVERIFY(QDir().mkpath(folder));
+    const auto own = folder + text("/com.example.job.plist");
+    const auto program = text("/Library/programs/real/program");
+    write(own, platform::propertyListToXml(jobWith("Program", program)), 0644);
+    QCOMPARE(::chmod("/Library/programs/real", 0777), 0);
+    QString error;
+    const auto job = platform::launchJobFromFile(own.toUtf8(), &error);
+    QCOMPARE(::chmod("/Library/programs/real", 0755), 0);
+    QCOMPARE(job.has_value(), ::geteuid() != 0);
+    QVERIFY(QFile::remove(own));
+}
+
+void LaunchJobTest::aDisabledJobsProgramIsNotJudged()
+{
+    auto settings = jobWith("Disabled", true);
+    settings.insert(text("Program"), text("/nowhere"));
+    write(QString::fromUtf8(file), platform::propertyListToXml(settings), 0644);
+    QString error;
+    QVERIFY2(platform::launchJobFromFile(file, &error), qPrintable(error));
+    settings.remove(text("Disabled"));
+    write(QString::fromUtf8(file), platform::propertyListToXml(settings), 0644);
+    QVERIFY(!platform::launchJobFromFile(file, &error));
+    QCOMPARE(error, QString(QString::fromUtf8(file) +
+                            text(": /nowhere cannot be run: No such file or directory")));
 }
 
 void LaunchJobTest::theLabelComesFromTheFilesName_data()

@@ -254,6 +254,48 @@ class ServiceManager(jobs.JobTest):
         finally:
             session.root(["systemctl", "stop", "user@1001.service"])
 
+    def test_a_computers_job_runs_only_for_who_alone_can_change_its_program(self):
+        os.makedirs(f"{session.HOME}/clone", exist_ok=True)
+        program = write_program(f"{session.HOME}/clone/program", "exec sleep 1000\n")
+        path = write_computer_job(program=program, KeepAlive=True)
+        told = f"{path}: others could change what it runs: {session.HOME} belongs to user 1000"
+        session.log_out()
+        session.log_in()
+        self.assertTrue(self.pid(LABEL))  # his own, and root's
+        session.root(["systemctl", "start", "user@1001.service"])
+        try:
+            his = ["runuser", "-u", "admin", "--", "env", "XDG_RUNTIME_DIR=/run/user/1001"]
+            self.assertEqual(session.root([*his, "systemctl", "--user", "show", UNIT,
+                                           "--property=LoadState", "--value"]).output, "not-found\n")
+            self.assertIn(told, session.journal("_UID=1001"))
+            for caller in his, ["env", "HOME=/root"]:
+                refused = session.root([*caller, jobs.LAUNCHCTL, "load", path], check=False)
+                self.assertEqual((refused.status, refused.errors), (1, f"launchctl: {told}\n"))
+            self.assertEqual(session.root(["pgrep", "--uid", "0,1001", "--exact", "sleep"],
+                                          check=False).output, "")
+        finally:
+            session.root(["systemctl", "stop", "user@1001.service"])
+
+    def test_without_a_folder_for_the_sessions_jobs_nothing_is_done_and_that_is_told(self):
+        path = write_computer_job()
+        session.root(["systemctl", "start", "user@0.service"])
+        try:
+            for user in 0, session.USER:
+                folder = f"/run/user/{user}/ostrel"
+                session.root(["sh", "-c", f"rm -rf {folder} && touch {folder}"])
+                told = (f"launchctl: {folder}: this must be a folder of your own that nobody else can "
+                        "enter\n")
+                for words in ("load", path), ("unload", path), ("list",):
+                    result = session.root(["env", "HOME=/root", "XDG_RUNTIME_DIR=/run/user/0",
+                                           jobs.LAUNCHCTL, *words], check=False) if user == 0 else None
+                    result = result or session.user([jobs.LAUNCHCTL, *words], check=False)
+                    self.assertEqual((result.status, result.errors), (1, told))
+                session.root(["rm", folder])
+            self.assertEqual([name for name in os.listdir("/") if name.startswith("app-")], [])
+        finally:
+            session.root(["systemctl", "stop", "user@0.service"])
+        self.load(path)
+
     def test_login_screens_and_services_have_no_jobs(self):
         write_computer_job()
         for user, count in ("100", 0), ("999", 0), ("1001", 1), ("0", 1):

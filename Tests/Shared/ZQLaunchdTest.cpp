@@ -66,6 +66,42 @@ QString temporaryFile()
 const QString checkPermissions = QStringLiteral(
     "Please check you have correct permissions for the directory /Library/LaunchAgents.");
 
+QByteArray contentsOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Shell for a "mv" that can what root of this sandbox cannot; before the first move it does what
+// somebody might who can write to the temporary folder. "$2" is the file that is moved.
+QString mvAfter(const QString &plant)
+{
+    return QStringLiteral(
+               "if [ ! -d /Library/LaunchAgents ]; then\n"
+               "/opt/bin/rm /Library/LaunchAgents; /opt/bin/mkdir /Library/LaunchAgents\n"
+               "%1\n"
+               "fi\n"
+               "exec /opt/bin/mv \"$@\"")
+        .arg(plant);
+}
+
+bool startByMoving()
+{
+    makeAFolderThatNobodyCanWriteTo();
+    return test::onWorker([] {
+        return ZQLaunchd::startJob(label, settings(), Domain::Local, JobKind::Agent,
+                                   ShouldAuth::No);
+    });
+}
+
+QString refusal(const QString &reason)
+{
+    return QStringLiteral("Error: The job %1 is not loaded: %2").arg(job, reason);
+}
+
+const QString notWhatWasAskedFor =
+    QStringLiteral("the file is not root's alone as it was asked for");
+
 // Answers every alert with its default button and keeps its texts.
 class AnsweredAlerts {
 public:
@@ -99,6 +135,13 @@ private Q_SLOTS:
     void withAuthorisationTheCommandsArePaced();
     void anUnwritableFolderWithoutAuthorisationEndsInAnAlert();
     void afterAPrivilegedMoveOwnershipIsPrivilegedToo();
+    void whoHeldTheMovedFileOpenCannotChangeTheJob();
+    void aLinkInPlaceOfTheMovedFileLeadsRootNowhere();
+    void whatIsNotTheFileThatWasMovedIsTakenAway();
+    void aMovedFileThatCannotBeReplacedIsNotLoaded();
+    void aJobInAFolderThatOthersCanChangeIsNotLoaded();
+    void aFileThatIsNotWhatWasAskedForIsNotLoaded();
+    void rootFollowsNoLinkInAUsersLibrary();
     void noTemporaryFolderIsAnotherMessage();
     void stoppingLeavesTheFile();
     void stoppingWithoutALabelDoesNothing();
@@ -155,11 +198,13 @@ void ZQLaunchdTest::theFolderIsMadeWhenMissing()
 void ZQLaunchdTest::aJobForAllUsersGetsOwnerAndMode()
 {
     QVERIFY(ZQLaunchd::startJob(label, settings(), Domain::Local, JobKind::Agent, ShouldAuth::No));
-    QCOMPARE(CommandRecorder::runs(),
-             (QStringList{QStringLiteral("chown [root:wheel] [") + job + QLatin1Char(']'),
-                          QStringLiteral("chmod [644] [") + job + QLatin1Char(']'),
-                          QStringLiteral("launchctl [unload] [") + job + QLatin1Char(']'),
-                          QStringLiteral("launchctl [load] [") + job + QLatin1Char(']')}));
+    QStringList expected{QStringLiteral("chown [root:wheel] [") + job + QLatin1Char(']'),
+                         QStringLiteral("chmod [644] [") + job + QLatin1Char(']'),
+                         QStringLiteral("launchctl [unload] [") + job + QLatin1Char(']')};
+    if (isRoot()) { // of an ordinary user's file no job for all is made
+        expected << QStringLiteral("launchctl [load] [") + job + QLatin1Char(']');
+    }
+    QCOMPARE(CommandRecorder::runs(), expected);
     QCOMPARE(modeOf(job), 0644U);
 }
 
@@ -188,7 +233,7 @@ void ZQLaunchdTest::oldCopiesOfTheProgramAreEndedBeforeTheJobIsLoaded()
                                 QStringLiteral("Some Program")));
     const auto runs = CommandRecorder::runs();
     QCOMPARE(runs.value(0), QStringLiteral("killall [Some Program]"));
-    QVERIFY(runs.last().startsWith(QStringLiteral("launchctl [load]")));
+    QCOMPARE(runs.filter(QStringLiteral("launchctl [load]")).size(), isRoot() ? 1 : 0);
 }
 
 void ZQLaunchdTest::withoutAProcessNameNothingIsKilled()
@@ -209,14 +254,15 @@ void ZQLaunchdTest::anOldJobIsUnloadedRemovedAndDeletedFirst()
     QVERIFY(ZQLaunchd::startJob(label, settings(QStringLiteral("/new")), Domain::Local,
                                 JobKind::Agent, ShouldAuth::No));
     const auto path = QLatin1Char('[') + job + QLatin1Char(']');
-    const QStringList expected{QStringLiteral("launchctl [unload] ") + path,
-                               QStringLiteral("  file: old"),
-                               QStringLiteral("launchctl [remove] [com.corvane.Test]"),
-                               QStringLiteral("  file: old"),
-                               QStringLiteral("launchctl [unload] ") + path,
-                               QStringLiteral("  file: new"),
-                               QStringLiteral("launchctl [load] ") + path,
-                               QStringLiteral("  file: new")};
+    QStringList expected{QStringLiteral("launchctl [unload] ") + path,
+                         QStringLiteral("  file: old"),
+                         QStringLiteral("launchctl [remove] [com.corvane.Test]"),
+                         QStringLiteral("  file: old"),
+                         QStringLiteral("launchctl [unload] ") + path,
+                         QStringLiteral("  file: new")};
+    if (isRoot()) {
+        expected << QStringLiteral("launchctl [load] ") + path << QStringLiteral("  file: new");
+    }
     QCOMPARE(CommandRecorder::runs(), expected);
 }
 
@@ -228,7 +274,7 @@ void ZQLaunchdTest::aFailingCommandDoesNotMatter()
     }
     QVERIFY(ZQLaunchd::startJob(label, settings(), Domain::Local, JobKind::Agent, ShouldAuth::No,
                                 QStringLiteral("Some Program")));
-    QCOMPARE(CommandRecorder::runs().size(), 4);
+    QCOMPARE(CommandRecorder::runs().size(), isRoot() ? 4 : 3);
 }
 
 void ZQLaunchdTest::withAuthorisationTheCommandsArePaced()
@@ -275,23 +321,153 @@ void ZQLaunchdTest::afterAPrivilegedMoveOwnershipIsPrivilegedToo()
     if (!isRoot()) {
         QSKIP("an ordinary user would be asked for a password here");
     }
-    // A "mv" that can what root of this sandbox cannot.
-    add(QStringLiteral("/usr/bin/mv"),
-        QStringLiteral("/opt/bin/rm /Library/LaunchAgents; /opt/bin/mkdir /Library/LaunchAgents; "
-                       "exec /opt/bin/mv \"$@\""));
-    makeAFolderThatNobodyCanWriteTo();
+    add(QStringLiteral("/usr/bin/mv"), mvAfter({}));
     QElapsedTimer time;
     time.start();
-    QVERIFY(test::onWorker([] {
-        return ZQLaunchd::startJob(label, settings(), Domain::Local, JobKind::Agent,
-                                   ShouldAuth::No);
-    }));
+    QVERIFY(startByMoving());
     QVERIFY(time.elapsed() >= 1000);
     QCOMPARE(platform::dictionaryFromFile(job).value_or(QVariantMap()), settings());
     QCOMPARE(modeOf(job), 0644U);
     QVERIFY(CommandRecorder::runs().contains(QStringLiteral("chown [root:wheel] [") + job +
                                              QLatin1Char(']')));
     QVERIFY(!QFile::exists(temporaryFile()));
+}
+
+void ZQLaunchdTest::whoHeldTheMovedFileOpenCannotChangeTheJob()
+{
+    if (!isRoot()) {
+        QSKIP("an ordinary user would be asked for a password here");
+    }
+    m_recorders.clear();
+    add(QStringLiteral("/usr/bin/chmod"), QStringLiteral("exec /opt/bin/chmod \"$@\""));
+    // Opened while it is still its maker's, written to when it has got its owner and mode.
+    add(QStringLiteral("/usr/bin/mv"),
+        mvAfter(QStringLiteral(
+            "/opt/bin/mv \"$@\"; exec 3<>\"$3\"\n"
+            "(until /opt/bin/grep -q 'chmod .644' /tmp/recorded-commands; do sleep 0.02; done\n"
+            " echo HOSTILE >&3; : >/tmp/attacked) & exit 0")));
+    add(launchctl, QStringLiteral("[ $1 = load ] || exit 0\n"
+                                  "until [ -e /tmp/attacked ]; do sleep 0.02; done\n"
+                                  "cat \"$2\" >/tmp/loaded"));
+    QVERIFY(startByMoving());
+    QCOMPARE(contentsOf(QStringLiteral("/tmp/loaded")), platform::propertyListToXml(settings()));
+    struct stat status {};
+    QCOMPARE(::stat(job.toUtf8().constData(), &status), 0);
+    QCOMPARE(status.st_nlink, static_cast<nlink_t>(1));
+    QCOMPARE(QDir(agents).entryList(QDir::Files | QDir::Hidden).size(), 1);
+}
+
+void ZQLaunchdTest::aLinkInPlaceOfTheMovedFileLeadsRootNowhere()
+{
+    if (!isRoot()) {
+        QSKIP("an ordinary user would be asked for a password here");
+    }
+    add(QStringLiteral("/usr/bin/mv"),
+        mvAfter(QStringLiteral("umask 077; echo secret >/tmp/secret\n"
+                               "/opt/bin/rm \"$2\"; /opt/bin/ln -s /tmp/secret \"$2\"")));
+    QVERIFY(startByMoving());
+    QCOMPARE(modeOf(QStringLiteral("/tmp/secret")), 0600U);
+    QCOMPARE(contentsOf(QStringLiteral("/tmp/secret")), QByteArray("secret\n"));
+    QVERIFY(!QFileInfo(job).isSymLink());
+    QCOMPARE(platform::dictionaryFromFile(job).value_or(QVariantMap()), settings());
+    QCOMPARE(CommandRecorder::runs().filter(QStringLiteral("launchctl [load]")).size(), 1);
+}
+
+void ZQLaunchdTest::whatIsNotTheFileThatWasMovedIsTakenAway()
+{
+    if (!isRoot()) {
+        QSKIP("an ordinary user would be asked for a password here");
+    }
+    add(QStringLiteral("/usr/bin/mv"),
+        mvAfter(QStringLiteral("/opt/bin/rm \"$2\"; /opt/bin/mkdir \"$2\"; : >\"$2/inside\"")));
+    test::ConsoleCapture console;
+    QVERIFY(startByMoving());
+    QVERIFY(!QFile::exists(job));
+    QVERIFY(QDir(agents).isEmpty());
+    QVERIFY(CommandRecorder::runs().filter(QStringLiteral("launchctl [load]")).isEmpty());
+    QVERIFY(console.lines().contains(refusal(notWhatWasAskedFor)));
+}
+
+void ZQLaunchdTest::aMovedFileThatCannotBeReplacedIsNotLoaded()
+{
+    if (!isRoot()) {
+        QSKIP("an ordinary user would be asked for a password here");
+    }
+    // Only the first move works.
+    add(QStringLiteral("/usr/bin/mv"),
+        QStringLiteral("[ -d /Library/LaunchAgents ] && exit 1\n") + mvAfter({}));
+    test::ConsoleCapture console;
+    QVERIFY(startByMoving());
+    QVERIFY(
+        QDir(agents).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).isEmpty());
+    QVERIFY(CommandRecorder::runs().filter(QStringLiteral("launchctl [load]")).isEmpty());
+    QVERIFY(console.lines().contains(refusal(notWhatWasAskedFor)));
+}
+
+void ZQLaunchdTest::aJobInAFolderThatOthersCanChangeIsNotLoaded()
+{
+    // Of an ordinary user the folder is his own; root's is opened to everybody.
+    QCOMPARE(::chmod(agents.toUtf8().constData(), isRoot() ? 01777 : 0755), 0);
+    test::ConsoleCapture console;
+    for (const auto shouldAuth : {ShouldAuth::No, ShouldAuth::Yes}) {
+        CommandRecorder::forget();
+        QVERIFY(ZQLaunchd::startJob(label, settings(), Domain::Local, JobKind::Agent, shouldAuth));
+        const auto runs = CommandRecorder::runs();
+        QVERIFY(runs.contains(QStringLiteral("launchctl [unload] [") + job + QLatin1Char(']')));
+        QVERIFY(runs.filter(QStringLiteral("launchctl [load]")).isEmpty());
+        if (isRoot()) { // whose tools would follow what somebody else has put there
+            QVERIFY(runs.filter(QStringLiteral("chmod")).isEmpty());
+            QVERIFY(runs.filter(QStringLiteral("chown")).isEmpty());
+        }
+    }
+    QVERIFY(console.lines().contains(
+        refusal(isRoot() ? agents + QStringLiteral(" can be changed by everybody")
+                         : QStringLiteral("/ belongs to user 1000"))));
+}
+
+void ZQLaunchdTest::aFileThatIsNotWhatWasAskedForIsNotLoaded()
+{
+    if (!isRoot()) {
+        QSKIP("an ordinary user would be asked for a password here");
+    }
+    m_recorders.clear();
+    add(launchctl);
+    add(QStringLiteral("/usr/bin/chmod"),
+        QStringLiteral("/opt/bin/chmod \"$@\"; echo more >>\"$2\""));
+    test::ConsoleCapture console;
+    QVERIFY(ZQLaunchd::startJob(label, settings(), Domain::Local, JobKind::Agent, ShouldAuth::No));
+    QVERIFY(CommandRecorder::runs().filter(QStringLiteral("launchctl [load]")).isEmpty());
+    QVERIFY(console.lines().contains(refusal(notWhatWasAskedFor)));
+    QVERIFY(!QFile::exists(job)); // nor at the next log-in
+}
+
+void ZQLaunchdTest::rootFollowsNoLinkInAUsersLibrary()
+{
+    if (!isRoot()) {
+        QSKIP("an ordinary user has no such rights");
+    }
+    const auto path = userFolder() + QStringLiteral("/com.corvane.Test.plist");
+    QVERIFY(QDir().mkpath(userFolder()));
+    QCOMPARE(::chmod(userFolder().toUtf8().constData(), 01777), 0);
+    QFile secret(QStringLiteral("/tmp/secret"));
+    QVERIFY(secret.open(QIODevice::WriteOnly));
+    secret.close();
+    QCOMPARE(::chmod("/tmp/secret", 0600), 0);
+    // Somebody is quick between the writing and the command.
+    add(QStringLiteral("/usr/bin/killall"),
+        QStringLiteral("/opt/bin/rm '%1'; /opt/bin/ln -s /tmp/secret '%1'").arg(path));
+    const auto start = [](const QString &program) {
+        return ZQLaunchd::startJob(label, settings(), Domain::User, JobKind::Agent, ShouldAuth::No,
+                                   program);
+    };
+    QVERIFY(start(QStringLiteral("Some Program")));
+    QCOMPARE(modeOf(QStringLiteral("/tmp/secret")), 0600U);
+    QVERIFY(QFile::remove(path));
+    ::umask(077);
+    const auto started = start({});
+    ::umask(022);
+    QVERIFY(started);
+    QCOMPARE(modeOf(path), 0644U);
 }
 
 void ZQLaunchdTest::noTemporaryFolderIsAnotherMessage()
