@@ -4,6 +4,7 @@
 
 #include "Platform/FileError.h"
 #include "Platform/FileName.h"
+#include "Platform/OpenPath.h"
 
 #include <fcntl.h>
 #include <sys/random.h>
@@ -40,9 +41,14 @@ int openPlace(const QString &path, ItemPlace &place)
     const auto folder = slash < 0    ? QByteArray(".")
                         : slash == 0 ? QByteArray("/")
                                      : bytes.left(slash);
-    place.folder = Descriptor(
-        retried([&] { return ::open(folder.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
-    return place.folder.isOpen() ? 0 : errno;
+    if (const auto error = openPath(AT_FDCWD, folder, LastLink::Follow, place.folder); error != 0) {
+        return error;
+    }
+    struct stat status {};
+    if (::fstat(place.folder.number(), &status) != 0) {
+        return errno;
+    }
+    return S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
 }
 
 QByteArray temporaryName()

@@ -18,7 +18,7 @@ struct ItemPlace {
 
 // Takes a path apart, slashes at the end aside: the item is what has the name, a symbolic link
 // itself included. 0, else the reason (errno): EINVAL for what has no name of its own, "/", "." and
-// "..", and for a path with a NUL in it.
+// "..", and for a path with a NUL in it. As openPath() for the links on the way.
 int openPlace(const QString &path, ItemPlace &place);
 
 // A name for something unfinished, new at every call. Begins with a dot.

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/UnfinishedItem.h"
 
+#include "Platform/CopyAttributes.h"
 #include "Platform/DescriptorPath.h"
 #include "Platform/FileError.h"
 #include "Platform/FolderEntries.h"
@@ -14,12 +15,13 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
+#include <mutex>
 #include <vector>
 
 namespace platform {
@@ -28,7 +30,8 @@ namespace {
 // The sticky bit is the mark: nobody else can give it to a folder of ours, such as one of root's
 // that its neighbours rename to have it cleared away.
 constexpr mode_t markedMode = S_ISVTX | S_IRWXU;
-constexpr mode_t comparedBits = 07777 & ~S_ISGID; // that one comes from the folder around
+constexpr mode_t allModeBits = 07777;
+constexpr mode_t comparedBits = allModeBits & ~mode_t(S_ISGID); // that one comes from the folder around
 constexpr auto mostTries = 20;
 
 // FUSE may be a network, or a file system of Windows; the kernel's header does not name these.
@@ -106,6 +109,48 @@ int renameClosedFolder(int from, int to, const QByteArray &name)
     return ::chmod(path.constData(), status.st_mode) == 0 || error != 0 ? error : errno;
 }
 
+// The folder that was found to hold none, so that it is not read again and again for many items. A
+// new one shows in its count of links, unless its file system does not count: then soon anyhow.
+class LastLook {
+public:
+    void noteEmpty(int folder)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isKnown = ::fstat(folder, &m_folder) == 0;
+        m_time = Clock::now();
+    }
+
+    bool tells(const struct stat &folder)
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_isKnown && m_folder.st_dev == folder.st_dev && m_folder.st_ino == folder.st_ino &&
+               m_folder.st_nlink == folder.st_nlink &&
+               (folder.st_nlink > 1 || Clock::now() - m_time < std::chrono::seconds(1));
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    std::mutex m_mutex;
+    bool m_isKnown = false;
+    struct stat m_folder {};
+    Clock::time_point m_time;
+};
+
+LastLook &lastLook()
+{
+    static LastLook look;
+    return look;
+}
+
+bool mayHoldSome(int folder)
+{
+    constexpr nlink_t withoutFolders = 2;
+    struct stat status {};
+    return ::fstat(folder, &status) == 0 && status.st_nlink != withoutFolders &&
+           !lastLook().tells(status) && keepsOwnersAndLocks(folder);
+}
+
 } // namespace
 
 UnfinishedItem::~UnfinishedItem()
@@ -120,10 +165,8 @@ int UnfinishedItem::prepare() const
 {
     const auto place = m_place.number();
     // What the folder around it hands down would open what is in it to others.
-    for (const auto *list : {"system.posix_acl_default", "system.posix_acl_access"}) {
-        if (::fremovexattr(place, list) != 0 && errno != ENODATA && errno != EOPNOTSUPP) {
-            return errno;
-        }
+    if (const auto error = clearAccessLists(place); error != 0) {
+        return error;
     }
     if (!keepsOwnersAndLocks(place)) {
         return 0;
@@ -180,10 +223,35 @@ int UnfinishedItem::publish(const QByteArray &finalName)
     return error;
 }
 
+Removal removeAtOnce(int folder, const QByteArray &name, int open, const QString &path)
+{
+    struct stat status {};
+    if (::fstat(open, &status) != 0) {
+        return {{errno, path}, false};
+    }
+    const auto aside = temporaryName();
+    if (!hasName(status, folder, name)) {
+        return {{ENOENT, path}, false};
+    }
+    if (const auto error = renameInPlace(folder, name, folder, aside); error != 0) {
+        return {{error, path}, false};
+    }
+    // From here on it may be cleared by others when this process ends.
+    const auto isMarked = lock(open) == 0 && ::fchmod(open, markedMode) == 0;
+    auto removal = removeOpenFolder(folder, aside, open, path);
+    if (removal.error && !removal.hasRemovedAnything) {
+        if (isMarked) {
+            ::fchmod(open, status.st_mode & allModeBits);
+        }
+        renameInPlace(folder, aside, folder, name);
+    }
+    return removal;
+}
+
 void clearUnfinishedItems(int folder)
 {
     const auto listed = openFolder(folder, ".");
-    if (!listed.isOpen() || !keepsOwnersAndLocks(listed.number())) {
+    if (!listed.isOpen() || !mayHoldSome(listed.number())) {
         return;
     }
     std::vector<QByteArray> left;
@@ -195,6 +263,9 @@ void clearUnfinishedItems(int folder)
     }
     for (const auto &name : left) {
         clearIfLeft(folder, name);
+    }
+    if (left.empty()) {
+        lastLook().noteEmpty(listed.number());
     }
 }
 

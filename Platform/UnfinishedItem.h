@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Platform/Descriptor.h"
+#include "Platform/RemoveItem.h"
 
 #include <QByteArray>
 
@@ -43,5 +44,9 @@ private:
 // that UnfinishedItem has marked, and none on file systems that do not keep owners and locks: on a
 // network their maker may live elsewhere.
 void clearUnfinishedItems(int folder);
+
+// Removes an open folder that has this name in another one, in one step as far as the name goes:
+// what of it cannot be removed is left as an unfinished item, except where that is all of it.
+Removal removeAtOnce(int folder, const QByteArray &name, int open, const QString &path);
 
 } // namespace platform
