@@ -38,7 +38,7 @@ int copyFile(const ItemPlace &from, const ItemPlace &to, CopyProgress *progress,
     if (!S_ISREG(status.st_mode)) {
         return ESTALE; // replaced by something else meanwhile
     }
-    clearUnfinishedItems(to.folder.number());
+    clearUnfinishedItemsNowAndThen(to.folder.number());
     UnnamedFile copy;
     auto error = copy.create(to.folder.number(), S_IRUSR | S_IWUSR);
     if (error == 0) {

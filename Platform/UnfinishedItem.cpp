@@ -31,8 +31,9 @@ namespace {
 // that its neighbours rename to have it cleared away.
 constexpr mode_t markedMode = S_ISVTX | S_IRWXU;
 constexpr mode_t allModeBits = 07777;
-constexpr mode_t comparedBits = allModeBits & ~mode_t(S_ISGID); // that one comes from the folder around
-constexpr auto mostTries = 20;
+constexpr mode_t comparedBits =
+    allModeBits & ~mode_t(S_ISGID); // that one comes from the folder around
+constexpr auto mostTries = 100;
 
 // FUSE may be a network, or a file system of Windows; the kernel's header does not name these.
 constexpr unsigned long ntfs = 0x5346544e;
@@ -109,47 +110,30 @@ int renameClosedFolder(int from, int to, const QByteArray &name)
     return ::chmod(path.constData(), status.st_mode) == 0 || error != 0 ? error : errno;
 }
 
-// The folder that was found to hold none, so that it is not read again and again for many items. A
-// new one shows in its count of links, unless its file system does not count: then soon anyhow.
+// The folder that was looked through last, so that a large one is not read for each of many files.
 class LastLook {
 public:
-    void noteEmpty(int folder)
+    // Whether that was a moment ago, and it has as many folders in it now as then.
+    bool isRecent(const struct stat &folder)
     {
         const std::lock_guard lock(m_mutex);
-        m_isKnown = ::fstat(folder, &m_folder) == 0;
-        m_time = Clock::now();
-    }
-
-    bool tells(const struct stat &folder)
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_isKnown && m_folder.st_dev == folder.st_dev && m_folder.st_ino == folder.st_ino &&
-               m_folder.st_nlink == folder.st_nlink &&
-               (folder.st_nlink > 1 || Clock::now() - m_time < std::chrono::seconds(1));
+        const auto now = Clock::now();
+        if (m_folder.st_dev == folder.st_dev && m_folder.st_ino == folder.st_ino &&
+            m_folder.st_nlink == folder.st_nlink && now - m_time < std::chrono::seconds(1)) {
+            return true;
+        }
+        m_folder = folder;
+        m_time = now;
+        return false;
     }
 
 private:
     using Clock = std::chrono::steady_clock;
 
     std::mutex m_mutex;
-    bool m_isKnown = false;
     struct stat m_folder {};
     Clock::time_point m_time;
 };
-
-LastLook &lastLook()
-{
-    static LastLook look;
-    return look;
-}
-
-bool mayHoldSome(int folder)
-{
-    constexpr nlink_t withoutFolders = 2;
-    struct stat status {};
-    return ::fstat(folder, &status) == 0 && status.st_nlink != withoutFolders &&
-           !lastLook().tells(status) && keepsOwnersAndLocks(folder);
-}
 
 } // namespace
 
@@ -201,7 +185,7 @@ int UnfinishedItem::create(int folder)
             return errno;
         }
         m_place = openFolder(folder, m_placeName.constData());
-        error = m_place.isOpen() ? prepare() : errno;
+        error = m_place.isOpen() ? prepare() : errno == ENOENT ? EAGAIN : errno;
         if (error != 0) {
             m_place.close();
             ::unlinkat(folder, m_placeName.constData(), AT_REMOVEDIR); // nothing, unless empty
@@ -250,8 +234,11 @@ Removal removeAtOnce(int folder, const QByteArray &name, int open, const QString
 
 void clearUnfinishedItems(int folder)
 {
+    constexpr nlink_t withoutFolders = 2; // where the file system counts them
     const auto listed = openFolder(folder, ".");
-    if (!listed.isOpen() || !mayHoldSome(listed.number())) {
+    struct stat status {};
+    if (!listed.isOpen() || ::fstat(listed.number(), &status) != 0 ||
+        status.st_nlink == withoutFolders || !keepsOwnersAndLocks(listed.number())) {
         return;
     }
     std::vector<QByteArray> left;
@@ -264,8 +251,14 @@ void clearUnfinishedItems(int folder)
     for (const auto &name : left) {
         clearIfLeft(folder, name);
     }
-    if (left.empty()) {
-        lastLook().noteEmpty(listed.number());
+}
+
+void clearUnfinishedItemsNowAndThen(int folder)
+{
+    static LastLook lastLook;
+    struct stat status {};
+    if (::fstat(folder, &status) == 0 && !lastLook.isRecent(status)) {
+        clearUnfinishedItems(folder);
     }
 }
 

@@ -44,6 +44,8 @@ private:
 // that UnfinishedItem has marked, and none on file systems that do not keep owners and locks: on a
 // network their maker may live elsewhere.
 void clearUnfinishedItems(int folder);
+// The same for what is done many times in a row in the same folder.
+void clearUnfinishedItemsNowAndThen(int folder);
 
 // Removes an open folder that has this name in another one, in one step as far as the name goes:
 // what of it cannot be removed is left as an unfinished item, except where that is all of it.

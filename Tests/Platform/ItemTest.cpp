@@ -7,6 +7,7 @@
 #include "Platform/FolderSize.h"
 #include "Platform/MoveItem.h"
 #include "Platform/RemoveItem.h"
+#include "Platform/Trash.h"
 #include "Tests/Support/FileTree.h"
 
 #include <QTest>
@@ -41,6 +42,8 @@ private Q_SLOTS:
 
     void aCopyIsTheSameInEverything();
     void aCopyReplacesNothing();
+    void hardLinksStayLinksInCopiesMovesAndTheTrash();
+    void aCopyInheritsNoAccessList();
     void aFolderIsNotCopiedIntoItself();
     void holesStayHoles();
     void aFileThatTellsNoSizeIsCopiedWhole();
@@ -287,6 +290,54 @@ void ItemTest::aCopyReplacesNothing()
     QCOMPARE(test::readFile(folder / "b"), std::string("b"));
     QCOMPARE(folder.names().size(), 4);
     QCOMPARE(test::tree(folder / "folder").size(), 1);
+}
+
+void ItemTest::hardLinksStayLinksInCopiesMovesAndTheTrash()
+{
+    const test::Folder folder;
+    const test::Folder other("/var/tmp");
+    test::makeFolder(folder / "tree/below");
+    test::writeFile(folder / "tree/file");
+    QCOMPARE(::link((folder / "tree/file").c_str(), (folder / "tree/below/file").c_str()), 0);
+    const auto areLinked = [](const std::string &tree) {
+        return statusOf(tree + "/file").st_ino == statusOf(tree + "/below/file").st_ino &&
+               statusOf(tree + "/file").st_nlink == 2;
+    };
+    QVERIFY(!platform::copyItem(text(folder / "tree"), text(folder / "copy")));
+    QVERIFY(areLinked(folder / "copy"));
+    QVERIFY(!platform::moveItem(text(folder / "tree"), text(other / "tree")));
+    QVERIFY(areLinked(other / "tree"));
+    QVERIFY(!platform::recycleItem(text(other / "tree"), text(folder / "trash")));
+    QVERIFY(areLinked(folder / "trash/tree"));
+}
+
+void ItemTest::aCopyInheritsNoAccessList()
+{
+    const test::Folder folder;
+    test::makeFolder(folder / "tree/below");
+    test::writeFile(folder / "tree/below/file");
+    test::makeFolder(folder / "to");
+    const std::string everybody("\x02\0\0\0\x01\0\x07\0\xff\xff\xff\xff\x04\0\x07\0\xff\xff\xff\xff"
+                                "\x20\0\x07\0\xff\xff\xff\xff",
+                                28);
+    const auto *handedDown = "system.posix_acl_default";
+    QCOMPARE(::setxattr((folder / "to").c_str(), handedDown, everybody.data(), everybody.size(), 0),
+             0);
+    QVERIFY(!platform::copyItem(text(folder / "tree"), text(folder / "to/tree")));
+    QVERIFY(!platform::copyItem(text(folder / "tree/below/file"), text(folder / "to/file")));
+    QCOMPARE(::getxattr((folder / "to/tree").c_str(), handedDown, nullptr, 0), ssize_t(-1));
+    QCOMPARE(::getxattr((folder / "to/tree/below").c_str(), handedDown, nullptr, 0), ssize_t(-1));
+    for (const auto *path : {"to/file", "to/tree", "to/tree/below/file"}) {
+        QCOMPARE(::getxattr((folder / path).c_str(), "system.posix_acl_access", nullptr, 0),
+                 ssize_t(-1));
+        QCOMPARE(errno, ENODATA);
+    }
+    // Nor is one lost that the original has.
+    QCOMPARE(::setxattr((folder / "tree/below").c_str(), handedDown, everybody.data(),
+                        everybody.size(), 0),
+             0);
+    QVERIFY(!platform::copyItem(text(folder / "tree"), text(folder / "copy")));
+    QCOMPARE(::getxattr((folder / "copy/below").c_str(), handedDown, nullptr, 0), ssize_t(28));
 }
 
 void ItemTest::aFolderIsNotCopiedIntoItself()
