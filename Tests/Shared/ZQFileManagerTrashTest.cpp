@@ -342,6 +342,7 @@ void ZQFileManagerTrashTest::contentsAreTrashedOnAfterAFailure()
         QSKIP("root may trash them all");
     }
     auto &at = *m_fixture;
+    test::makeFolder(at / "folder");
     for (const auto *name : {"a", "b-closed", "c"}) {
         test::writeFile(at / "folder/" + name);
     }
