@@ -163,8 +163,9 @@ int copyAttributesOfSpecial(const struct stat &status, int folder, const char *n
 int clearAccessLists(int item)
 {
     for (const auto *list : {"system.posix_acl_default", accessList}) {
-        if (::fremovexattr(item, list) != 0 && errno != ENODATA && errno != EOPNOTSUPP &&
-            errno != EACCES) { // only a folder has the first
+        // Of a file, of a file system without lists, of one that knows other attributes only.
+        if (::fremovexattr(item, list) != 0 && errno != ENODATA && errno != EACCES &&
+            errno != EOPNOTSUPP && errno != EINVAL && errno != ENOSYS) {
             return errno;
         }
     }

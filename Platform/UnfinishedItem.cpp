@@ -80,6 +80,11 @@ bool hasName(const struct stat &status, int folder, const QByteArray &name)
            named.st_dev == status.st_dev && named.st_ino == status.st_ino;
 }
 
+bool isEmpty(int folder)
+{
+    return ::lseek(folder, 0, SEEK_SET) == 0 && !FolderEntries(folder).next();
+}
+
 void clearIfLeft(int folder, const QByteArray &name)
 {
     const auto left = openFolder(folder, name.constData());
@@ -160,18 +165,21 @@ int UnfinishedItem::prepare() const
         return errno;
     }
     // By name it could be another one by now.
-    if (status.st_uid != ::geteuid() || FolderEntries(place).next()) {
+    if (status.st_uid != ::geteuid() || !isEmpty(place)) {
         return EACCES;
     }
-    const auto error = lock(place);
-    if (error == EWOULDBLOCK) {
-        return EAGAIN;
+    if (const auto error = lock(place); error != 0) {
+        return error == EWOULDBLOCK ? EAGAIN : error;
     }
-    if (error == 0 && (status.st_mode & comparedBits) != markedMode &&
-        ::fchmod(place, markedMode | (status.st_mode & S_ISGID)) != 0) {
-        return errno;
+    if ((status.st_mode & comparedBits) != markedMode) {
+        if (::fchmod(place, markedMode | (status.st_mode & S_ISGID)) != 0) {
+            return errno;
+        }
+        if (!isEmpty(place)) { // somebody could put something in before
+            return EACCES;
+        }
     }
-    return error != 0 || hasName(status, m_folder, m_placeName) ? error : EAGAIN;
+    return hasName(status, m_folder, m_placeName) ? 0 : EAGAIN;
 }
 
 int UnfinishedItem::create(int folder)
