@@ -5,9 +5,8 @@
 #include "Platform/CopyAttributes.h"
 #include "Platform/CopyContents.h"
 #include "Platform/CopyProgress.h"
-#include "Platform/CopyTree.h"
-#include "Platform/ItemPlace.h"
 #include "Platform/ParallelTreeCopy.h"
+#include "Platform/UnfinishedItem.h"
 #include "Platform/UnnamedFile.h"
 
 #include <fcntl.h>
@@ -26,23 +25,33 @@ bool mayBePublished(CopyProgress *progress)
     return progress == nullptr || progress->beginPublishing();
 }
 
-int copyFile(const ItemPlace &from, const ItemPlace &to, CopyProgress *progress)
+int copyFile(const ItemPlace &from, const ItemPlace &to, CopyProgress *progress, CopiedItem &copied)
 {
     const Descriptor source(retried([&] {
         return ::openat(from.folder.number(), from.name.constData(),
                         O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     }));
-    struct stat status {};
+    auto &status = copied.original;
     if (!source.isOpen() || ::fstat(source.number(), &status) != 0) {
         return errno;
     }
+    if (!S_ISREG(status.st_mode)) {
+        return ESTALE; // replaced by something else meanwhile
+    }
+    clearUnfinishedItemsNowAndThen(to.folder.number());
     UnnamedFile copy;
     auto error = copy.create(to.folder.number(), S_IRUSR | S_IWUSR);
+    if (error == 0) {
+        error = clearAccessLists(copy.descriptor());
+    }
     if (error == 0) {
         error = copyContents(source.number(), status, copy.descriptor(), progress);
     }
     if (error == 0) {
         error = copyAttributes(source.number(), status, copy.descriptor());
+    }
+    if (error == 0 && ::fstat(copy.descriptor(), &copied.copy) != 0) {
+        error = errno;
     }
     if (error != 0) {
         return error;
@@ -50,31 +59,30 @@ int copyFile(const ItemPlace &from, const ItemPlace &to, CopyProgress *progress)
     return mayBePublished(progress) ? copy.publish(to.name) : ECANCELED;
 }
 
-int copyFileOrSpecial(const ItemPlace &from, const struct stat &status, const ItemPlace &to,
-                      CopyProgress *progress)
+int copySpecialItem(const ItemPlace &from, const ItemPlace &to, CopyProgress *progress,
+                    CopiedItem &copied)
 {
-    if (S_ISREG(status.st_mode)) {
-        return copyFile(from, to, progress);
+    UnfinishedItem copy;
+    if (const auto error = copy.create(to.folder.number()); error != 0) {
+        return error;
+    }
+    const auto &status = copied.original;
+    if (const auto error = copySpecial(from.folder.number(), from.name, status, copy.folder(),
+                                       UnfinishedItem::name);
+        error != 0) {
+        return error;
+    }
+    if (::fstatat(copy.folder(), UnfinishedItem::name, &copied.copy, AT_SYMLINK_NOFOLLOW) != 0) {
+        return errno;
     }
     if (!mayBePublished(progress)) {
         return ECANCELED;
     }
-    const auto error =
-        copySpecial(from.folder.number(), from.name, status, to.folder.number(), to.name);
+    const auto error = copy.publish(to.name);
     if (error == 0 && progress != nullptr) {
         progress->addBytes(static_cast<std::uint64_t>(status.st_size));
     }
     return error;
-}
-
-FileError copyFolder(const ItemPlace &from, const ItemPlace &to, const QString &source,
-                     CopyProgress *progress)
-{
-    if (progress == nullptr) {
-        return copyTree(from.folder.number(), from.name, to.folder.number(), to.name, source);
-    }
-    return copyTreeInParallel(from.folder.number(), from.name, to.folder.number(), to.name, source,
-                              *progress);
 }
 
 // Whether a folder is another one or below it.
@@ -113,21 +121,14 @@ int copySpecial(int fromFolder, const QByteArray &from, const struct stat &statu
                          status.st_rdev) != 0) {
         return errno;
     }
-    copyAttributesOfSpecial(status, toFolder, to.constData());
-    return 0;
+    return copyAttributesOfSpecial(status, toFolder, to.constData());
 }
 
-FileError copyItem(const QString &source, const QString &destination, CopyProgress *progress)
+FileError copyPlace(const ItemPlace &from, const QString &source, const ItemPlace &to,
+                    const QString &destination, CopyProgress *progress, CopyPurpose purpose,
+                    CopiedItem &copied)
 {
-    ItemPlace from;
-    ItemPlace to;
-    if (const auto error = openPlace(source, from); error != 0) {
-        return {error, source};
-    }
-    if (const auto error = openPlace(destination, to); error != 0) {
-        return {error, destination};
-    }
-    struct stat status {};
+    auto &status = copied.original;
     struct stat existing {};
     if (::fstatat(from.folder.number(), from.name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return {errno, source};
@@ -136,10 +137,14 @@ FileError copyItem(const QString &source, const QString &destination, CopyProgre
         return {EEXIST, destination};
     }
     if (S_ISDIR(status.st_mode)) {
-        return isInside(to.folder.number(), status) ? FileError(EINVAL, destination)
-                                                    : copyFolder(from, to, source, progress);
+        CopyProgress unwatched;
+        return isInside(to.folder.number(), status)
+                   ? FileError(EINVAL, destination)
+                   : copyTree(from, to, source, progress != nullptr ? *progress : unwatched,
+                              purpose, copied);
     }
-    const auto error = copyFileOrSpecial(from, status, to, progress);
+    const auto error = S_ISREG(status.st_mode) ? copyFile(from, to, progress, copied)
+                                               : copySpecialItem(from, to, progress, copied);
     if (error != 0) {
         return {error, error == EEXIST ? destination : source};
     }
@@ -147,6 +152,20 @@ FileError copyItem(const QString &source, const QString &destination, CopyProgre
         progress->addItem();
     }
     return {};
+}
+
+FileError copyItem(const QString &source, const QString &destination, CopyProgress *progress)
+{
+    ItemPlace from;
+    ItemPlace to;
+    CopiedItem copied;
+    if (const auto error = openPlace(source, from); error != 0) {
+        return {error, source};
+    }
+    if (const auto error = openPlace(destination, to); error != 0) {
+        return {error, destination};
+    }
+    return copyPlace(from, source, to, destination, progress, CopyPurpose::Copy, copied);
 }
 
 } // namespace platform

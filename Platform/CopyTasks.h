@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Platform/Descriptor.h"
+#include "Platform/Removability.h"
 
 #include <QByteArray>
 
@@ -43,6 +44,7 @@ struct CopiedFolder {
     // Its own, where the paths below would become longer than the system takes.
     std::shared_ptr<const FolderPair> newStart;
     struct stat status {};
+    Removability removability; // of what is in it; any where nothing is to be removed
     // What has to be done before the folder is finished: tasks in it, folders directly below.
     std::atomic<int> pending = 1;
 };

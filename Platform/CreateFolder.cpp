@@ -3,11 +3,14 @@
 #include "Platform/CreateFolder.h"
 
 #include "Platform/FileName.h"
+#include "Platform/OpenPath.h"
+#include "Platform/UnfinishedItem.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace platform {
@@ -15,50 +18,167 @@ namespace {
 
 constexpr mode_t everybody = 0777;
 
-bool exists(const QByteArray &folder)
+// Goes down a path with each folder pinned, so that none is another one by the time it is used.
+class WayDown {
+public:
+    WayDown(mode_t mode, NewOwner owner) : m_mode(mode), m_owner(owner) {}
+
+    // Each: 0, else the reason (errno).
+    int begin(bool atRoot);
+    int enter(const QByteArray &name);
+
+    void takeBack();
+    Descriptor takeEnd() { return std::move(m_at); }
+
+private:
+    struct Made {
+        Descriptor above;
+        QByteArray name;
+    };
+
+    static int openFolder(int above, const QByteArray &name, Descriptor &folder);
+    int make(const QByteArray &name);
+    int makeHere(const QByteArray &name, Descriptor &made) const;
+    int makeForOwnerAbove(const QByteArray &name, Descriptor &made) const;
+
+    mode_t m_mode;
+    NewOwner m_owner;
+    Descriptor m_at;
+    std::vector<Made> m_made;
+};
+
+int WayDown::begin(bool atRoot)
 {
-    struct stat status {};
-    return ::stat(folder.constData(), &status) == 0 && S_ISDIR(status.st_mode);
+    return openPath(AT_FDCWD, atRoot ? "/" : ".", LastLink::Follow, m_at);
 }
 
-// The folder and those above it up to the first that is there; the folder itself first.
-std::vector<QByteArray> missingFolders(QByteArray folder)
+int WayDown::openFolder(int above, const QByteArray &name, Descriptor &folder)
 {
-    std::vector<QByteArray> missing;
-    for (;;) {
-        while (folder.size() > 1 && folder.endsWith('/')) {
-            folder.chop(1);
-        }
-        if (folder.isEmpty() || exists(folder)) {
-            return missing;
-        }
-        missing.push_back(folder);
-        folder.truncate(std::max(folder.lastIndexOf('/'), decltype(folder.size())(0)));
+    const auto error = openPath(above, name, LastLink::Follow, folder);
+    struct stat status {};
+    if (error != 0 || ::fstat(folder.number(), &status) != 0) {
+        return error != 0 ? error : errno;
+    }
+    return S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
+}
+
+int WayDown::enter(const QByteArray &name)
+{
+    Descriptor below;
+    const auto error = openFolder(m_at.number(), name, below);
+    if (error == ENOENT || error == ENOTDIR) {
+        return make(name);
+    }
+    if (error == 0) {
+        m_at = std::move(below);
+    }
+    return error;
+}
+
+int WayDown::make(const QByteArray &name)
+{
+    Descriptor made;
+    const auto isForOther = m_owner == NewOwner::OwnerAbove && ::geteuid() == 0;
+    const auto error = isForOther ? makeForOwnerAbove(name, made) : makeHere(name, made);
+    if (made.isOpen()) {
+        m_made.push_back({std::exchange(m_at, std::move(made)), name});
+        return error;
+    }
+    Descriptor below; // made by somebody else meanwhile?
+    if (error == EEXIST && openFolder(m_at.number(), name, below) == 0) {
+        m_at = std::move(below);
+        return 0;
+    }
+    return error;
+}
+
+int WayDown::makeHere(const QByteArray &name, Descriptor &made) const
+{
+    if (::mkdirat(m_at.number(), name.constData(), m_mode) != 0) {
+        return errno;
+    }
+    made = Descriptor(retried([&] {
+        return ::openat(m_at.number(), name.constData(),
+                        O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    }));
+    if (made.isOpen()) {
+        return 0;
+    }
+    const auto error = errno;
+    ::unlinkat(m_at.number(), name.constData(), AT_REMOVEDIR);
+    return error;
+}
+
+// It has its owner before others can put another folder in its place.
+int WayDown::makeForOwnerAbove(const QByteArray &name, Descriptor &made) const
+{
+    UnfinishedItem item;
+    if (const auto error = item.create(m_at.number()); error != 0) {
+        return error;
+    }
+    struct stat above {};
+    if (::mkdirat(item.folder(), UnfinishedItem::name, m_mode) != 0 ||
+        ::fstat(m_at.number(), &above) != 0) {
+        return errno;
+    }
+    Descriptor folder(retried([&] {
+        return ::openat(item.folder(), UnfinishedItem::name,
+                        O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    }));
+    if (!folder.isOpen()) {
+        return errno;
+    }
+    if (::fchown(folder.number(), above.st_uid, above.st_gid) != 0) {
+        // In a container the owner may be one that cannot be given: it stays root's.
+    }
+    const auto error = item.publish(name);
+    if (error == 0) {
+        made = std::move(folder);
+    }
+    return error;
+}
+
+void WayDown::takeBack()
+{
+    for (; !m_made.empty(); m_made.pop_back()) {
+        ::unlinkat(m_made.back().above.number(), m_made.back().name.constData(), AT_REMOVEDIR);
     }
 }
 
 } // namespace
 
-FileError createFolder(const QString &path)
+FileError openFolderOrMake(const QString &path, mode_t mode, NewOwner owner, Descriptor &folder)
 {
     const auto bytes = fileNameBytes(path);
     if (bytes.isEmpty() || bytes.contains('\0')) {
         return {bytes.isEmpty() ? ENOENT : EINVAL, path};
     }
-    auto missing = missingFolders(bytes);
-    std::vector<QByteArray> made;
-    for (; !missing.empty(); missing.pop_back()) {
-        const auto &folder = missing.back();
-        if (::mkdir(folder.constData(), everybody) == 0) {
-            made.push_back(folder);
-        } else if (const auto error = errno; error != EEXIST || !exists(folder)) {
-            for (; !made.empty(); made.pop_back()) {
-                ::rmdir(made.back().constData());
-            }
-            return {error, fileNameFromBytes(folder)};
+    WayDown way(mode, owner);
+    auto error = way.begin(bytes.startsWith('/'));
+    for (decltype(bytes.size()) begin = 0, end = 0; error == 0 && begin < bytes.size();
+         begin = end + 1) {
+        end = bytes.indexOf('/', begin);
+        end = end < 0 ? bytes.size() : end;
+        if (end == begin) {
+            continue;
+        }
+        error = way.enter(bytes.mid(begin, end - begin));
+        if (error != 0) {
+            way.takeBack();
+            return {error, fileNameFromBytes(bytes.left(end))};
         }
     }
+    if (error != 0) {
+        return {error, path};
+    }
+    folder = way.takeEnd();
     return {};
+}
+
+FileError createFolder(const QString &path)
+{
+    Descriptor folder;
+    return openFolderOrMake(path, everybody, NewOwner::Maker, folder);
 }
 
 } // namespace platform

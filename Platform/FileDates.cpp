@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/FileDates.h"
 
+#include "Platform/DescriptorPath.h"
 #include "Platform/FileName.h"
+#include "Platform/OpenPath.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -22,6 +24,20 @@ QDateTime dateFrom(qint64 seconds, qint64 nanoseconds)
     return QDateTime::fromMSecsSinceEpoch(seconds * thousand + nanoseconds / million);
 }
 
+// What a path leads to, whatever the path leads to by and by.
+struct PinnedItem {
+    Descriptor item;
+    bool isNull() const { return !item.isOpen(); }
+    QByteArray path() const { return pathOfDescriptor(item.number()); }
+};
+
+PinnedItem pinned(const QString &path)
+{
+    PinnedItem found;
+    openPath(AT_FDCWD, fileNameBytes(path), LastLink::Follow, found.item);
+    return found;
+}
+
 } // namespace
 
 QDateTime modificationDate(const QString &path)
@@ -35,8 +51,8 @@ QDateTime modificationDate(const QString &path)
 
 bool setModificationDate(const QDateTime &date, const QString &path)
 {
-    const auto bytes = fileNameBytes(path);
-    if (!date.isValid() || bytes.isEmpty() || bytes.contains('\0')) {
+    const auto item = pinned(path);
+    if (!date.isValid() || item.isNull()) {
         return false;
     }
     const auto milliseconds = date.toMSecsSinceEpoch();
@@ -44,7 +60,7 @@ bool setModificationDate(const QDateTime &date, const QString &path)
     const std::array<timespec, 2> times{
         timespec{0, UTIME_OMIT},
         timespec{(milliseconds - part) / thousand, static_cast<long>(part * million)}};
-    return ::utimensat(AT_FDCWD, bytes.constData(), times.data(), 0) == 0;
+    return ::utimensat(AT_FDCWD, item.path().constData(), times.data(), 0) == 0;
 }
 
 QDateTime creationDate(const QString &path)
@@ -72,12 +88,12 @@ QDateTime creationDate(const QString &path)
 
 bool setCreationDate(const QDateTime &date, const QString &path)
 {
-    const auto bytes = fileNameBytes(path);
-    if (!date.isValid() || bytes.contains('\0')) {
+    const auto item = pinned(path);
+    if (!date.isValid() || item.isNull()) {
         return false;
     }
     const auto text = date.toUTC().toString(Qt::ISODateWithMs).toLatin1();
-    return ::setxattr(bytes.constData(), attribute, text.constData(),
+    return ::setxattr(item.path().constData(), attribute, text.constData(),
                       static_cast<std::size_t>(text.size()), 0) == 0;
 }
 

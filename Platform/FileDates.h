@@ -4,7 +4,8 @@
 
 #include <QDateTime>
 
-// When a file was changed and made. Links are followed.
+// When a file was changed and made. Links are followed; where something is changed, as by
+// openPath().
 namespace platform {
 
 // An invalid date where that cannot be read.

@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/FilePermissions.h"
 
+#include "Platform/DescriptorPath.h"
 #include "Platform/FileName.h"
+#include "Platform/OpenPath.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -19,12 +21,13 @@ bool isWritable(const QString &path)
 FileError setPermissions(const QString &path, mode_t mode)
 {
     constexpr mode_t allModeBits = 07777;
-    const auto bytes = fileNameBytes(path);
-    if (bytes.contains('\0')) {
-        return {EINVAL, path};
+    Descriptor item;
+    auto error = openPath(AT_FDCWD, fileNameBytes(path), LastLink::Follow, item);
+    if (error == 0 &&
+        ::chmod(pathOfDescriptor(item.number()).constData(), mode & allModeBits) != 0) {
+        error = errno;
     }
-    return ::chmod(bytes.constData(), mode & allModeBits) == 0 ? FileError()
-                                                               : FileError(errno, path);
+    return error == 0 ? FileError() : FileError(error, path);
 }
 
 } // namespace platform

@@ -11,7 +11,7 @@ namespace platform {
 // Whether this process may write to the item that the path leads to.
 bool isWritable(const QString &path);
 
-// Sets the mode bits, links followed.
+// Sets the mode bits, links followed as by openPath().
 FileError setPermissions(const QString &path, mode_t mode);
 
 } // namespace platform

@@ -3,8 +3,12 @@
 #include "Platform/FileStatus.h"
 
 #include "Platform/Descriptor.h"
+#include "Platform/DescriptorPath.h"
 #include "Platform/FileName.h"
+#include "Platform/FolderEntries.h"
 #include "Platform/ItemPlace.h"
+#include "Platform/OpenPath.h"
+#include "Platform/PathText.h"
 
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -14,6 +18,7 @@
 
 #include <array>
 #include <climits>
+#include <vector>
 
 namespace platform {
 namespace {
@@ -30,11 +35,11 @@ int readStatus(const QString &path, int flags, struct stat &status)
 
 enum class Flag { Clear, Set, Unknown };
 
-Flag immutableFlag(const ItemPlace &place, mode_t &mode, int &error)
+// Of an item that is open with O_PATH.
+Flag immutableFlag(int item, mode_t &mode, int &error)
 {
     struct statx status {};
-    error = ::statx(place.folder.number(), place.name.constData(), AT_SYMLINK_NOFOLLOW, STATX_TYPE,
-                    &status) == 0
+    error = ::statx(item, "", AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) == 0
                 ? 0
                 : errno;
     mode = status.stx_mode;
@@ -45,11 +50,11 @@ Flag immutableFlag(const ItemPlace &place, mode_t &mode, int &error)
 }
 
 // 0, else the reason (errno).
-int changeFlag(const ItemPlace &place, bool immutable)
+int changeFlag(int item, bool immutable)
 {
     const Descriptor file(retried([&] {
-        return ::openat(place.folder.number(), place.name.constData(),
-                        O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        return ::open(pathOfDescriptor(item).constData(),
+                      O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     }));
     int flags = 0; // the kernel's interface says long and means int
     if (!file.isOpen() || ::ioctl(file.number(), FS_IOC_GETFLAGS, &flags) != 0) {
@@ -60,6 +65,57 @@ int changeFlag(const ItemPlace &place, bool immutable)
         return 0;
     }
     return errno;
+}
+
+// 0, else the reason (errno).
+int setFlag(int item, bool immutable)
+{
+    mode_t mode = 0;
+    int error = 0;
+    const auto flag = immutableFlag(item, mode, error);
+    if (error != 0 || flag == (immutable ? Flag::Set : Flag::Clear)) {
+        return error;
+    }
+    // Nothing else is opened: a pipe or a device may already do something then.
+    error = S_ISREG(mode) || S_ISDIR(mode) ? changeFlag(item, immutable) : EOPNOTSUPP;
+    // Where it cannot be locked, or nobody can tell, there is nothing to clear.
+    return !immutable && flag == Flag::Unknown ? 0 : error;
+}
+
+int openItem(const QString &path, Descriptor &item)
+{
+    ItemPlace place;
+    const auto error = openPlace(path, place);
+    return error != 0 ? error : openPath(place.folder.number(), place.name, LastLink::Keep, item);
+}
+
+// NOLINTNEXTLINE(misc-no-recursion): as deep as the folders are, one of them open at each level
+void setFlagBelow(int folder, const QString &path, bool immutable, const Report &report)
+{
+    std::vector<QByteArray> names;
+    readNames(folder, names);
+    for (const auto &name : names) {
+        const auto below = appendingPathComponent(path, fileNameFromBytes(name));
+        Descriptor item;
+        struct stat status {};
+        auto error = openPath(folder, name, LastLink::Keep, item);
+        if (error == 0 && ::fstat(item.number(), &status) != 0) {
+            error = errno;
+        }
+        if (error == 0 && !S_ISDIR(status.st_mode)) {
+            error = setFlag(item.number(), immutable);
+        } else if (error == 0) {
+            const Descriptor entered(retried(
+                [&] { return ::openat(item.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+            item.close();
+            if (entered.isOpen()) {
+                setFlagBelow(entered.number(), below, immutable, report);
+            }
+        }
+        if (error != 0) {
+            report({error, below});
+        }
+    }
 }
 
 } // namespace
@@ -82,6 +138,14 @@ bool itemExists(const QString &path)
     return readStatus(path, AT_SYMLINK_NOFOLLOW, status) == 0;
 }
 
+bool isMissing(const QString &path)
+{
+    struct stat status {};
+    const auto error =
+        path.contains(QChar(0)) ? ENOENT : readStatus(path, AT_SYMLINK_NOFOLLOW, status);
+    return error == ENOENT || error == ENOTDIR;
+}
+
 bool isFolderItself(const QString &path)
 {
     struct stat status {};
@@ -100,33 +164,33 @@ QString symbolicLinkDestination(const QString &path)
 
 bool isImmutable(const QString &path)
 {
-    ItemPlace place;
+    Descriptor item;
     mode_t mode = 0;
     int error = 0;
-    return openPlace(path, place) == 0 && immutableFlag(place, mode, error) == Flag::Set;
+    return openItem(path, item) == 0 && immutableFlag(item.number(), mode, error) == Flag::Set;
 }
 
 FileError setImmutable(const QString &path, bool immutable)
 {
-    ItemPlace place;
-    if (const auto error = openPlace(path, place); error != 0) {
-        return {error, path};
-    }
-    mode_t mode = 0;
-    int error = 0;
-    const auto flag = immutableFlag(place, mode, error);
-    if (error != 0) {
-        return {error, path};
-    }
-    if (flag == (immutable ? Flag::Set : Flag::Clear)) {
-        return {};
-    }
-    // Nothing else is opened: a pipe or a device may already do something then.
-    error = S_ISREG(mode) || S_ISDIR(mode) ? changeFlag(place, immutable) : EOPNOTSUPP;
-    if (!immutable && flag == Flag::Unknown) {
-        return {}; // cannot be locked, or nobody can tell
+    Descriptor item;
+    auto error = openItem(path, item);
+    if (error == 0) {
+        error = setFlag(item.number(), immutable);
     }
     return error == 0 ? FileError() : FileError(error, path);
+}
+
+void setImmutableBelow(const QString &path, bool immutable, const Report &report)
+{
+    Descriptor top;
+    if (openPath(AT_FDCWD, fileNameBytes(path), LastLink::Follow, top) != 0) {
+        return;
+    }
+    const Descriptor folder(
+        retried([&] { return ::openat(top.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (folder.isOpen()) {
+        setFlagBelow(folder.number(), path, immutable, report);
+    }
 }
 
 } // namespace platform

@@ -2,8 +2,11 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/FinderInfo.h"
 
+#include "Platform/DescriptorPath.h"
 #include "Platform/FileName.h"
+#include "Platform/OpenPath.h"
 
+#include <fcntl.h>
 #include <sys/xattr.h>
 
 #include <array>
@@ -21,7 +24,7 @@ using Information = std::array<unsigned char, 32>;
 int readInformation(const QByteArray &path, Information &information)
 {
     information = {};
-    if (::lgetxattr(path.constData(), attribute, information.data(), information.size()) >= 0) {
+    if (::getxattr(path.constData(), attribute, information.data(), information.size()) >= 0) {
         return 0;
     }
     const auto error = errno;
@@ -29,28 +32,39 @@ int readInformation(const QByteArray &path, Information &information)
     return error == ENODATA || error == EOPNOTSUPP ? 0 : error;
 }
 
+std::uint16_t flagsOf(const Information &information)
+{
+    return static_cast<std::uint16_t>(information[highByte] << 8U | information[lowByte]);
+}
+
 } // namespace
 
 std::optional<std::uint16_t> finderFlags(const QString &path)
 {
-    const auto bytes = fileNameBytes(path);
+    Descriptor item;
     Information information{};
-    if (bytes.contains('\0') || readInformation(bytes, information) != 0) {
+    if (openPath(AT_FDCWD, fileNameBytes(path), LastLink::Keep, item) != 0 ||
+        readInformation(pathOfDescriptor(item.number()), information) != 0) {
         return std::nullopt;
     }
-    return static_cast<std::uint16_t>(information[highByte] << 8U | information[lowByte]);
+    return flagsOf(information);
 }
 
-bool setFinderFlags(std::uint16_t flags, const QString &path)
+bool setFinderFlags(std::uint16_t flags, const QString &path, std::uint16_t which)
 {
-    const auto bytes = fileNameBytes(path);
+    Descriptor item;
     Information information{};
-    if (bytes.contains('\0') || readInformation(bytes, information) != 0) {
+    if (openPath(AT_FDCWD, fileNameBytes(path), LastLink::Keep, item) != 0) {
         return false;
     }
-    information[highByte] = static_cast<unsigned char>(flags >> 8U);
-    information[lowByte] = static_cast<unsigned char>(flags & 0xFFU);
-    return ::lsetxattr(bytes.constData(), attribute, information.data(), information.size(), 0) ==
+    const auto pinned = pathOfDescriptor(item.number());
+    if (readInformation(pinned, information) != 0) {
+        return false;
+    }
+    const auto all = (flags & which) | (flagsOf(information) & ~static_cast<unsigned>(which));
+    information[highByte] = static_cast<unsigned char>(all >> 8U & 0xFFU);
+    information[lowByte] = static_cast<unsigned char>(all & 0xFFU);
+    return ::setxattr(pinned.constData(), attribute, information.data(), information.size(), 0) ==
            0;
 }
 

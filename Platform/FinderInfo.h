@@ -16,7 +16,7 @@ namespace platform {
 // item, or it cannot be read.
 std::optional<std::uint16_t> finderFlags(const QString &path);
 
-// Replaces the flags word and keeps the rest. False where that failed.
-bool setFinderFlags(std::uint16_t flags, const QString &path);
+// Replaces those bits of the flags word and keeps the rest. False where that failed.
+bool setFinderFlags(std::uint16_t flags, const QString &path, std::uint16_t which = 0xFFFF);
 
 } // namespace platform

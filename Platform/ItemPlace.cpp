@@ -4,6 +4,7 @@
 
 #include "Platform/FileError.h"
 #include "Platform/FileName.h"
+#include "Platform/OpenPath.h"
 
 #include <fcntl.h>
 #include <sys/random.h>
@@ -12,9 +13,13 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 
 namespace platform {
+namespace {
+constexpr auto *temporaryBeginning = ".unfinished-";
+} // namespace
 
 int openPlace(const QString &path, ItemPlace &place)
 {
@@ -36,9 +41,14 @@ int openPlace(const QString &path, ItemPlace &place)
     const auto folder = slash < 0    ? QByteArray(".")
                         : slash == 0 ? QByteArray("/")
                                      : bytes.left(slash);
-    place.folder = Descriptor(
-        retried([&] { return ::open(folder.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
-    return place.folder.isOpen() ? 0 : errno;
+    if (const auto error = openPath(AT_FDCWD, folder, LastLink::Follow, place.folder); error != 0) {
+        return error;
+    }
+    struct stat status {};
+    if (::fstat(place.folder.number(), &status) != 0) {
+        return errno;
+    }
+    return S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
 }
 
 QByteArray temporaryName()
@@ -50,7 +60,12 @@ QByteArray temporaryName()
         number = static_cast<std::uint64_t>(now.tv_nsec) * 1000003U +
                  static_cast<std::uint64_t>(now.tv_sec);
     }
-    return ".unfinished-" + QByteArray::number(static_cast<qulonglong>(number), 36);
+    return temporaryBeginning + QByteArray::number(static_cast<qulonglong>(number), 36);
+}
+
+bool isTemporaryName(const char *name)
+{
+    return std::strncmp(name, temporaryBeginning, std::strlen(temporaryBeginning)) == 0;
 }
 
 int renameInPlace(int fromFolder, const QByteArray &from, int toFolder, const QByteArray &to)
@@ -66,6 +81,9 @@ int renameInPlace(int fromFolder, const QByteArray &from, int toFolder, const QB
     struct stat status {};
     if (::fstatat(toFolder, to.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
         return EEXIST;
+    }
+    if (errno != ENOENT) {
+        return errno;
     }
     return ::renameat(fromFolder, from.constData(), toFolder, to.constData()) == 0 ? 0 : errno;
 }

@@ -18,11 +18,13 @@ struct ItemPlace {
 
 // Takes a path apart, slashes at the end aside: the item is what has the name, a symbolic link
 // itself included. 0, else the reason (errno): EINVAL for what has no name of its own, "/", "." and
-// "..", and for a path with a NUL in it.
+// "..", and for a path with a NUL in it. As openPath() for the links on the way.
 int openPlace(const QString &path, ItemPlace &place);
 
 // A name for something unfinished, new at every call. Begins with a dot.
 QByteArray temporaryName();
+// Whether it looks like one.
+bool isTemporaryName(const char *name);
 
 // Renames inside one file system. 0, else the reason (errno): EEXIST where the new name exists.
 int renameInPlace(int fromFolder, const QByteArray &from, int toFolder, const QByteArray &to);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/OpenBeneath.h"
 
+#include "Platform/Descriptor.h"
 #include "Platform/FileError.h"
 
 #include <fcntl.h>
@@ -10,6 +11,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <string>
 
 namespace platform {
 
@@ -31,7 +33,23 @@ int openBeneath(int folder, const char *path, int flags)
             }
         }
     }
-    return retried([&] { return ::openat(folder, path, flags | O_NOFOLLOW | O_CLOEXEC); });
+    // Without it, folder by folder.
+    Descriptor above;
+    for (const char *slash = nullptr; (slash = std::strchr(path, '/')) != nullptr;
+         path = slash + 1) {
+        const std::string name(path, slash);
+        above = Descriptor(retried([&] {
+            return ::openat(above.isOpen() ? above.number() : folder, name.c_str(),
+                            O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        }));
+        if (!above.isOpen()) {
+            return -1;
+        }
+    }
+    return retried([&] {
+        return ::openat(above.isOpen() ? above.number() : folder, path,
+                        flags | O_NOFOLLOW | O_CLOEXEC);
+    });
 }
 
 } // namespace platform

@@ -5,8 +5,7 @@
 namespace platform {
 
 // Opens what is at a path below an open folder without following any symbolic link on the way, so
-// that nobody who may write there can lead it astray. As openat(); older systems look at the last
-// name of the path only.
+// that nobody who may write there can lead it astray. As openat(); the path has no ".." in it.
 int openBeneath(int folder, const char *path, int flags);
 
 } // namespace platform

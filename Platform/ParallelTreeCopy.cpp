@@ -6,14 +6,12 @@
 #include "Platform/CopyContents.h"
 #include "Platform/CopyProgress.h"
 #include "Platform/CopyTasks.h"
-#include "Platform/CopyTree.h"
 #include "Platform/FileName.h"
 #include "Platform/FolderEntries.h"
 #include "Platform/HardLinks.h"
-#include "Platform/ItemPlace.h"
 #include "Platform/OpenBeneath.h"
-#include "Platform/RemoveItem.h"
 #include "Platform/SignalsBlocked.h"
+#include "Platform/UnfinishedItem.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -55,9 +53,10 @@ std::shared_ptr<const FolderPair> openAgain(const CopiedFolder &folder)
 
 class ParallelTreeCopy {
 public:
-    ParallelTreeCopy(QString source, std::shared_ptr<const FolderPair> top, CopyProgress &progress)
-        : m_source(std::move(source)), m_top(std::move(top)), m_links(m_top->to.number()),
-          m_progress(progress)
+    ParallelTreeCopy(QString source, std::shared_ptr<const FolderPair> top, CopyProgress &progress,
+                     CopyPurpose purpose)
+        : m_source(std::move(source)), m_top(std::move(top)), m_purpose(purpose),
+          m_links(m_top->to.number()), m_progress(progress)
     {
     }
 
@@ -97,10 +96,12 @@ private:
         return m_hasFailed.load(std::memory_order_relaxed) || m_progress.isCancelled();
     }
     void fail(int error, const CopiedFolder &folder, const QByteArray &name);
+    void noteRemovability(int from, CopiedFolder &folder) const;
     void startThreadIfItPays();
 
     QString m_source;
     std::shared_ptr<const FolderPair> m_top;
+    CopyPurpose m_purpose;
     HardLinks m_links;
     CopyProgress &m_progress;
     CopyTasks m_tasks;
@@ -125,6 +126,13 @@ void ParallelTreeCopy::fail(int error, const CopiedFolder &folder, const QByteAr
     }
     m_error = {error, fileNameFromBytes(joined(fileNameBytes(m_source), path))};
     m_hasFailed = true;
+}
+
+void ParallelTreeCopy::noteRemovability(int from, CopiedFolder &folder) const
+{
+    if (m_purpose == CopyPurpose::Move) {
+        folder.removability = Removability(from, folder.status);
+    }
 }
 
 void ParallelTreeCopy::startThreadIfItPays()
@@ -152,6 +160,7 @@ FileError ParallelTreeCopy::run()
     if (::fstat(m_top->from.number(), &top->status) != 0) {
         return {errno, m_source};
     }
+    noteRemovability(m_top->from.number(), *top);
     m_tasks.add({top, {}, m_top});
     Worker(*this).work();
     for (auto &thread : m_threads) {
@@ -205,6 +214,10 @@ int ParallelTreeCopy::Worker::enter(CopyTask &task)
     if (!open->from.isOpen() || ::fstat(open->from.number(), &folder->status) != 0) {
         return errno;
     }
+    if (const auto error = above->removability.errorFor(folder->status.st_uid); error != 0) {
+        return error;
+    }
+    m_copy.noteRemovability(open->from.number(), *folder);
     // Its own mode at the end: it may be one that lets nobody write.
     if (::mkdirat(folder->start->to.number(), path, S_IRWXU) != 0) {
         return errno;
@@ -279,7 +292,10 @@ int ParallelTreeCopy::Worker::copyEntry(const CopyTask &task, const char *name, 
         return copyFile(task, name);
     }
     const QByteArray bytes(name);
-    int error = 0;
+    auto error = task.folder->removability.errorFor(status.st_uid);
+    if (error != 0) {
+        return error;
+    }
     const auto outcome = linkOrMake(task, bytes, status, [&] {
         error = copySpecial(task.open->from.number(), bytes, status, task.open->to.number(), bytes);
         return error == 0;
@@ -317,7 +333,10 @@ int ParallelTreeCopy::Worker::copyFile(const CopyTask &task, const QByteArray &n
         return ESTALE; // replaced by something else meanwhile
     }
     Descriptor copy;
-    auto error = makeFile(task, name, status, copy);
+    auto error = task.folder->removability.errorFor(status.st_uid);
+    if (error == 0) {
+        error = makeFile(task, name, status, copy);
+    }
     if (error == 0 && copy.isOpen()) {
         error = copyContents(source.number(), status, copy.number(), &m_progress);
         if (error == 0) {
@@ -377,37 +396,31 @@ void ParallelTreeCopy::Worker::finish(const CopyTask &task)
 
 } // namespace
 
-FileError copyTreeInParallel(int fromFolder, const QByteArray &from, int toFolder,
-                             const QByteArray &to, const QString &source, CopyProgress &progress)
+FileError copyTree(const ItemPlace &from, const ItemPlace &to, const QString &source,
+                   CopyProgress &progress, CopyPurpose purpose, CopiedItem &copied)
 {
     auto top = std::make_shared<FolderPair>();
-    top->from = Descriptor(openBeneath(fromFolder, from.constData(), asFolder));
+    top->from = Descriptor(openBeneath(from.folder.number(), from.name.constData(), asFolder));
     if (!top->from.isOpen()) {
         return {errno, source};
     }
-    const auto unfinished = temporaryName();
-    if (::mkdirat(toFolder, unfinished.constData(), S_IRWXU) != 0) {
+    UnfinishedItem copy;
+    if (const auto error = copy.create(to.folder.number()); error != 0) {
+        return {error, source};
+    }
+    if (::mkdirat(copy.folder(), UnfinishedItem::name, S_IRWXU) != 0) {
         return {errno, source};
     }
-    FileError error;
-    top->to = Descriptor(openBeneath(toFolder, unfinished.constData(), asFolder));
-    if (top->to.isOpen()) {
-        error = ParallelTreeCopy(source, std::move(top), progress).run();
-    } else {
-        error = {errno, source};
+    top->to = Descriptor(openBeneath(copy.folder(), UnfinishedItem::name, asFolder));
+    if (!top->to.isOpen() || ::fstat(top->from.number(), &copied.original) != 0 ||
+        ::fstat(top->to.number(), &copied.copy) != 0) {
+        return {errno, source};
     }
-    if (!error && !progress.beginPublishing()) {
-        error = {ECANCELED, source};
+    if (auto error = ParallelTreeCopy(source, std::move(top), progress, purpose).run()) {
+        return error;
     }
-    if (!error) {
-        if (const auto reason = renameInPlace(toFolder, unfinished, toFolder, to); reason != 0) {
-            error = {reason, source};
-        }
-    }
-    if (error) {
-        removeInFolder(toFolder, unfinished, QString(), Obstinacy::MakeFoldersWritable);
-    }
-    return error;
+    const auto error = progress.beginPublishing() ? copy.publish(to.name) : ECANCELED;
+    return error == 0 ? FileError() : FileError(error, source);
 }
 
 } // namespace platform

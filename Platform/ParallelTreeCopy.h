@@ -2,18 +2,19 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/FileError.h"
-
-#include <QByteArray>
+#include "Platform/CopyItem.h"
 
 namespace platform {
 
-class CopyProgress;
+// The parts of copyPlace() for what is no file.
 
-// A part of copyItem(): copies a folder with all that is in it, on several threads, under a name
-// that nothing has. The copy has that name only when it is whole; of one that fails or is cancelled
-// nothing is left. Hard links among its files are kept. The source's path is for the error's words.
-FileError copyTreeInParallel(int fromFolder, const QByteArray &from, int toFolder,
-                             const QByteArray &to, const QString &source, CopyProgress &progress);
+// Copies a folder with all that is in it, on several threads.
+FileError copyTree(const ItemPlace &from, const ItemPlace &to, const QString &source,
+                   CopyProgress &progress, CopyPurpose purpose, CopiedItem &copied);
+
+// Copies what is neither a file nor a folder into a folder in which nobody else can replace it. 0,
+// else the reason (errno).
+int copySpecial(int fromFolder, const QByteArray &from, const struct stat &status, int toFolder,
+                const QByteArray &to);
 
 } // namespace platform

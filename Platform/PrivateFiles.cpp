@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/PrivateFiles.h"
 
+#include "Platform/CreateFolder.h"
 #include "Platform/Descriptor.h"
 #include "Platform/FileError.h"
 #include "Platform/FileName.h"
 #include "Platform/ItemPlace.h"
-#include "Platform/StandardFolders.h"
 #include "Platform/UnnamedFile.h"
 
 #include <fcntl.h>
@@ -15,46 +15,18 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <system_error>
-#include <utility>
 
 namespace platform {
 namespace {
 
 constexpr mode_t ownerOnly = 0700;
 
-// Through a descriptor: the home's owner could put a link in the new folder's place meanwhile.
-void giveToOwnerOf(const QByteArray &parent, const QByteArray &folder)
-{
-    struct stat status {};
-    const Descriptor open(
-        ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (!open.isOpen()) {
-        return;
-    }
-    if (::stat(parent.constData(), &status) == 0 && status.st_uid != 0) {
-        // Where this fails the folder stays root's.
-        [[maybe_unused]] const auto result = ::fchown(open.number(), status.st_uid, status.st_gid);
-    }
-}
-
 } // namespace
 
 bool createPrivateFolder(const QString &path)
 {
-    QByteArray folder;
-    for (const auto &name : fileNameBytes(path).split('/')) {
-        if (name.isEmpty()) {
-            continue;
-        }
-        const auto parent = std::exchange(folder, folder + '/' + name);
-        if (::mkdir(folder.constData(), ownerOnly) == 0 && isRunningAsRoot()) {
-            giveToOwnerOf(parent + '/', folder);
-        }
-    }
-    struct stat status {};
-    return ::stat(folder.constData(), &status) == 0 && S_ISDIR(status.st_mode);
+    Descriptor folder;
+    return !openFolderOrMake(path, ownerOnly, NewOwner::OwnerAbove, folder);
 }
 
 bool createEmptyPrivateFile(const QString &path, QString *error)

@@ -2,12 +2,11 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Trash.h"
 
+#include "Platform/CreateFolder.h"
 #include "Platform/FileName.h"
-#include "Platform/FileStatus.h"
 #include "Platform/ItemPlace.h"
 #include "Platform/MoveItem.h"
 #include "Platform/PathText.h"
-#include "Platform/PrivateFiles.h"
 #include "Platform/StandardFolders.h"
 #include "Platform/UnnamedFile.h"
 
@@ -17,19 +16,18 @@
 
 #include <array>
 #include <ctime>
+#include <utility>
 
 namespace platform {
 namespace {
 
 constexpr auto longestName = 255; // bytes, on Linux
 
-bool isSameFolder(const QString &one, const QString &other)
+bool isFolder(const QString &path, const struct stat &folder)
 {
-    struct stat first {};
-    struct stat second {};
-    return ::stat(fileNameBytes(one).constData(), &first) == 0 &&
-           ::stat(fileNameBytes(other).constData(), &second) == 0 &&
-           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+    struct stat status {};
+    return ::stat(fileNameBytes(path).constData(), &status) == 0 &&
+           status.st_dev == folder.st_dev && status.st_ino == folder.st_ino;
 }
 
 // Where the desktop keeps its trash: of this process and of the home that the folder is in, which
@@ -44,15 +42,24 @@ QStringList desktopTrashes(const QString &trashFolder)
 }
 
 // Null where the folder is not the desktop's.
-QString desktopTrash(const QString &trashFolder)
+QString desktopTrash(int folder, const QString &trashFolder)
 {
+    struct stat status {};
+    if (::fstat(folder, &status) != 0) {
+        return {};
+    }
     for (const auto &trash : desktopTrashes(trashFolder)) {
-        if (isSameFolder(trashFolder, trash) ||
-            isSameFolder(trashFolder, appendingPathComponent(trash, QStringLiteral("files")))) {
+        if (isFolder(trash, status) ||
+            isFolder(appendingPathComponent(trash, QStringLiteral("files")), status)) {
             return trash;
         }
     }
     return {};
+}
+
+FileError openTrash(const QString &path, Descriptor &folder)
+{
+    return openFolderOrMake(path, S_IRWXU, NewOwner::OwnerAbove, folder);
 }
 
 // "name 2.ext" and so on, cut so that there is room for more bytes behind it.
@@ -75,16 +82,20 @@ QString numberedName(const QString &name, int number, int room)
     return stem + end;
 }
 
-FileError whyNotAFolder(const QString &path)
-{
-    return {itemExists(path) ? ENOTDIR : EACCES, path};
-}
+// An item, its path, and the name that it has there.
+struct Trashed {
+    ItemPlace place;
+    QString path;
+    QString name;
+};
 
-FileError moveToPlainTrash(const QString &path, const QString &trashFolder)
+FileError moveToPlainTrash(const Trashed &item, ItemPlace trash, const QString &trashFolder)
 {
     for (int number = 1;; ++number) {
-        const auto name = numberedName(lastPathComponent(path), number, 0);
-        auto error = moveItem(path, appendingPathComponent(trashFolder, name));
+        const auto name = numberedName(item.name, number, 0);
+        trash.name = fileNameBytes(name);
+        auto error =
+            movePlace(item.place, item.path, trash, appendingPathComponent(trashFolder, name));
         if (error.code() != EEXIST) {
             return error;
         }
@@ -127,37 +138,37 @@ int writeRecord(const ItemPlace &place, const QByteArray &record)
     return file.publish(place.name);
 }
 
-FileError moveToDesktopTrash(const QString &path, const QString &trash)
+FileError moveToDesktopTrash(const Trashed &item, const QString &trash)
 {
-    const auto files = appendingPathComponent(trash, QStringLiteral("files"));
-    const auto info = appendingPathComponent(trash, QStringLiteral("info"));
-    for (const auto &folder : {files, info}) {
-        if (!createPrivateFolder(folder)) {
-            return whyNotAFolder(folder);
-        }
+    const auto filesPath = appendingPathComponent(trash, QStringLiteral("files"));
+    const auto infoPath = appendingPathComponent(trash, QStringLiteral("info"));
+    ItemPlace files;
+    ItemPlace info;
+    if (auto error = openTrash(filesPath, files.folder)) {
+        return error;
+    }
+    if (auto error = openTrash(infoPath, info.folder)) {
+        return error;
     }
     const auto ending = QStringLiteral(".trashinfo");
-    const auto record = trashRecord(path);
+    const auto record = trashRecord(item.path);
     for (int number = 1;; ++number) {
-        const auto name =
-            numberedName(lastPathComponent(path), number, static_cast<int>(ending.size()));
-        const auto recordPath = appendingPathComponent(info, name + ending);
-        ItemPlace place;
-        auto code = openPlace(recordPath, place);
-        if (code == 0) {
-            code = writeRecord(place, record);
-        }
+        const auto name = numberedName(item.name, number, static_cast<int>(ending.size()));
+        info.name = fileNameBytes(name + ending);
+        files.name = fileNameBytes(name);
+        const auto code = writeRecord(info, record);
         if (code == EEXIST) {
             continue;
         }
         if (code != 0) {
-            return {code, recordPath};
+            return {code, appendingPathComponent(infoPath, name + ending)};
         }
-        auto error = moveItem(path, appendingPathComponent(files, name));
+        auto error =
+            movePlace(item.place, item.path, files, appendingPathComponent(filesPath, name));
         if (!error) {
             return error;
         }
-        ::unlinkat(place.folder.number(), place.name.constData(), 0);
+        ::unlinkat(info.folder.number(), info.name.constData(), 0);
         if (error.code() != EEXIST) {
             return error;
         }
@@ -168,19 +179,22 @@ FileError moveToDesktopTrash(const QString &path, const QString &trash)
 
 FileError recycleItem(const QString &path, const QString &trashFolder)
 {
-    ItemPlace place;
-    if (const auto error = openPlace(path, place); error != 0) {
+    Trashed item{{}, path, lastPathComponent(path)};
+    if (const auto error = openPlace(path, item.place); error != 0) {
         return {error, path};
     }
-    if (!itemExists(path)) {
-        return {ENOENT, path};
+    struct stat status {};
+    if (::fstatat(item.place.folder.number(), item.place.name.constData(), &status,
+                  AT_SYMLINK_NOFOLLOW) != 0) {
+        return {errno, path};
     }
-    if (!createPrivateFolder(trashFolder)) {
-        return whyNotAFolder(trashFolder);
+    ItemPlace trash;
+    if (auto error = openTrash(trashFolder, trash.folder)) {
+        return error;
     }
-    const auto desktop = desktopTrash(trashFolder);
-    return desktop.isNull() ? moveToPlainTrash(path, trashFolder)
-                            : moveToDesktopTrash(path, desktop);
+    const auto desktop = desktopTrash(trash.folder.number(), trashFolder);
+    return desktop.isNull() ? moveToPlainTrash(item, std::move(trash), trashFolder)
+                            : moveToDesktopTrash(item, desktop);
 }
 
 } // namespace platform

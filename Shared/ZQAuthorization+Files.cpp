@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <climits>
 #include <thread>
@@ -22,10 +23,15 @@ bool isFileName(const QString &path)
     return !path.contains(QChar(0));
 }
 
-bool fileExists(const QString &path)
+// What this process may not look at is there for all it knows: the tool works with other rights.
+bool isThere(const QString &path)
 {
     struct stat status {};
-    return isFileName(path) && ::stat(platform::fileNameBytes(path).constData(), &status) == 0;
+    if (!isFileName(path)) {
+        return false;
+    }
+    return ::stat(platform::fileNameBytes(path).constData(), &status) == 0 ||
+           (errno != ENOENT && errno != ENOTDIR);
 }
 
 QString workingFolder()
@@ -97,7 +103,7 @@ bool ZQAuthorization::authMoveFile(const QString &source, const QString &destina
     if (!bothGiven(source, destination, QStringLiteral("authMoveFile")) ||
         isSystemDirectory(
             source, QStringLiteral("Unable to move path %@ because it is a system directory.")) ||
-        !fileExists(source) || !isFileName(destination)) {
+        !isThere(source) || !isFileName(destination)) {
         return false;
     }
     return startTool(*this, QStringLiteral("/bin/mv"),
@@ -106,7 +112,7 @@ bool ZQAuthorization::authMoveFile(const QString &source, const QString &destina
 
 bool ZQAuthorization::authCopyFile(const QString &source, const QString &destination)
 {
-    if (!bothGiven(source, destination, QStringLiteral("authCopyFile")) || !fileExists(source) ||
+    if (!bothGiven(source, destination, QStringLiteral("authCopyFile")) || !isThere(source) ||
         !isFileName(destination)) {
         return false;
     }

@@ -21,7 +21,7 @@ QString ZQAuthorization::trashDestination(const QString &path) const
     }
     const auto name = platform::lastPathComponent(path);
     const auto destination = platform::appendingPathComponent(folder, name);
-    if (!platform::itemExists(destination)) { // a link that leads nowhere would be lost, too
+    if (platform::isMissing(destination)) { // a link that leads nowhere would be lost, too
         return destination;
     }
     const auto now = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
@@ -47,7 +47,7 @@ bool ZQAuthorization::authTrashFile(const QString &path, DeleteOnRootAccount del
         deleteOnRootAccount == DeleteOnRootAccount::Yes) {
         return authRemoveFile(destination); // kept on purpose: not the file itself
     }
-    if (!destination.isNull() && platform::itemExists(path)) {
+    if (!destination.isNull() && !platform::isMissing(path)) {
         platform::createPrivateFolder(destination.left(destination.lastIndexOf(u'/')));
     }
     return authMoveFile(path, destination);

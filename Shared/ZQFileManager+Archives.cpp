@@ -25,7 +25,7 @@ bool ZQFileManagerArchives::compressFile(const QString &source, const QString &a
     if (!isUsable(source) || !isUsable(archive)) {
         return false;
     }
-    if (platform::itemExists(archive)) {
+    if (!platform::isMissing(archive)) {
         ZQFileManager::trashFile(archive);
     }
     QStringList arguments(QStringLiteral("-ck"));
@@ -48,7 +48,7 @@ bool ZQFileManagerArchives::decompressFile(const QString &archive, const QString
     if (!isUsable(archive) || !isUsable(folder)) {
         return false;
     }
-    if (platform::itemExists(folder) &&
+    if (!platform::isMissing(folder) &&
         (filemanager::refusal(folder) ||
          platform::recycleItem(folder, ZQLocalPaths::trashDirectory()))) {
         return false;

@@ -91,7 +91,7 @@ bool ZQFileManagerAsynchronousCopy::copyFileWithProgress(const QString &source,
                                                          QObject *delegate, const QVariant &object,
                                                          const QVariant &object2)
 {
-    if (!platform::itemExists(source)) {
+    if (platform::isMissing(source)) {
         consoleLog(QStringLiteral("Error: File %@ doesn't exist. Aborting copy process..."),
                    source);
         return false;

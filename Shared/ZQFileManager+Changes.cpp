@@ -31,7 +31,7 @@ platform::FileError removeUnlessProtected(const QString &path)
 
 bool ZQFileManager::removeFile(const QString &path, ShouldAuth shouldAuth)
 {
-    if (!platform::itemExists(path)) {
+    if (platform::isMissing(path)) {
         return true;
     }
     const auto error = removeUnlessProtected(path);
@@ -50,7 +50,7 @@ bool ZQFileManager::removeFile(const QString &path)
 
 bool ZQFileManager::removeFile(const QString &path, std::chrono::seconds timeout)
 {
-    return removeFile(path) && waitUntil([&] { return !platform::itemExists(path); }, timeout);
+    return removeFile(path) && waitUntil([&] { return platform::isMissing(path); }, timeout);
 }
 
 bool ZQFileManager::removeFolderIfEmpty(const QString &folder)
@@ -80,7 +80,7 @@ bool ZQFileManager::createDirectory(const QString &path)
 
 bool ZQFileManager::createDirectory(const QString &path, std::chrono::seconds timeout)
 {
-    return createDirectory(path) && waitUntil([&] { return platform::itemExists(path); }, timeout);
+    return createDirectory(path) && waitUntil([&] { return !platform::isMissing(path); }, timeout);
 }
 
 QString ZQFileManager::createDirectoryStructure(const QString &path, const QString &destination)
@@ -125,7 +125,7 @@ bool ZQFileManager::copyFile(const QString &source, const QString &destination,
                              std::chrono::seconds timeout)
 {
     return copyFile(source, destination) &&
-           waitUntil([&] { return platform::itemExists(destination); }, timeout);
+           waitUntil([&] { return !platform::isMissing(destination); }, timeout);
 }
 
 bool ZQFileManager::copyContentsOfDirectory(const QString &source, const QString &destination,

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Platform/FinderInfo.h"
+#include "Platform/PathText.h"
 #include "Shared/ZQFileManagerDesktop.h"
 
 #include <array>
@@ -8,7 +9,7 @@
 namespace {
 
 // Where the Finder flags have the colour.
-constexpr unsigned colourBits = 0x000E;
+constexpr std::uint16_t colourBits = 0x000E;
 
 } // namespace
 
@@ -20,13 +21,7 @@ std::uint16_t ZQFileManagerDesktop::finderColorIndexForPath(const QString &path)
 
 void ZQFileManagerDesktop::setFinderColorIndex(std::uint16_t index, const QString &path)
 {
-    const auto item = stringToFSRef(path);
-    const auto flags = item ? platform::finderFlags(item->path) : std::nullopt;
-    if (flags) {
-        const auto others = *flags & 0xFFF1U;
-        platform::setFinderFlags(static_cast<std::uint16_t>(others | (index & colourBits)),
-                                 item->path);
-    }
+    platform::setFinderFlags(index, platform::absolutePath(path), colourBits);
 }
 
 QColor ZQFileManagerDesktop::finderColorForColorIndex(int index)

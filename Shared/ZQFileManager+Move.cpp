@@ -83,5 +83,5 @@ bool ZQFileManager::moveFile(const QString &source, const QString &destination,
         std::this_thread::sleep_for(std::chrono::microseconds(500));
         return true;
     }
-    return filemanager::waitUntil([&] { return !platform::itemExists(source); }, timeout);
+    return filemanager::waitUntil([&] { return platform::isMissing(source); }, timeout);
 }

@@ -31,7 +31,7 @@ QStringList trashFiles(const QString &folder, const IsWanted &isWanted)
 
 bool ZQFileManager::trashFile(const QString &path, ShouldAuth shouldAuth)
 {
-    if (!platform::itemExists(path)) {
+    if (platform::isMissing(path)) {
         return true;
     }
     if (!filemanager::refusal(path)) {
@@ -54,7 +54,7 @@ bool ZQFileManager::trashFile(const QString &path)
 bool ZQFileManager::trashFile(const QString &path, std::chrono::seconds timeout)
 {
     return trashFile(path) &&
-           filemanager::waitUntil([&] { return !platform::itemExists(path); }, timeout);
+           filemanager::waitUntil([&] { return platform::isMissing(path); }, timeout);
 }
 
 bool ZQFileManager::trashDirectoryContents(const QString &folder, ShouldAuth shouldAuth)
@@ -74,6 +74,9 @@ bool ZQFileManager::trashDirectoryContents(const QString &folder)
 
 QStringList ZQFileManager::trashFilesOfType(const QString &extension, const QString &folder)
 {
+    if (extension.isNull()) {
+        return {}; // nil is no extension, not the empty one
+    }
     const auto wanted = extension.toLower();
     return trashFiles(folder, [&](const QString &name) {
         return platform::pathExtension(name).toLower() == wanted;

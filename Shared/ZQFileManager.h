@@ -72,7 +72,7 @@ public:
     static bool trashDirectoryContents(const QString &folder);
     /// trashFilesOfType:inFolder:
     /// Trashes the files with that extension, in either case, in the folder and all below it. The
-    /// paths for which that was tried.
+    /// paths for which that was tried; none for nil, which is no extension.
     static QStringList trashFilesOfType(const QString &extension, const QString &folder);
     /// trashFilesNamed:inFolder:
     /// The same with files of exactly that name.

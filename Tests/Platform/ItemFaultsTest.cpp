@@ -2,14 +2,20 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/CopyItem.h"
 #include "Platform/CreateFolder.h"
+#include "Platform/Descriptor.h"
 #include "Platform/MoveItem.h"
 #include "Platform/RemoveItem.h"
 #include "Platform/Trash.h"
+#include "Platform/UnfinishedItem.h"
 #include "Tests/Support/EnvironmentVariable.h"
 #include "Tests/Support/FaultMatrix.h"
 #include "Tests/Support/FileTree.h"
 
 #include <QTest>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -40,8 +46,13 @@ private Q_SLOTS:
     void aMovedItemIsWholeInOnePlace();
     void anItemMovedToAnotherFileSystemIsNeverLost_data() { aCopyIsWholeOrNotThere_data(); }
     void anItemMovedToAnotherFileSystemIsNeverLost();
+    void aFailedMoveLeavesNothingAtItsDestination_data() { aCopyIsWholeOrNotThere_data(); }
+    void aFailedMoveLeavesNothingAtItsDestination();
+    void aNeighbourWhoSwapsNamesGetsNoOtherModeChanged();
+    void aNeighbourWhoSwapsNamesGetsNothingElseRemoved();
     void aRemovedItemIsGoneOrAnError_data() { aCopyIsWholeOrNotThere_data(); }
     void aRemovedItemIsGoneOrAnError();
+    void removingGoesOnAfterAFailureAndGivesTheFirst();
     void foldersAreMadeAllOrNone();
     void aTrashedItemIsWholeInOnePlaceWithOrWithoutItsRecord_data();
     void aTrashedItemIsWholeInOnePlaceWithOrWithoutItsRecord();
@@ -124,6 +135,10 @@ void ItemFaultsTest::aCopyIsWholeOrNotThere()
             if (copied && test::tree(m_copy) != m_before) {
                 return QStringLiteral("the copy is not whole: ") + test::tree(m_copy).join(u'\n');
             }
+            // What could not even be opened then is cleared by the next.
+            const platform::Descriptor other(
+                ::open(m_other->path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+            platform::clearUnfinishedItems(other.number());
             return hasOnly(*m_other, {QStringLiteral("copy")})
                        ? QString()
                        : QStringLiteral("left behind: ") + m_other->names().join(u' ');
@@ -173,6 +188,81 @@ void ItemFaultsTest::anItemMovedToAnotherFileSystemIsNeverLost()
         });
 }
 
+void ItemFaultsTest::aFailedMoveLeavesNothingAtItsDestination()
+{
+    QFETCH(bool, isFolder);
+    m_other = std::make_unique<test::Folder>(elsewhere);
+    m_copy = *m_other / "copy";
+    auto failures = 0;
+    for (int nth = 1, hasStruck = 1; hasStruck != 0; ++nth) {
+        prepare(isFolder);
+        auto moved = false;
+        {
+            const test::Faults faults(
+                {changing | test::Remove, nth, test::Fate::Fails, EACCES, false, false});
+            moved = !platform::moveItem(test::text(m_item), test::text(m_copy));
+            hasStruck = test::Faults::haveStruck() ? 1 : 0;
+        }
+        failures += moved ? 0 : 1;
+        QVERIFY2(test::exists(m_item) != moved && test::exists(m_copy) == moved &&
+                     test::tree(moved ? m_copy : m_item) == m_before,
+                 qPrintable(QStringLiteral("call %1").arg(nth)));
+        QVERIFY(nth < 2000);
+    }
+    QVERIFY(failures > 0);
+}
+
+// The neighbour may write in the folder where the copy is put, but not look into our own.
+void ItemFaultsTest::aNeighbourWhoSwapsNamesGetsNoOtherModeChanged()
+{
+    test::writeFile(*m_folder / "secret", "secret");
+    ::chmod((*m_folder / "secret").c_str(), 0600);
+    ::mkfifo(m_item.c_str(), 0600);
+    ::chmod(m_item.c_str(), 0666);
+    auto swaps = 0;
+    const auto swap = [&] {
+        for (const auto &name : m_other->names()) {
+            const auto path = *m_other / name.toStdString();
+            ::rename(path.c_str(), (*m_folder / std::to_string(++swaps)).c_str());
+            test::makeLink(*m_folder / "secret", path);
+        }
+    };
+    {
+        const test::Faults faults(
+            {test::Make, 1, test::Fate::Meddled, 0, true, false, swap}); // whatever is made
+        platform::copyItem(test::text(m_item), test::text(m_copy));
+    }
+    QVERIFY(swaps > 0);
+    struct stat status {};
+    ::stat((*m_folder / "secret").c_str(), &status);
+    QCOMPARE(status.st_mode & 07777U, 0600U);
+}
+
+void ItemFaultsTest::aNeighbourWhoSwapsNamesGetsNothingElseRemoved()
+{
+    // Folders with just the names that the copy has, at any depth that it may have them.
+    test::makeTree(m_item, fileSize);
+    const auto victim = *m_folder / "victim";
+    test::makeTree(victim, fileSize);
+    test::makeTree(victim + "/item", fileSize);
+    const auto before = test::tree(victim);
+    auto swaps = 0;
+    const auto swap = [&] {
+        for (const auto &name : m_other->names()) {
+            const auto path = *m_other / name.toStdString();
+            ::rename(path.c_str(), (*m_folder / std::to_string(++swaps)).c_str());
+            test::makeLink(victim, path);
+        }
+    };
+    {
+        const test::Faults faults({test::Link, 1, test::Fate::Fails, EIO, false, false, swap});
+        QVERIFY(platform::copyItem(test::text(m_item), test::text(m_copy)));
+        QVERIFY(test::Faults::haveStruck());
+    }
+    QVERIFY(swaps > 0);
+    QCOMPARE(test::tree(victim), before);
+}
+
 void ItemFaultsTest::aRemovedItemIsGoneOrAnError()
 {
     QFETCH(bool, isFolder);
@@ -191,6 +281,29 @@ void ItemFaultsTest::aRemovedItemIsGoneOrAnError()
                        ? QString()
                        : QStringLiteral("the result is wrong");
         });
+}
+
+void ItemFaultsTest::removingGoesOnAfterAFailureAndGivesTheFirst()
+{
+    for (const auto *name : {"a", "b", "c"}) {
+        test::makeFolder(m_item + "/closed");
+        test::writeFile(m_item + "/closed/" + name);
+    }
+    test::writeFile(m_item + "/closed/last");
+    ::chmod((m_item + "/closed").c_str(), 0500);
+    platform::FileError error;
+    {
+        // The first is that the item is not a file, the second the first file's.
+        const test::Faults faults({test::Remove, 2, test::Fate::Fails, EIO, false, false});
+        error = platform::removeItem(test::text(m_item));
+        QVERIFY(test::Faults::haveStruck());
+    }
+    QCOMPARE(error.code(), EIO);
+    QVERIFY(test::exists(error.path().toStdString()));
+    QCOMPARE(test::tree(m_item).size(), 3); // the item, "closed" and that file
+    struct stat status {};
+    ::stat((m_item + "/closed").c_str(), &status);
+    QCOMPARE(status.st_mode & 07777U, 0500U); // what stays is as it was
 }
 
 void ItemFaultsTest::foldersAreMadeAllOrNone()
@@ -273,15 +386,17 @@ void ItemFaultsTest::aCopySurvivesAKillAtEveryCall()
             if ((finished && !isThere) || (isThere && test::tree(m_copy) != m_before)) {
                 return QStringLiteral("the copy is not whole");
             }
-            if (!isThere && (platform::copyItem(test::text(m_item), test::text(m_copy)) ||
-                             test::tree(m_copy) != m_before)) {
+            if (isThere) {
+                return QString();
+            }
+            if (platform::copyItem(test::text(m_item), test::text(m_copy)) ||
+                test::tree(m_copy) != m_before) {
                 return QStringLiteral("the next time fails");
             }
-            return QString();
+            return hasOnly(*m_other, {QStringLiteral("copy")})
+                       ? QString()
+                       : QStringLiteral("the next one has not cleared what was left");
         });
-    if (!isFolder) {
-        QCOMPARE(m_other->names(), QStringList(QStringLiteral("copy")));
-    }
 }
 
 void ItemFaultsTest::aMoveSurvivesAKillAtEveryCall_data()

@@ -7,6 +7,7 @@
 #include "Platform/FolderSize.h"
 #include "Platform/MoveItem.h"
 #include "Platform/RemoveItem.h"
+#include "Platform/Trash.h"
 #include "Tests/Support/FileTree.h"
 
 #include <QTest>
@@ -34,12 +35,15 @@ private Q_SLOTS:
 
     void removingNeverFollowsALink();
     void removingALinkToAFolderWithASlashBehindItRemovesTheLink();
-    void removingGoesOnAfterAFailureAndGivesTheFirst();
+    void ownFoldersThatForbidItAreRemoved_data();
+    void ownFoldersThatForbidItAreRemoved();
     void aFolderThatItselfMayNotBeRemovedKeepsItsContents();
     void treesDeeperThanThereAreDescriptorsAreCopiedMeasuredAndRemoved();
 
     void aCopyIsTheSameInEverything();
     void aCopyReplacesNothing();
+    void hardLinksStayLinksInCopiesMovesAndTheTrash();
+    void aCopyInheritsNoAccessList();
     void aFolderIsNotCopiedIntoItself();
     void holesStayHoles();
     void aFileThatTellsNoSizeIsCopiedWhole();
@@ -170,20 +174,28 @@ void ItemTest::removingALinkToAFolderWithASlashBehindItRemovesTheLink()
     QCOMPARE(folder.names(), QStringList(QStringLiteral("kept")));
 }
 
-void ItemTest::removingGoesOnAfterAFailureAndGivesTheFirst()
+void ItemTest::ownFoldersThatForbidItAreRemoved_data()
 {
-    const test::Folder folder;
-    test::makeTree(folder / "tree");
-    const auto error = platform::removeItem(text(folder / "tree"));
-    if (isRoot()) {
-        QVERIFY(!error);
-        return;
+    QTest::addColumn<int>("mode");
+    for (const auto mode : {0600, 0500, 0400, 0300, 0200, 0100, 0}) {
+        QTest::addRow("mode %03o", static_cast<unsigned>(mode)) << mode;
     }
-    QCOMPARE(error.code(), EACCES);
-    QCOMPARE(error.path(), text(folder / "tree/closed/file"));
-    QCOMPARE(error.localizedDescription(), error.path() + QStringLiteral(": Permission denied"));
-    QCOMPARE(test::tree(folder / "tree").size(), 3); // the tree, "closed" and its file
-    QVERIFY(test::exists(folder / "tree/closed/file"));
+}
+
+void ItemTest::ownFoldersThatForbidItAreRemoved()
+{
+    QFETCH(int, mode);
+    const test::Folder folder;
+    const auto top = folder / "top";
+    test::makeFolder(top + "/closed/closed");
+    test::writeFile(top + "/closed/closed/file");
+    test::writeFile(top + "/closed/file");
+    for (const auto *closed : {"/closed/closed", "/closed", ""}) {
+        QCOMPARE(::chmod((top + closed).c_str(), static_cast<mode_t>(mode)), 0);
+    }
+    const auto error = platform::removeItem(text(top));
+    QVERIFY2(!error, qUtf8Printable(error.localizedDescription()));
+    QVERIFY(folder.names().isEmpty());
 }
 
 void ItemTest::aFolderThatItselfMayNotBeRemovedKeepsItsContents()
@@ -278,6 +290,54 @@ void ItemTest::aCopyReplacesNothing()
     QCOMPARE(test::readFile(folder / "b"), std::string("b"));
     QCOMPARE(folder.names().size(), 4);
     QCOMPARE(test::tree(folder / "folder").size(), 1);
+}
+
+void ItemTest::hardLinksStayLinksInCopiesMovesAndTheTrash()
+{
+    const test::Folder folder;
+    const test::Folder other("/var/tmp");
+    test::makeFolder(folder / "tree/below");
+    test::writeFile(folder / "tree/file");
+    QCOMPARE(::link((folder / "tree/file").c_str(), (folder / "tree/below/file").c_str()), 0);
+    const auto areLinked = [](const std::string &tree) {
+        return statusOf(tree + "/file").st_ino == statusOf(tree + "/below/file").st_ino &&
+               statusOf(tree + "/file").st_nlink == 2;
+    };
+    QVERIFY(!platform::copyItem(text(folder / "tree"), text(folder / "copy")));
+    QVERIFY(areLinked(folder / "copy"));
+    QVERIFY(!platform::moveItem(text(folder / "tree"), text(other / "tree")));
+    QVERIFY(areLinked(other / "tree"));
+    QVERIFY(!platform::recycleItem(text(other / "tree"), text(folder / "trash")));
+    QVERIFY(areLinked(folder / "trash/tree"));
+}
+
+void ItemTest::aCopyInheritsNoAccessList()
+{
+    const test::Folder folder;
+    test::makeFolder(folder / "tree/below");
+    test::writeFile(folder / "tree/below/file");
+    test::makeFolder(folder / "to");
+    const std::string everybody("\x02\0\0\0\x01\0\x07\0\xff\xff\xff\xff\x04\0\x07\0\xff\xff\xff\xff"
+                                "\x20\0\x07\0\xff\xff\xff\xff",
+                                28);
+    const auto *handedDown = "system.posix_acl_default";
+    QCOMPARE(::setxattr((folder / "to").c_str(), handedDown, everybody.data(), everybody.size(), 0),
+             0);
+    QVERIFY(!platform::copyItem(text(folder / "tree"), text(folder / "to/tree")));
+    QVERIFY(!platform::copyItem(text(folder / "tree/below/file"), text(folder / "to/file")));
+    QCOMPARE(::getxattr((folder / "to/tree").c_str(), handedDown, nullptr, 0), ssize_t(-1));
+    QCOMPARE(::getxattr((folder / "to/tree/below").c_str(), handedDown, nullptr, 0), ssize_t(-1));
+    for (const auto *path : {"to/file", "to/tree", "to/tree/below/file"}) {
+        QCOMPARE(::getxattr((folder / path).c_str(), "system.posix_acl_access", nullptr, 0),
+                 ssize_t(-1));
+        QCOMPARE(errno, ENODATA);
+    }
+    // Nor is one lost that the original has.
+    QCOMPARE(::setxattr((folder / "tree/below").c_str(), handedDown, everybody.data(),
+                        everybody.size(), 0),
+             0);
+    QVERIFY(!platform::copyItem(text(folder / "tree"), text(folder / "copy")));
+    QCOMPARE(::getxattr((folder / "copy/below").c_str(), handedDown, nullptr, 0), ssize_t(28));
 }
 
 void ItemTest::aFolderIsNotCopiedIntoItself()

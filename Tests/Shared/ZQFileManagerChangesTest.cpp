@@ -30,6 +30,7 @@ private Q_SLOTS:
     void aRelativeNameWithADashIsNoOptionOfTheToolsThatRootRuns();
 
     void removingAMissingPathReturnsTrueAndLogsNothing();
+    void whatMayNotBeLookedAtDoesNotCountAsRemoved();
     void removingIsRecursiveAndTakesDanglingLinks();
     void aFailedRemovalIsLoggedAsAuthorizingWhetherOrNotItMay();
     void aProtectedFolderIsNeverRemoved_data();
@@ -133,6 +134,28 @@ void ZQFileManagerChangesTest::removingAMissingPathReturnsTrueAndLogsNothing()
     }
     QVERIFY(FileManagerFixture::logged().isEmpty());
     QVERIFY(m_fixture->console().isEmpty());
+}
+
+void ZQFileManagerChangesTest::whatMayNotBeLookedAtDoesNotCountAsRemoved()
+{
+    if (test::isRoot()) {
+        QSKIP("root may look at everything");
+    }
+    auto &at = *m_fixture;
+    test::makeFolder(at / "closed");
+    test::writeFile(at / "closed/file");
+    ::chmod((at / "closed").c_str(), 0600);
+    const auto path = at.path("closed/file");
+    QVERIFY(!ZQFileManager::removeFile(path, ShouldAuth::No));
+    QCOMPARE(
+        FileManagerFixture::logged().last(),
+        QStringLiteral("Error removing file: %1: Permission denied. Authorizing...").arg(path));
+    // A move with other rights is tried as well, and not refused as one of nothing.
+    QVERIFY(m_fixture->console().isEmpty());
+    QVERIFY(!ZQFileManager::moveFile(path, at.path("moved"), ShouldAuth::Yes));
+    QVERIFY(!m_fixture->console().isEmpty());
+    ::chmod((at / "closed").c_str(), 0700);
+    QVERIFY(test::exists(at / "closed/file"));
 }
 
 void ZQFileManagerChangesTest::removingIsRecursiveAndTakesDanglingLinks()

@@ -75,6 +75,8 @@ private Q_SLOTS:
     void allContentsAreTrashedButNotTheFolder();
     void contentsAreTrashedOnAfterAFailure();
     void filesOfATypeAreTrashedInEitherCaseAndAllBelow();
+    void filesOfNoTypeAtAllAreNotTrashed();
+    void whatMayNotBeLookedAtDoesNotCountAsTrashed();
     void filesOfANameAreTrashedInThatCaseOnlyAndAllBelow();
     void whatWasTriedIsGivenWhetherOrNotItSucceeded();
     void linksAmongTheEntriesAreNotFollowed();
@@ -340,10 +342,12 @@ void ZQFileManagerTrashTest::contentsAreTrashedOnAfterAFailure()
         QSKIP("root may trash them all");
     }
     auto &at = *m_fixture;
-    test::makeFolder(at / "folder/b-closed/below"); // its parent entry cannot change
-    test::writeFile(at / "folder/a");
-    test::writeFile(at / "folder/c");
-    ::chmod((at / "folder/b-closed").c_str(), 0500);
+    test::makeFolder(at / "folder");
+    for (const auto *name : {"a", "b-closed", "c"}) {
+        test::writeFile(at / "folder/" + name);
+    }
+    // The trash is on another file system, so that it would have to be read.
+    ::chmod((at / "folder/b-closed").c_str(), 0);
     QVERIFY(!ZQFileManager::trashDirectoryContents(at.path("folder"), ShouldAuth::No));
     QCOMPARE(names(at / "folder"), QStringList(QStringLiteral("b-closed")));
 }
@@ -368,6 +372,38 @@ void ZQFileManagerTrashTest::filesOfATypeAreTrashedInEitherCaseAndAllBelow()
     QVERIFY(test::exists(at / "c.okl.txt"));
     QVERIFY(test::exists(at / "okl"));
     QVERIFY(ZQFileManager::trashFilesOfType(QStringLiteral("okl"), at.path("missing")).isEmpty());
+}
+
+void ZQFileManagerTrashTest::filesOfNoTypeAtAllAreNotTrashed()
+{
+    auto &at = *m_fixture;
+    test::writeFile(at / "plain");
+    test::writeFile(at / "typed.txt");
+    const auto all = text(at.folder().path());
+    QVERIFY(ZQFileManager::trashFilesOfType(QString(), all).isEmpty());
+    QVERIFY(test::exists(at / "plain"));
+    // The empty extension is one: that of files without any.
+    QCOMPARE(ZQFileManager::trashFilesOfType(QStringLiteral(""), all),
+             QStringList(at.path("plain")));
+    QVERIFY(!test::exists(at / "plain"));
+    QVERIFY(test::exists(at / "typed.txt"));
+}
+
+void ZQFileManagerTrashTest::whatMayNotBeLookedAtDoesNotCountAsTrashed()
+{
+    if (test::isRoot()) {
+        QSKIP("root may look at everything");
+    }
+    auto &at = *m_fixture;
+    test::makeFolder(at / "closed");
+    test::writeFile(at / "closed/file");
+    ::chmod((at / "closed").c_str(), 0600);
+    QVERIFY(!ZQFileManager::trashFile(at.path("closed/file"), ShouldAuth::No));
+    // The next step has other rights, which it would ask for, as the console says.
+    QVERIFY(!ZQFileManager::trashFile(at.path("closed/file"), ShouldAuth::Yes));
+    QVERIFY(!at.console().isEmpty());
+    ::chmod((at / "closed").c_str(), 0700);
+    QVERIFY(test::exists(at / "closed/file"));
 }
 
 void ZQFileManagerTrashTest::filesOfANameAreTrashedInThatCaseOnlyAndAllBelow()

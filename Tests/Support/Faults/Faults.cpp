@@ -34,6 +34,13 @@ Plan &plan()
     return instance;
 }
 
+// Changed while nothing is armed.
+std::function<void()> &meddling()
+{
+    static std::function<void()> instance;
+    return instance;
+}
+
 // What waits to be interrupted again and again must still get through.
 constexpr int mostInterruptions = 5000;
 
@@ -43,7 +50,7 @@ bool canMeet(Calls calls, Fate fate, int error)
     if (fate == Fate::FallsShort) {
         return (calls & (Read | Write | Copy)) != 0U;
     }
-    return fate == Fate::Kills || error == EINTR || (calls & Wait) == 0U;
+    return fate == Fate::Kills || fate == Fate::Meddled || error == EINTR || (calls & Wait) == 0U;
 }
 
 // Kept here rather than asked for at every call; a forked child has its own.
@@ -75,11 +82,22 @@ Strike strike(Calls calls)
     if (fate == Fate::Kills) {
         ::kill(::getpid(), SIGKILL);
     }
-    return {fate == Fate::Fails ? error : 0, fate == Fate::FallsShort};
+    return {fate == Fate::Fails ? error : 0, fate == Fate::FallsShort,
+            static_cast<bool>(meddling())};
+}
+
+void meddle()
+{
+    const auto calls = plan().calls.exchange(0); // not at its own calls
+    const auto error = errno;
+    meddling()();
+    errno = error;
+    plan().calls = calls;
 }
 
 Faults::Faults(const Fault &fault)
 {
+    meddling() = fault.meddling;
     armFault(fault.calls, fault.nth, static_cast<int>(fault.fate), fault.error,
              static_cast<int>(fault.forGood), static_cast<int>(fault.anyThread));
 }
@@ -87,6 +105,7 @@ Faults::Faults(const Fault &fault)
 Faults::~Faults()
 {
     disarmFault();
+    meddling() = nullptr;
 }
 
 bool Faults::haveStruck()

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
+
 // System calls that fail when a test wants them to. A test that links the library Faults has its
 // own and all its libraries' calls go through it; a child program is given it by LD_PRELOAD and its
 // fault by the variable FAULT. Nothing happens to calls while no fault is armed.
@@ -35,6 +37,7 @@ enum class Fate {
     Fails,      // with the error, and nothing is done
     FallsShort, // reading and writing: half of what is asked for
     Kills,      // the process, before the call
+    Meddled,    // done, and right behind it somebody does something
 };
 
 struct Fault {
@@ -44,6 +47,8 @@ struct Fault {
     int error = 0;          // as errno
     bool forGood = false;   // the calls after that, too; of interruptions 5000, since signals end
     bool anyThread = false; // else only calls of the thread that arms the fault
+    // What somebody does where a call is Meddled, or right behind one that Fails.
+    std::function<void()> meddling = {};
 };
 
 // Armed while it exists; one at a time.

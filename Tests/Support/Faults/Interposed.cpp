@@ -31,11 +31,15 @@ template <typename Function, typename... Arguments>
 auto unless(const test::Strike &struck, Function *function, Arguments... arguments)
     -> decltype(function(arguments...))
 {
+    using Result = decltype(function(arguments...));
+    const auto result = struck.error != 0 ? Result(-1) : function(arguments...);
     if (struck.error != 0) {
         errno = struck.error;
-        return -1;
     }
-    return function(arguments...);
+    if (struck.meddles) {
+        test::meddle();
+    }
+    return result;
 }
 
 mode_t modeOf(int flags, va_list arguments)

@@ -12,11 +12,15 @@ namespace test {
 struct Strike {
     int error = 0; // fails with that
     bool fallsShort = false;
+    bool meddles = false; // somebody does something right behind the call
 
     std::size_t cut(std::size_t size) const { return fallsShort && size > 1 ? size / 2 : size; }
 };
 
 // Counts a call and says what becomes of it.
 Strike strike(Calls calls);
+
+// What somebody does.
+void meddle();
 
 } // namespace test
