@@ -15,7 +15,9 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 
 using platform::Descriptor;
 using platform::retried;
@@ -28,55 +30,72 @@ bool failed(const QByteArray &name, int error)
                           : complain(name, error);
 }
 
-// EPERM has words of its own only where a name may be at fault.
-bool extractFile(ZipReader &reader, Destination &destination)
+// What comes of an entry's bytes goes to a function that says whether it could take them.
+template <typename Take>
+bool readContents(ZipReader &reader, const Take &take)
 {
-    const auto name = reader.name();
-    platform::UnnamedFile file;
-    if (const auto error = destination.beginFile(name, file); error != 0) {
-        return failed(name, error);
-    }
     const char *data = nullptr;
     std::size_t size = 0;
     for (;;) {
         const auto step = reader.nextBlock(data, size);
         if (step == ZipReader::Step::AtEnd) {
-            break;
+            return true;
         }
-        if (step == ZipReader::Step::Failed || isInterrupted()) {
+        if (step == ZipReader::Step::Failed || isInterrupted() || !take(data, size)) {
             return false;
         }
-        if (const auto error = file.write(data, size); error != 0) {
-            return complain(name, error);
-        }
     }
-    const auto error = destination.endFile(name, file, ::archive_entry_perm(reader.entry()),
-                                           ::archive_entry_mtime(reader.entry()));
-    return error == 0 || failed(name, error);
+}
+
+// EPERM has words of its own only where a name may be at fault.
+bool extractFile(ZipReader &reader, Destination &destination)
+{
+    const auto &entry = reader.entry();
+    platform::UnnamedFile file;
+    if (const auto error = destination.beginFile(entry.name, file); error != 0) {
+        return failed(entry.name, error);
+    }
+    if (!readContents(reader, [&](const char *data, std::size_t size) {
+            const auto error = file.write(data, size);
+            return error == 0 || complain(entry.name, error);
+        })) {
+        return false;
+    }
+    const auto error = destination.endFile(entry.name, file, entry.permissions, entry.time);
+    return error == 0 || failed(entry.name, error);
+}
+
+bool extractLink(ZipReader &reader, Destination &destination)
+{
+    const auto &entry = reader.entry();
+    QByteArray target;
+    if (!readContents(reader, [&](const char *data, std::size_t size) {
+            target.append(data, static_cast<int>(std::min<std::size_t>(size, PATH_MAX)));
+            return target.size() < PATH_MAX || complain(entry.name, ENAMETOOLONG);
+        })) {
+        return false;
+    }
+    if (target.isEmpty() || target.contains('\0')) {
+        return complain(entry.name, "is a link that leads nowhere");
+    }
+    const auto error = destination.addLink(entry.name, target, entry.time);
+    return error == 0 || failed(entry.name, error);
 }
 
 bool extractEntry(ZipReader &reader, Destination &destination)
 {
-    auto *const entry = reader.entry();
-    const auto name = reader.name();
-    const auto time = ::archive_entry_mtime(entry);
-    switch (::archive_entry_filetype(entry)) {
-    case AE_IFREG:
+    const auto &entry = reader.entry();
+    switch (entry.type) {
+    case S_IFREG:
         return extractFile(reader, destination);
-    case AE_IFDIR: {
-        const auto error = destination.addFolder(name, ::archive_entry_perm(entry), time);
-        return error == 0 || failed(name, error);
+    case S_IFDIR: {
+        const auto error = destination.addFolder(entry.name, entry.permissions, entry.time);
+        return error == 0 || failed(entry.name, error);
     }
-    case AE_IFLNK: {
-        const QByteArray target(::archive_entry_symlink(entry));
-        if (target.isEmpty()) {
-            return complain(name, "is a link that leads nowhere");
-        }
-        const auto error = destination.addLink(name, target, time);
-        return error == 0 || failed(name, error);
-    }
+    case S_IFLNK:
+        return extractLink(reader, destination);
     default:
-        return complain(name, "neither a file, a folder nor a link");
+        return complain(entry.name, "neither a file, a folder nor a link");
     }
 }
 
