@@ -12,9 +12,13 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 
 namespace platform {
+namespace {
+constexpr auto *temporaryBeginning = ".unfinished-";
+} // namespace
 
 int openPlace(const QString &path, ItemPlace &place)
 {
@@ -50,7 +54,12 @@ QByteArray temporaryName()
         number = static_cast<std::uint64_t>(now.tv_nsec) * 1000003U +
                  static_cast<std::uint64_t>(now.tv_sec);
     }
-    return ".unfinished-" + QByteArray::number(static_cast<qulonglong>(number), 36);
+    return temporaryBeginning + QByteArray::number(static_cast<qulonglong>(number), 36);
+}
+
+bool isTemporaryName(const char *name)
+{
+    return std::strncmp(name, temporaryBeginning, std::strlen(temporaryBeginning)) == 0;
 }
 
 int renameInPlace(int fromFolder, const QByteArray &from, int toFolder, const QByteArray &to)
@@ -66,6 +75,9 @@ int renameInPlace(int fromFolder, const QByteArray &from, int toFolder, const QB
     struct stat status {};
     if (::fstatat(toFolder, to.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
         return EEXIST;
+    }
+    if (errno != ENOENT) {
+        return errno;
     }
     return ::renameat(fromFolder, from.constData(), toFolder, to.constData()) == 0 ? 0 : errno;
 }

@@ -23,6 +23,8 @@ int openPlace(const QString &path, ItemPlace &place);
 
 // A name for something unfinished, new at every call. Begins with a dot.
 QByteArray temporaryName();
+// Whether it looks like one.
+bool isTemporaryName(const char *name);
 
 // Renames inside one file system. 0, else the reason (errno): EEXIST where the new name exists.
 int renameInPlace(int fromFolder, const QByteArray &from, int toFolder, const QByteArray &to);

@@ -3,6 +3,7 @@
 #include "Platform/RemoveItem.h"
 
 #include "Platform/Descriptor.h"
+#include "Platform/DescriptorPath.h"
 #include "Platform/FileName.h"
 #include "Platform/FolderEntries.h"
 #include "Platform/ItemPlace.h"
@@ -17,36 +18,82 @@
 namespace platform {
 namespace {
 
+constexpr mode_t allModeBits = 07777;
+
+bool isSame(const struct stat &one, const struct stat &other)
+{
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+// Whether it is for us to open it to ourselves.
+bool isOwnAndClosed(const struct stat &status)
+{
+    return status.st_uid == ::geteuid() && (status.st_mode & S_IRWXU) != S_IRWXU;
+}
+
+Descriptor openToRead(int folder, const char *name)
+{
+    return Descriptor(retried([&] {
+        return ::openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    }));
+}
+
+// One that we may not read, though it is ours. Closed, with errno, where that does not help.
+Descriptor openOwnFolder(int folder, const char *name, struct stat &status)
+{
+    const Descriptor pinned(retried(
+        [&] { return ::openat(folder, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
+    if (!pinned.isOpen() || ::fstat(pinned.number(), &status) != 0) {
+        return {};
+    }
+    if (!isOwnAndClosed(status)) {
+        errno = EACCES;
+        return {};
+    }
+    const auto path = pathOfDescriptor(pinned.number());
+    if (::chmod(path.constData(), (status.st_mode & allModeBits) | S_IRWXU) != 0) {
+        return {};
+    }
+    auto open = openToRead(pinned.number(), ".");
+    if (!open.isOpen()) {
+        const auto error = errno;
+        ::chmod(path.constData(), status.st_mode & allModeBits);
+        errno = error;
+    }
+    return open;
+}
+
 // Goes through a tree with one folder open at a time, so that it can be of any depth: the way back
 // up is "..", which must be the folder that was left.
 class TreeRemoval {
 public:
-    TreeRemoval(int folder, QByteArray name, QString path, Obstinacy obstinacy)
-        : m_outside(folder), m_topName(std::move(name)), m_path(std::move(path)),
-          m_obstinacy(obstinacy)
+    TreeRemoval(int folder, QByteArray name, QString path)
+        : m_outside(folder), m_topName(std::move(name)), m_path(std::move(path))
     {
     }
 
     Removal run();
+    Removal run(int open);
 
 private:
     struct Level {
         QByteArray name;
-        dev_t device = 0;
-        ino_t inode = 0;
+        struct stat status {};           // as it was
         std::vector<QByteArray> folders; // still to be removed
     };
 
     void fail(int error, const QByteArray &name = {});
     bool unlink(int folder, const QByteArray &name, int flags);
     bool enter(int folder, const QByteArray &name);
+    void goInto(Descriptor folder, Level level);
     void removeFiles();
+    void removeAll();
     bool leave();
+    bool removeLeft(int above, const Level &level, int left);
 
     int m_outside;
     QByteArray m_topName;
     QString m_path;
-    Obstinacy m_obstinacy;
     Removal m_removal;
     Descriptor m_current;
     std::vector<Level> m_levels;
@@ -75,19 +122,14 @@ bool TreeRemoval::unlink(int folder, const QByteArray &name, int flags)
 
 bool TreeRemoval::enter(int folder, const QByteArray &name)
 {
-    const auto open = [&] {
-        return Descriptor(retried([&] {
-            return ::openat(folder, name.constData(),
-                            O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-        }));
-    };
-    auto entered = open();
-    if (!entered.isOpen() && errno == EACCES && m_obstinacy == Obstinacy::MakeFoldersWritable &&
-        ::fchmodat(folder, name.constData(), S_IRWXU, 0) == 0) {
-        entered = open();
+    Level level{name, {}, {}};
+    auto entered = openToRead(folder, name.constData());
+    if (!entered.isOpen() && errno == EACCES) {
+        entered = openOwnFolder(folder, name.constData(), level.status);
+    } else if (entered.isOpen() && ::fstat(entered.number(), &level.status) != 0) {
+        entered.close();
     }
-    struct stat status {};
-    if (!entered.isOpen() || ::fstat(entered.number(), &status) != 0) {
+    if (!entered.isOpen()) {
         const auto error = errno;
         // An empty folder need not be readable.
         if (!unlink(folder, name, AT_REMOVEDIR)) {
@@ -95,12 +137,17 @@ bool TreeRemoval::enter(int folder, const QByteArray &name)
         }
         return false;
     }
-    if (m_obstinacy == Obstinacy::MakeFoldersWritable && (status.st_mode & S_IRWXU) != S_IRWXU) {
-        ::fchmod(entered.number(), S_IRWXU);
-    }
-    m_current = std::move(entered);
-    m_levels.push_back({name, status.st_dev, status.st_ino, {}});
+    goInto(std::move(entered), std::move(level));
     return true;
+}
+
+void TreeRemoval::goInto(Descriptor folder, Level level)
+{
+    if (isOwnAndClosed(level.status)) {
+        ::fchmod(folder.number(), level.status.st_mode | S_IRWXU);
+    }
+    m_current = std::move(folder);
+    m_levels.push_back(std::move(level));
 }
 
 void TreeRemoval::removeFiles()
@@ -127,51 +174,61 @@ void TreeRemoval::removeFiles()
     }
 }
 
+// Removes the folder that was left, under its name, unless that is another one's by now.
+bool TreeRemoval::removeLeft(int above, const Level &level, int left)
+{
+    struct stat named {};
+    if (::fstatat(above, level.name.constData(), &named, AT_SYMLINK_NOFOLLOW) != 0) {
+        return errno == ENOENT;
+    }
+    if (!isSame(named, level.status)) {
+        errno = ENOENT; // somebody has moved it away meanwhile
+        return false;
+    }
+    if (unlink(above, level.name, AT_REMOVEDIR)) {
+        return true;
+    }
+    const auto error = errno;
+    if (isOwnAndClosed(level.status)) {
+        ::chmod(pathOfDescriptor(left).constData(), level.status.st_mode & allModeBits);
+    }
+    errno = error;
+    return false;
+}
+
 // Back to the folder above, and removes the one that was left. False where the way is lost.
 bool TreeRemoval::leave()
 {
-    const auto name = m_levels.back().name;
+    const auto level = std::move(m_levels.back());
     m_levels.pop_back();
+    const auto left = std::move(m_current);
     if (m_levels.empty()) {
-        m_current.close();
-        if (unlink(m_outside, name, AT_REMOVEDIR)) {
+        if (removeLeft(m_outside, level, left.number())) {
             m_removal.error = {}; // all is gone, whatever it was
         } else {
-            fail(errno, name);
+            fail(errno, level.name);
         }
         return true;
     }
-    Descriptor above(retried(
-        [&] { return ::openat(m_current.number(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+    m_current = Descriptor(
+        retried([&] { return ::openat(left.number(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC); }));
     struct stat status {};
-    if (!above.isOpen() || ::fstat(above.number(), &status) != 0) {
-        fail(errno, name);
+    if (!m_current.isOpen() || ::fstat(m_current.number(), &status) != 0) {
+        fail(errno, level.name);
         return false;
     }
-    if (status.st_dev != m_levels.back().device || status.st_ino != m_levels.back().inode) {
-        fail(ENOENT, name); // somebody has moved the folder away meanwhile
+    if (!isSame(status, m_levels.back().status)) {
+        fail(ENOENT, level.name);
         return false;
     }
-    m_current = std::move(above);
-    if (!unlink(m_current.number(), name, AT_REMOVEDIR)) {
-        fail(errno, name);
+    if (!removeLeft(m_current.number(), level, left.number())) {
+        fail(errno, level.name);
     }
     return true;
 }
 
-Removal TreeRemoval::run()
+void TreeRemoval::removeAll()
 {
-    if (::unlinkat(m_outside, m_topName.constData(), 0) == 0) {
-        m_removal.hasRemovedAnything = true;
-        return m_removal;
-    }
-    if (errno != EISDIR) {
-        fail(errno, m_topName);
-        return m_removal;
-    }
-    if (!enter(m_outside, m_topName)) {
-        return m_removal;
-    }
     removeFiles();
     for (auto onTheWay = true; onTheWay && !m_levels.empty();) {
         auto &folders = m_levels.back().folders;
@@ -179,11 +236,35 @@ Removal TreeRemoval::run()
             onTheWay = leave();
             continue;
         }
-        const auto next = folders.back();
+        const auto next = std::move(folders.back());
         folders.pop_back();
         if (enter(m_current.number(), next)) {
             removeFiles();
         }
+    }
+}
+
+Removal TreeRemoval::run()
+{
+    if (::unlinkat(m_outside, m_topName.constData(), 0) == 0) {
+        m_removal.hasRemovedAnything = true;
+    } else if (errno != EISDIR) {
+        fail(errno, m_topName);
+    } else if (enter(m_outside, m_topName)) {
+        removeAll();
+    }
+    return m_removal;
+}
+
+Removal TreeRemoval::run(int open)
+{
+    Level level{m_topName, {}, {}};
+    auto own = openToRead(open, ".");
+    if (!own.isOpen() || ::fstat(own.number(), &level.status) != 0) {
+        fail(errno, m_topName);
+    } else {
+        goInto(std::move(own), std::move(level));
+        removeAll();
     }
     return m_removal;
 }
@@ -191,9 +272,14 @@ Removal TreeRemoval::run()
 } // namespace
 
 Removal removeInFolder(int folder, const QByteArray &name, const QString &folderPath,
-                       Obstinacy obstinacy)
+                       Obstinacy /*obstinacy*/)
 {
-    return TreeRemoval(folder, name, folderPath, obstinacy).run();
+    return TreeRemoval(folder, name, folderPath).run();
+}
+
+Removal removeOpenFolder(int folder, const QByteArray &name, int open, const QString &folderPath)
+{
+    return TreeRemoval(folder, name, folderPath).run(open);
 }
 
 FileError removeItem(const QString &path)

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/UnnamedFile.h"
 
+#include "Platform/DescriptorPath.h"
 #include "Platform/FileError.h"
 #include "Platform/ItemPlace.h"
 
@@ -13,12 +14,6 @@
 
 namespace platform {
 namespace {
-
-// By its number in /proc, which is how an unnamed file is given a name.
-QByteArray pathOfDescriptor(int descriptor)
-{
-    return "/proc/self/fd/" + QByteArray::number(descriptor);
-}
 
 int openUnnamed(int folder, mode_t mode)
 {

@@ -11,6 +11,8 @@
 
 #include <QTest>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <memory>
@@ -42,6 +44,7 @@ private Q_SLOTS:
     void anItemMovedToAnotherFileSystemIsNeverLost();
     void aRemovedItemIsGoneOrAnError_data() { aCopyIsWholeOrNotThere_data(); }
     void aRemovedItemIsGoneOrAnError();
+    void removingGoesOnAfterAFailureAndGivesTheFirst();
     void foldersAreMadeAllOrNone();
     void aTrashedItemIsWholeInOnePlaceWithOrWithoutItsRecord_data();
     void aTrashedItemIsWholeInOnePlaceWithOrWithoutItsRecord();
@@ -191,6 +194,29 @@ void ItemFaultsTest::aRemovedItemIsGoneOrAnError()
                        ? QString()
                        : QStringLiteral("the result is wrong");
         });
+}
+
+void ItemFaultsTest::removingGoesOnAfterAFailureAndGivesTheFirst()
+{
+    for (const auto *name : {"a", "b", "c"}) {
+        test::makeFolder(m_item + "/closed");
+        test::writeFile(m_item + "/closed/" + name);
+    }
+    test::writeFile(m_item + "/closed/last");
+    ::chmod((m_item + "/closed").c_str(), 0500);
+    platform::FileError error;
+    {
+        // The first is that the item is not a file, the second the first file's.
+        const test::Faults faults({test::Remove, 2, test::Fate::Fails, EIO, false, false});
+        error = platform::removeItem(test::text(m_item));
+        QVERIFY(test::Faults::haveStruck());
+    }
+    QCOMPARE(error.code(), EIO);
+    QVERIFY(test::exists(error.path().toStdString()));
+    QCOMPARE(test::tree(m_item).size(), 3); // the item, "closed" and that file
+    struct stat status {};
+    ::stat((m_item + "/closed").c_str(), &status);
+    QCOMPARE(status.st_mode & 07777U, 0500U); // what stays is as it was
 }
 
 void ItemFaultsTest::foldersAreMadeAllOrNone()

@@ -34,7 +34,8 @@ private Q_SLOTS:
 
     void removingNeverFollowsALink();
     void removingALinkToAFolderWithASlashBehindItRemovesTheLink();
-    void removingGoesOnAfterAFailureAndGivesTheFirst();
+    void ownFoldersThatForbidItAreRemoved_data();
+    void ownFoldersThatForbidItAreRemoved();
     void aFolderThatItselfMayNotBeRemovedKeepsItsContents();
     void treesDeeperThanThereAreDescriptorsAreCopiedMeasuredAndRemoved();
 
@@ -170,20 +171,28 @@ void ItemTest::removingALinkToAFolderWithASlashBehindItRemovesTheLink()
     QCOMPARE(folder.names(), QStringList(QStringLiteral("kept")));
 }
 
-void ItemTest::removingGoesOnAfterAFailureAndGivesTheFirst()
+void ItemTest::ownFoldersThatForbidItAreRemoved_data()
 {
-    const test::Folder folder;
-    test::makeTree(folder / "tree");
-    const auto error = platform::removeItem(text(folder / "tree"));
-    if (isRoot()) {
-        QVERIFY(!error);
-        return;
+    QTest::addColumn<int>("mode");
+    for (const auto mode : {0600, 0500, 0400, 0300, 0200, 0100, 0}) {
+        QTest::addRow("mode %03o", static_cast<unsigned>(mode)) << mode;
     }
-    QCOMPARE(error.code(), EACCES);
-    QCOMPARE(error.path(), text(folder / "tree/closed/file"));
-    QCOMPARE(error.localizedDescription(), error.path() + QStringLiteral(": Permission denied"));
-    QCOMPARE(test::tree(folder / "tree").size(), 3); // the tree, "closed" and its file
-    QVERIFY(test::exists(folder / "tree/closed/file"));
+}
+
+void ItemTest::ownFoldersThatForbidItAreRemoved()
+{
+    QFETCH(int, mode);
+    const test::Folder folder;
+    const auto top = folder / "top";
+    test::makeFolder(top + "/closed/closed");
+    test::writeFile(top + "/closed/closed/file");
+    test::writeFile(top + "/closed/file");
+    for (const auto *closed : {"/closed/closed", "/closed", ""}) {
+        QCOMPARE(::chmod((top + closed).c_str(), static_cast<mode_t>(mode)), 0);
+    }
+    const auto error = platform::removeItem(text(top));
+    QVERIFY2(!error, qUtf8Printable(error.localizedDescription()));
+    QVERIFY(folder.names().isEmpty());
 }
 
 void ItemTest::aFolderThatItselfMayNotBeRemovedKeepsItsContents()
