@@ -10,7 +10,7 @@
 #include "Platform/FileName.h"
 #include "Platform/ItemPlace.h"
 #include "Platform/PathText.h"
-#include "Platform/RemoveItem.h"
+#include "Platform/UnfinishedItem.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -115,30 +115,23 @@ bool extractAll(ZipReader &reader, Destination &destination, const QByteArray &p
     return error == 0 || complain(path, error);
 }
 
-// A folder under another name, gone again unless it gets its own.
-class UnfinishedFolder {
+// Has no name before all is in it, and is gone again unless it gets its own.
+class NewFolder {
 public:
-    UnfinishedFolder(const platform::ItemPlace &place) : m_place(place) {}
-    ~UnfinishedFolder()
+    int create(const QString &path)
     {
-        if (m_exists) {
-            m_folder.close();
-            platform::removeInFolder(m_place.folder.number(), m_name, {},
-                                     platform::Obstinacy::MakeFoldersWritable);
+        auto error = platform::openPlace(path, m_place);
+        if (error == 0) {
+            error = m_item.create(m_place.folder.number());
         }
-    }
-    UnfinishedFolder(const UnfinishedFolder &) = delete;
-    UnfinishedFolder &operator=(const UnfinishedFolder &) = delete;
-
-    int create()
-    {
-        const auto outside = m_place.folder.number();
-        if (::mkdirat(outside, m_name.constData(), S_IRWXU) != 0) {
+        if (error != 0) {
+            return error;
+        }
+        if (::mkdirat(m_item.folder(), platform::UnfinishedItem::name, S_IRWXU) != 0) {
             return errno;
         }
-        m_exists = true;
         m_folder = Descriptor(retried([&] {
-            return ::openat(outside, m_name.constData(),
+            return ::openat(m_item.folder(), platform::UnfinishedItem::name,
                             O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
         }));
         return m_folder.isOpen() ? 0 : errno;
@@ -148,35 +141,25 @@ public:
 
     int publish()
     {
-        const auto folder = m_place.folder.number();
-        if (::fchmod(m_folder.number(), Destination::usualFolderMode()) != 0) {
-            return errno;
-        }
-        const auto error = platform::renameInPlace(folder, m_name, folder, m_place.name);
-        m_exists = error != 0;
-        return error;
+        return ::fchmod(m_folder.number(), Destination::usualFolderMode()) == 0
+                   ? m_item.publish(m_place.name)
+                   : errno;
     }
 
 private:
-    const platform::ItemPlace &m_place;
-    QByteArray m_name = platform::temporaryName();
+    platform::ItemPlace m_place;
+    platform::UnfinishedItem m_item;
     Descriptor m_folder;
-    bool m_exists = false;
 };
 
-bool extractIntoNewFolder(ZipReader &reader, const QString &path)
+bool extractIntoNewFolder(ZipReader &reader, NewFolder &folder, const QString &path)
 {
     const auto bytes = platform::fileNameBytes(path);
     const auto above = platform::deletingLastPathComponent(platform::absolutePath(path));
     if (const auto error = platform::createFolder(above)) {
         return complain(platform::fileNameBytes(error.path()), error.code());
     }
-    platform::ItemPlace place;
-    if (const auto error = platform::openPlace(path, place); error != 0) {
-        return complain(bytes, error);
-    }
-    UnfinishedFolder folder(place);
-    if (const auto error = folder.create(); error != 0) {
+    if (const auto error = folder.create(path); error != 0) {
         return complain(bytes, error);
     }
     Destination destination(folder.number());
@@ -191,6 +174,7 @@ bool extractIntoNewFolder(ZipReader &reader, const QString &path)
 
 bool extract(const Arguments &arguments)
 {
+    NewFolder newFolder; // taken away last, when the memory for it is free again
     ZipReader reader;
     if (!reader.open(platform::fileNameBytes(arguments.source))) {
         return false;
@@ -202,6 +186,6 @@ bool extract(const Arguments &arguments)
         Destination destination(folder.number());
         return extractAll(reader, destination, path) && !isInterrupted();
     }
-    return errno == ENOENT ? extractIntoNewFolder(reader, arguments.destination)
+    return errno == ENOENT ? extractIntoNewFolder(reader, newFolder, arguments.destination)
                            : complain(path, errno);
 }

@@ -125,9 +125,10 @@ ZipReader::Step ZipReader::nextEntry()
     }
     ++m_next;
     archive_entry *header = nullptr;
-    return ::archive_read_next_header(m_archive.get(), &header) == ARCHIVE_OK
-               ? Step::Done
-               : fail(m_path + ", " + entry().name);
+    m_reserve.release();
+    const auto result = ::archive_read_next_header(m_archive.get(), &header);
+    m_reserve.restore();
+    return result == ARCHIVE_OK ? Step::Done : fail(m_path + ", " + entry().name);
 }
 
 ZipReader::Step ZipReader::nextBlock(const char *&data, std::size_t &size)

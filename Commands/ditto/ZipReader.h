@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Commands/ditto/MemoryReserve.h"
 #include "Commands/ditto/ZipDirectory.h"
 #include "Platform/Descriptor.h"
 
@@ -51,7 +52,8 @@ private:
     std::size_t m_next = 0;
     // What libarchive has been given.
     std::vector<char> m_buffer;
-    std::size_t m_given = 0;                  // entries whose header it has
-    std::uint64_t m_at = 0;                   // in the last one's packed bytes
+    std::size_t m_given = 0; // entries whose header it has
+    std::uint64_t m_at = 0;  // in the last one's packed bytes
+    MemoryReserve m_reserve;
     std::unique_ptr<archive, Free> m_archive; // which goes first, since it uses what is above
 };

@@ -79,6 +79,8 @@ int ZipWriter::beginItem(const QByteArray &name, const struct stat &status,
                          const QByteArray &linkTarget)
 {
     auto *const entry = m_entry.get();
+    const auto isInUtf8 = isUtf8(name);
+    m_reserve.release();
     ::archive_entry_clear(entry);
     ::archive_entry_copy_pathname(entry, name.constData());
     ::archive_entry_set_mode(entry, status.st_mode);
@@ -89,11 +91,12 @@ int ZipWriter::beginItem(const QByteArray &name, const struct stat &status,
         ::archive_entry_copy_symlink(entry, linkTarget.constData());
     }
     // By this it decides whether a name is said to be in UTF-8; the bytes stay as they are.
-    const auto before = isUtf8(name) ? ::uselocale(m_utf8) : nullptr;
+    const auto before = isInUtf8 ? ::uselocale(m_utf8) : nullptr;
     const auto result = ::archive_write_header(m_archive.get(), entry);
     if (before != nullptr) {
         ::uselocale(before);
     }
+    m_reserve.restore();
     return errorOf(result);
 }
 
@@ -104,5 +107,6 @@ int ZipWriter::write(const char *data, std::size_t size)
 
 int ZipWriter::finish()
 {
+    m_reserve.release();
     return errorOf(::archive_write_close(m_archive.get()));
 }

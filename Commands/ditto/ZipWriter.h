@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Commands/ditto/MemoryReserve.h"
 #include "Platform/UnnamedFile.h"
 
 #include <QByteArray>
@@ -43,4 +44,5 @@ private:
     locale_t m_utf8;
     std::unique_ptr<archive, Free> m_archive;
     std::unique_ptr<archive_entry, Free> m_entry;
+    MemoryReserve m_reserve;
 };

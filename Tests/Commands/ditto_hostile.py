@@ -181,11 +181,10 @@ class Damaged(DittoTest):
         with zipfile.ZipFile(self.path("a.zip")) as archive:
             packed = archive.getinfo("closed/file").compress_size
         place = self.contents.index(b"PK", self.contents.index(b"closed/file"))
-        for byte in range(place - packed - 16, place):
+        for byte in range(place - packed, place - 1):
             wrong = bytearray(self.contents)
             wrong[byte] ^= 0x55
-            is_packed = byte < place - 16  # behind it is what only those read who stream
-            self.assertEqual(self.check(bytes(wrong)), not is_packed, byte)
+            self.assertFalse(self.check(bytes(wrong)), byte)
 
     def test_no_damage_does_harm(self):
         chance = random.Random(1)
