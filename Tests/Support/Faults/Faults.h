@@ -35,6 +35,7 @@ enum class Fate {
     Fails,      // with the error, and nothing is done
     FallsShort, // reading and writing: half of what is asked for
     Kills,      // the process, before the call
+    Stops,      // the process, before the call, until it is told to continue
 };
 
 struct Fault {
