@@ -14,8 +14,9 @@ public:
 
     /// compressFile:toDestinationFile:includeParent:
     /// An archive that exists already goes to the trash first. Of a folder, with the parent, the
-    /// archive holds the folder itself, else what is in it. True where the archive exists
-    /// afterwards.
+    /// archive holds the folder itself, else what is in it. Others may read the archive where they
+    /// may read the source itself and the process's mask allows it: that of a private folder is
+    /// private from its first byte. True where the archive exists afterwards.
     static bool compressFile(const QString &source, const QString &archive,
                              IncludeParent includeParent);
     /// compressFile:toDestinationFile:

@@ -15,6 +15,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -96,7 +97,11 @@ bool ZQLogGathering::prepareFolder()
             return fail(QStringLiteral("Error removing existing folder: %@"), error);
         }
     }
-    const auto error = platform::createFolder(m_folder);
+    // For nobody else, and so is what is made of it.
+    auto error = platform::createFolder(ZQLocalPaths::tempDirectory());
+    if (!error && ::mkdir(platform::fileNameBytes(m_folder).constData(), S_IRWXU) != 0) {
+        error = {errno, m_folder};
+    }
     return !error || fail(QStringLiteral("Error creating temp folder: %@"), error);
 }
 

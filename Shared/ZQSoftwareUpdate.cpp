@@ -53,14 +53,28 @@ bool isExecutableAt(const QString &path)
     return !platform::Bundle(path).executablePath().isNull();
 }
 
+// At no moment there is nothing of that name once there is something: another check may be about to
+// run it. False where the file system cannot do that.
+bool takeName(const QString &name, const QString &copy)
+{
+    constexpr auto mostTries = 100; // more than there are checks at a time
+    for (int i = 0; i < mostTries; ++i) {
+        if (platform::renameWithoutReplacing(copy, name) || platform::exchangeNames(copy, name)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 // An updater that runs, or is just being launched, finds its files at every moment.
 QString freshWorkingCopy()
 {
     auto path = appendingPathComponent(ZQLocalPaths::tempDirectory(), updater);
     const auto copy = ZQLocalPaths::tempFile();
     // Kept on purpose: a failure shows when the copy is to be run.
-    const auto failed = static_cast<bool>(platform::copyItem(enclosedPath(), copy));
-    if (failed || !platform::exchangeNames(copy, path)) {
+    if (platform::copyItem(enclosedPath(), copy)) {
+        platform::removeItem(path);
+    } else if (!takeName(path, copy)) {
         platform::removeItem(path);
         platform::renameWithoutReplacing(copy, path);
     }

@@ -19,7 +19,16 @@
 
 namespace {
 
-constexpr mode_t everybody = 0666;
+// Nobody may read the archive who may not read what it is made of: from its first byte on.
+mode_t modeFor(const platform::ItemPlace &source)
+{
+    constexpr mode_t owner = 0600;
+    constexpr mode_t others = 0066;
+    struct stat status {};
+    const auto isThere = ::fstatat(source.folder.number(), source.name.constData(), &status,
+                                   AT_SYMLINK_NOFOLLOW) == 0;
+    return owner | (isThere ? status.st_mode & others : 0);
+}
 
 bool isSame(const struct stat &one, const struct stat &other)
 {
@@ -83,7 +92,7 @@ bool compress(const Arguments &arguments)
         [&] { return ::openat(to.folder.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     const auto folderNumber = folder.isOpen() ? folder.number() : to.folder.number();
     platform::UnnamedFile file;
-    if (const auto error = file.create(folderNumber, everybody); error != 0) {
+    if (const auto error = file.create(folderNumber, modeFor(from)); error != 0) {
         return complain(archive, error);
     }
     const OwnFiles own(file, to);
@@ -91,6 +100,9 @@ bool compress(const Arguments &arguments)
         return complain(archive, EISDIR);
     }
     ZipWriter writer(file);
+    if (const auto error = writer.begin(); error != 0) {
+        return complain(archive, error);
+    }
     TreeReader reader(writer, archive,
                       [&](const struct stat &status) { return own.contains(status); });
     if (!reader.read(from, source, arguments.keepParent) || isInterrupted()) {

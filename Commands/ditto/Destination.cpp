@@ -24,6 +24,7 @@ namespace {
 // Not the bits that hand out the owner's rights: whoever made the archive is not him.
 constexpr mode_t keptModeBits = 01777;
 constexpr mode_t allPermissions = 0777;
+constexpr mode_t everybody = 0666;
 
 std::array<timespec, 2> timesOf(time_t time)
 {
@@ -126,7 +127,7 @@ int Destination::parentOf(const QByteArray &name, Names &names, int &folder)
     return error;
 }
 
-int Destination::addFolder(const QByteArray &name, mode_t mode, time_t time)
+int Destination::addFolder(const QByteArray &name, std::optional<mode_t> mode, time_t time)
 {
     Names names;
     if (!split(name, names)) {
@@ -134,7 +135,7 @@ int Destination::addFolder(const QByteArray &name, mode_t mode, time_t time)
     }
     const auto error = open(names);
     if (error == 0 && !names.empty()) {
-        m_folders[pathOf(names)] = {mode & keptModeBits, true, time};
+        m_folders[pathOf(names)] = {mode.value_or(m_usualMode) & keptModeBits, true, time};
     }
     return error;
 }
@@ -168,8 +169,8 @@ int Destination::beginFile(const QByteArray &name, platform::UnnamedFile &file)
     return error != 0 ? error : file.create(folder, S_IRUSR | S_IWUSR);
 }
 
-int Destination::endFile(const QByteArray &name, platform::UnnamedFile &file, mode_t mode,
-                         time_t time)
+int Destination::endFile(const QByteArray &name, platform::UnnamedFile &file,
+                         std::optional<mode_t> mode, time_t time)
 {
     Names names;
     int folder = -1;
@@ -177,7 +178,7 @@ int Destination::endFile(const QByteArray &name, platform::UnnamedFile &file, mo
         return error;
     }
     const auto times = timesOf(time);
-    if (::fchmod(file.descriptor(), mode & keptModeBits) != 0 ||
+    if (::fchmod(file.descriptor(), mode.value_or(m_usualMode & everybody) & keptModeBits) != 0 ||
         ::futimens(file.descriptor(), times.data()) != 0) {
         return errno;
     }

@@ -10,6 +10,7 @@
 #include <sys/types.h>
 
 #include <map>
+#include <optional>
 #include <vector>
 
 // A folder that items are put into by their names, and never anything outside of it: a name that is
@@ -21,12 +22,14 @@ public:
     explicit Destination(int folder);
 
     // Folders get their modes and times by finish(), since what is put into them afterwards would
-    // change the one and might not be allowed by the other.
-    int addFolder(const QByteArray &name, mode_t mode, time_t time);
+    // change the one and might not be allowed by the other. Without a mode an item gets the usual
+    // one.
+    int addFolder(const QByteArray &name, std::optional<mode_t> mode, time_t time);
     int addLink(const QByteArray &name, const QByteArray &target, time_t time);
     // A file that is to be written, then put in its place.
     int beginFile(const QByteArray &name, platform::UnnamedFile &file);
-    int endFile(const QByteArray &name, platform::UnnamedFile &file, mode_t mode, time_t time);
+    int endFile(const QByteArray &name, platform::UnnamedFile &file, std::optional<mode_t> mode,
+                time_t time);
     int finish();
 
     // What a new folder may be used for by whom, where nothing is said about it.

@@ -10,12 +10,14 @@
 #include "Platform/FileName.h"
 #include "Platform/ItemPlace.h"
 #include "Platform/PathText.h"
-#include "Platform/RemoveItem.h"
+#include "Platform/UnfinishedItem.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 
 using platform::Descriptor;
 using platform::retried;
@@ -28,55 +30,72 @@ bool failed(const QByteArray &name, int error)
                           : complain(name, error);
 }
 
-// EPERM has words of its own only where a name may be at fault.
-bool extractFile(ZipReader &reader, Destination &destination)
+// What comes of an entry's bytes goes to a function that says whether it could take them.
+template <typename Take>
+bool readContents(ZipReader &reader, const Take &take)
 {
-    const auto name = reader.name();
-    platform::UnnamedFile file;
-    if (const auto error = destination.beginFile(name, file); error != 0) {
-        return failed(name, error);
-    }
     const char *data = nullptr;
     std::size_t size = 0;
     for (;;) {
         const auto step = reader.nextBlock(data, size);
         if (step == ZipReader::Step::AtEnd) {
-            break;
+            return true;
         }
-        if (step == ZipReader::Step::Failed || isInterrupted()) {
+        if (step == ZipReader::Step::Failed || isInterrupted() || !take(data, size)) {
             return false;
         }
-        if (const auto error = file.write(data, size); error != 0) {
-            return complain(name, error);
-        }
     }
-    const auto error = destination.endFile(name, file, ::archive_entry_perm(reader.entry()),
-                                           ::archive_entry_mtime(reader.entry()));
-    return error == 0 || failed(name, error);
+}
+
+// EPERM has words of its own only where a name may be at fault.
+bool extractFile(ZipReader &reader, Destination &destination)
+{
+    const auto &entry = reader.entry();
+    platform::UnnamedFile file;
+    if (const auto error = destination.beginFile(entry.name, file); error != 0) {
+        return failed(entry.name, error);
+    }
+    if (!readContents(reader, [&](const char *data, std::size_t size) {
+            const auto error = file.write(data, size);
+            return error == 0 || complain(entry.name, error);
+        })) {
+        return false;
+    }
+    const auto error = destination.endFile(entry.name, file, entry.permissions, entry.time);
+    return error == 0 || failed(entry.name, error);
+}
+
+bool extractLink(ZipReader &reader, Destination &destination)
+{
+    const auto &entry = reader.entry();
+    QByteArray target;
+    if (!readContents(reader, [&](const char *data, std::size_t size) {
+            target.append(data, static_cast<int>(std::min<std::size_t>(size, PATH_MAX)));
+            return target.size() < PATH_MAX || complain(entry.name, ENAMETOOLONG);
+        })) {
+        return false;
+    }
+    if (target.isEmpty() || target.contains('\0')) {
+        return complain(entry.name, "is a link that leads nowhere");
+    }
+    const auto error = destination.addLink(entry.name, target, entry.time);
+    return error == 0 || failed(entry.name, error);
 }
 
 bool extractEntry(ZipReader &reader, Destination &destination)
 {
-    auto *const entry = reader.entry();
-    const auto name = reader.name();
-    const auto time = ::archive_entry_mtime(entry);
-    switch (::archive_entry_filetype(entry)) {
-    case AE_IFREG:
+    const auto &entry = reader.entry();
+    switch (entry.type) {
+    case S_IFREG:
         return extractFile(reader, destination);
-    case AE_IFDIR: {
-        const auto error = destination.addFolder(name, ::archive_entry_perm(entry), time);
-        return error == 0 || failed(name, error);
+    case S_IFDIR: {
+        const auto error = destination.addFolder(entry.name, entry.permissions, entry.time);
+        return error == 0 || failed(entry.name, error);
     }
-    case AE_IFLNK: {
-        const QByteArray target(::archive_entry_symlink(entry));
-        if (target.isEmpty()) {
-            return complain(name, "is a link that leads nowhere");
-        }
-        const auto error = destination.addLink(name, target, time);
-        return error == 0 || failed(name, error);
-    }
+    case S_IFLNK:
+        return extractLink(reader, destination);
     default:
-        return complain(name, "neither a file, a folder nor a link");
+        return complain(entry.name, "neither a file, a folder nor a link");
     }
 }
 
@@ -96,30 +115,23 @@ bool extractAll(ZipReader &reader, Destination &destination, const QByteArray &p
     return error == 0 || complain(path, error);
 }
 
-// A folder under another name, gone again unless it gets its own.
-class UnfinishedFolder {
+// Has no name before all is in it, and is gone again unless it gets its own.
+class NewFolder {
 public:
-    UnfinishedFolder(const platform::ItemPlace &place) : m_place(place) {}
-    ~UnfinishedFolder()
+    int create(const QString &path)
     {
-        if (m_exists) {
-            m_folder.close();
-            platform::removeInFolder(m_place.folder.number(), m_name, {},
-                                     platform::Obstinacy::MakeFoldersWritable);
+        auto error = platform::openPlace(path, m_place);
+        if (error == 0) {
+            error = m_item.create(m_place.folder.number());
         }
-    }
-    UnfinishedFolder(const UnfinishedFolder &) = delete;
-    UnfinishedFolder &operator=(const UnfinishedFolder &) = delete;
-
-    int create()
-    {
-        const auto outside = m_place.folder.number();
-        if (::mkdirat(outside, m_name.constData(), S_IRWXU) != 0) {
+        if (error != 0) {
+            return error;
+        }
+        if (::mkdirat(m_item.folder(), platform::UnfinishedItem::name, S_IRWXU) != 0) {
             return errno;
         }
-        m_exists = true;
         m_folder = Descriptor(retried([&] {
-            return ::openat(outside, m_name.constData(),
+            return ::openat(m_item.folder(), platform::UnfinishedItem::name,
                             O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
         }));
         return m_folder.isOpen() ? 0 : errno;
@@ -129,35 +141,25 @@ public:
 
     int publish()
     {
-        const auto folder = m_place.folder.number();
-        if (::fchmod(m_folder.number(), Destination::usualFolderMode()) != 0) {
-            return errno;
-        }
-        const auto error = platform::renameInPlace(folder, m_name, folder, m_place.name);
-        m_exists = error != 0;
-        return error;
+        return ::fchmod(m_folder.number(), Destination::usualFolderMode()) == 0
+                   ? m_item.publish(m_place.name)
+                   : errno;
     }
 
 private:
-    const platform::ItemPlace &m_place;
-    QByteArray m_name = platform::temporaryName();
+    platform::ItemPlace m_place;
+    platform::UnfinishedItem m_item;
     Descriptor m_folder;
-    bool m_exists = false;
 };
 
-bool extractIntoNewFolder(ZipReader &reader, const QString &path)
+bool extractIntoNewFolder(ZipReader &reader, NewFolder &folder, const QString &path)
 {
     const auto bytes = platform::fileNameBytes(path);
     const auto above = platform::deletingLastPathComponent(platform::absolutePath(path));
     if (const auto error = platform::createFolder(above)) {
         return complain(platform::fileNameBytes(error.path()), error.code());
     }
-    platform::ItemPlace place;
-    if (const auto error = platform::openPlace(path, place); error != 0) {
-        return complain(bytes, error);
-    }
-    UnfinishedFolder folder(place);
-    if (const auto error = folder.create(); error != 0) {
+    if (const auto error = folder.create(path); error != 0) {
         return complain(bytes, error);
     }
     Destination destination(folder.number());
@@ -172,6 +174,7 @@ bool extractIntoNewFolder(ZipReader &reader, const QString &path)
 
 bool extract(const Arguments &arguments)
 {
+    NewFolder newFolder; // taken away last, when the memory for it is free again
     ZipReader reader;
     if (!reader.open(platform::fileNameBytes(arguments.source))) {
         return false;
@@ -183,6 +186,6 @@ bool extract(const Arguments &arguments)
         Destination destination(folder.number());
         return extractAll(reader, destination, path) && !isInterrupted();
     }
-    return errno == ENOENT ? extractIntoNewFolder(reader, arguments.destination)
+    return errno == ENOENT ? extractIntoNewFolder(reader, newFolder, arguments.destination)
                            : complain(path, errno);
 }

@@ -8,20 +8,19 @@
 #include "Platform/FolderEntries.h"
 
 #include <fcntl.h>
-#include <libdeflate.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <cstring>
 
 using platform::Descriptor;
 using platform::retried;
 
 namespace {
 
+constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 constexpr auto longestName = 65535; // the zip file's field has 16 bits
 
 // One descriptor is held for each folder on the way down.
@@ -34,13 +33,13 @@ void allowManyDescriptors()
     }
 }
 
-ZipItem itemOf(const QByteArray &name, const struct stat &status)
-{
-    const auto size = S_ISREG(status.st_mode) ? status.st_size : 0;
-    return {name, status.st_mode, status.st_mtim.tv_sec, static_cast<std::uint64_t>(size)};
-}
-
 } // namespace
+
+TreeReader::TreeReader(ZipWriter &writer, QByteArray archive, IsLeftOut isLeftOut)
+    : m_writer(writer), m_archive(std::move(archive)), m_isLeftOut(std::move(isLeftOut)),
+      m_buffer(bufferSize)
+{
+}
 
 bool TreeReader::read(const platform::ItemPlace &place, const QByteArray &path, bool keepParent)
 {
@@ -82,7 +81,7 @@ bool TreeReader::read(const platform::ItemPlace &place, const QByteArray &path, 
             return false;
         }
     }
-    return writeAll();
+    return true;
 }
 
 bool TreeReader::readItem(const Source &source)
@@ -126,7 +125,7 @@ bool TreeReader::readFolder(const Source &source, const struct stat &status)
         return failedToRead(source, errno);
     }
     const auto prefix = source.nameInArchive + '/';
-    return addSmall(itemOf(prefix, status), {}) && enter(std::move(folder), source.path, prefix);
+    return begin(prefix, status) && enter(std::move(folder), source.path, prefix);
 }
 
 bool TreeReader::enter(Descriptor folder, const QByteArray &path, const QByteArray &prefix)
@@ -156,45 +155,31 @@ bool TreeReader::readFile(const Source &source)
     if (m_isLeftOut(status)) {
         return true;
     }
-    const auto item = itemOf(source.nameInArchive, status);
-    return item.mostBytes == 0 ? addSmall(item, {}) : readPieces(file.number(), source, item);
+    return begin(source.nameInArchive, status) &&
+           readContents(file.number(), source, status.st_size);
 }
 
-bool TreeReader::readPieces(int file, const Source &source, const ZipItem &item)
+// No more than there was when its turn came.
+bool TreeReader::readContents(int file, const Source &source, off_t size)
 {
-    std::uint64_t total = 0;
-    std::uint32_t crc = 0;
-    for (auto isLast = false; !isLast;) {
-        auto *const piece = idlePiece();
-        if (piece == nullptr) {
+    while (size > 0) {
+        const auto wanted = std::min<off_t>(size, static_cast<off_t>(m_buffer.size()));
+        const auto count = retried(
+            [&] { return ::read(file, m_buffer.data(), static_cast<std::size_t>(wanted)); });
+        if (count < 0) {
+            return complain(source.path, errno);
+        }
+        if (count == 0) {
+            break;
+        }
+        if (isInterrupted()) {
             return false;
         }
-        piece->plain.resize(PackingLine::pieceSize);
-        const auto wanted = static_cast<std::size_t>(
-            std::min<std::uint64_t>(item.mostBytes - total, PackingLine::pieceSize));
-        ssize_t count = 1;
-        while (piece->plainSize < wanted && count > 0) {
-            count = retried([&] {
-                return ::read(file, piece->plain.data() + piece->plainSize,
-                              wanted - piece->plainSize);
-            });
-            piece->plainSize += count > 0 ? static_cast<std::size_t>(count) : 0;
+        const auto error = m_writer.write(m_buffer.data(), static_cast<std::size_t>(count));
+        if (error != 0) {
+            return complain(m_archive, error);
         }
-        if (count < 0) {
-            const auto error = errno;
-            m_line.giveBack(piece);
-            return complain(source.path, error);
-        }
-        piece->isFirst = total == 0;
-        total += piece->plainSize;
-        crc = ::libdeflate_crc32(crc, piece->plain.data(), piece->plainSize);
-        isLast = total == item.mostBytes || piece->plainSize < wanted;
-        piece->item = item;
-        piece->isLast = isLast;
-        piece->isStored = piece->isFirst && isLast && piece->plainSize == 0;
-        piece->totalSize = total;
-        piece->crc = crc;
-        m_line.add(piece);
+        size -= count;
     }
     return true;
 }
@@ -207,55 +192,12 @@ bool TreeReader::readLink(const Source &source, const struct stat &status)
     if (size < 0) {
         return failedToRead(source, errno);
     }
-    return addSmall(itemOf(source.nameInArchive, status),
-                    QByteArray(target.data(), static_cast<int>(size)));
+    return begin(source.nameInArchive, status, QByteArray(target.data(), static_cast<int>(size)));
 }
 
-bool TreeReader::addSmall(const ZipItem &item, const QByteArray &contents)
+bool TreeReader::begin(const QByteArray &nameInArchive, const struct stat &status,
+                       const QByteArray &linkTarget)
 {
-    auto *const piece = idlePiece();
-    if (piece == nullptr) {
-        return false;
-    }
-    const auto size = static_cast<std::size_t>(contents.size());
-    piece->plain.resize(PackingLine::pieceSize);
-    std::memcpy(piece->plain.data(), contents.constData(), size);
-    piece->plainSize = size;
-    piece->item = item;
-    piece->isFirst = piece->isLast = piece->isStored = true;
-    piece->totalSize = size;
-    piece->crc = ::libdeflate_crc32(0, contents.constData(), size);
-    m_line.add(piece);
-    return true;
-}
-
-Piece *TreeReader::idlePiece()
-{
-    if (isInterrupted()) {
-        return nullptr;
-    }
-    if (auto *const piece = m_line.takeIdle(); piece != nullptr) {
-        return piece;
-    }
-    return writeOldest() ? m_line.takeIdle() : nullptr;
-}
-
-bool TreeReader::writeOldest()
-{
-    auto *const piece = m_line.takeOldest();
-    const auto error = m_writer.write(*piece);
-    m_line.giveBack(piece);
+    const auto error = m_writer.beginItem(nameInArchive, status, linkTarget);
     return error == 0 || complain(m_archive, error);
-}
-
-bool TreeReader::writeAll()
-{
-    while (auto *const piece = m_line.takeOldest()) {
-        const auto error = m_writer.write(*piece);
-        m_line.giveBack(piece);
-        if (error != 0) {
-            return complain(m_archive, error);
-        }
-    }
-    return true;
 }

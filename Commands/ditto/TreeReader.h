@@ -10,17 +10,14 @@
 
 #include <functional>
 
-// Reads an item with all that is in it and gives it to the writer, by way of the packing line.
-// Nothing of it is remembered but the folders on the way to where it is.
+// Reads an item with all that is in it and gives it to the writer. Nothing of it is remembered but
+// the folders on the way to where it is.
 class TreeReader {
 public:
     using IsLeftOut = std::function<bool(const struct stat &)>;
 
     // The archive's path is for what there is to complain about.
-    TreeReader(ZipWriter &writer, QByteArray archive, IsLeftOut isLeftOut)
-        : m_writer(writer), m_archive(std::move(archive)), m_isLeftOut(std::move(isLeftOut))
-    {
-    }
+    TreeReader(ZipWriter &writer, QByteArray archive, IsLeftOut isLeftOut);
 
     // Everything has been given to the writer afterwards. False after a complaint or when
     // interrupted.
@@ -44,18 +41,15 @@ private:
     bool readFolder(const Source &source, const struct stat &status);
     bool enter(platform::Descriptor folder, const QByteArray &path, const QByteArray &prefix);
     bool readFile(const Source &source);
-    bool readPieces(int file, const Source &source, const ZipItem &item);
+    bool readContents(int file, const Source &source, off_t size);
     bool readLink(const Source &source, const struct stat &status);
-    bool addSmall(const ZipItem &item, const QByteArray &contents);
+    bool begin(const QByteArray &nameInArchive, const struct stat &status,
+               const QByteArray &linkTarget = {});
     static bool failedToRead(const Source &source, int error);
-
-    Piece *idlePiece();
-    bool writeOldest();
-    bool writeAll();
 
     ZipWriter &m_writer;
     QByteArray m_archive;
     IsLeftOut m_isLeftOut;
-    PackingLine m_line;
+    std::vector<char> m_buffer;
     std::vector<Level> m_levels;
 };

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/ditto/ZipDirectory.h"
 
+#include "Commands/ditto/Complaint.h"
+#include "Commands/ditto/ZipFields.h"
 #include "Platform/FileError.h"
-
-#include <QByteArray>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,145 +19,272 @@ constexpr Number endSize = 22;
 constexpr Number longestComment = 65535;
 constexpr Number locatorSize = 20;
 constexpr Number longEndSize = 56;
-constexpr Number entrySize = 46;
-constexpr unsigned utf8FlagInByte = 1U << 3U; // bit 11 of the flags
+constexpr Number recordSize = 46;
+constexpr Number headerSize = 30;
+constexpr Number largestDirectory = Number{1} << 30U; // of millions of entries
+constexpr Number manyEntries = 0xFFFF;                // and what stands for more
+constexpr unsigned encryptedFlags = 0x2041;           // its bytes, strongly, the directory
 
-Number number(const QByteArray &bytes, Number at, unsigned size)
-{
-    Number value = 0;
-    for (auto i = size; i-- > 0;) {
-        const auto index = static_cast<decltype(bytes.size())>(at + i);
-        value = value << 8U | static_cast<unsigned char>(bytes.at(index));
-    }
-    return value;
-}
+const std::string endMark("PK\x05\x06");
+const std::string headerMark("PK\x03\x04");
 
-unsigned char withoutUtf8Flag(const QByteArray &bytes, int at)
+bool startsWith(const std::string &bytes, const char *mark)
 {
-    return static_cast<unsigned char>(static_cast<unsigned char>(bytes.at(at)) & ~utf8FlagInByte);
+    return bytes.compare(0, 4, mark) == 0;
 }
 
 // Less where the file ends before.
-QByteArray readAt(int file, Number offset, Number size)
+std::string readAt(int file, Number offset, Number size)
 {
-    QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
+    std::string bytes(size, '\0');
     Number done = 0;
     while (done < size) {
         const auto count = platform::retried([&] {
-            return ::pread(file, bytes.data() + done, size - done,
-                           static_cast<off_t>(offset + done));
+            return ::pread(file, &bytes[done], size - done, static_cast<off_t>(offset + done));
         });
         if (count <= 0) {
             break;
         }
         done += static_cast<Number>(count);
     }
-    bytes.truncate(static_cast<int>(done));
+    bytes.resize(done);
     return bytes;
 }
 
-// Reads forward through a part of the file.
-class Window {
-public:
-    explicit Window(int file) : m_file(file) {}
+// What an end record says, of 64 bits where there is one.
+struct Directory {
+    Number behind = 0; // where it ends
+    Number entries = 0;
+    Number countedBits = manyEntries; // of the number of entries
+    Number size = 0;
+    Number offset = 0;
+    bool isWhole = true; // not one of several parts, nor told in two ways
+};
 
-    // That many bytes from there; fewer at the end of the file.
-    QByteArray at(Number offset, Number size)
-    {
-        const auto end = m_start + static_cast<Number>(m_bytes.size());
-        if (offset < m_start || offset + size > end) {
-            m_bytes = readAt(m_file, offset, 65536);
-            m_start = offset;
-        }
-        return m_bytes.mid(static_cast<int>(offset - m_start), static_cast<int>(size));
+// Whether a number that may stand for a longer one is that one.
+bool agrees(Number number, unsigned bytes, Number longer)
+{
+    return number == longer || number == (Number{1} << (8U * bytes)) - 1;
+}
+
+void readLongEnd(int file, Number endAt, const std::string &end, Directory &directory)
+{
+    const auto locatorAt = endAt - std::min(endAt, locatorSize);
+    const auto locator = readAt(file, locatorAt, endAt - locatorAt);
+    if (locator.size() < locatorSize || !startsWith(locator, "PK\x06\x07")) {
+        return;
     }
+    auto at = zipNumber(locator, 8, 8);
+    std::string record;
+    // Where it is said to be; with a program in front, right before this.
+    for (const auto place : {at, locatorAt - std::min(locatorAt, longEndSize)}) {
+        at = std::min(place, locatorAt);
+        record = readAt(file, at, std::min(locatorAt - at, longEndSize));
+        if (startsWith(record, "PK\x06\x06")) {
+            break;
+        }
+    }
+    constexpr Number beforeItsSize = 12;
+    if (record.size() < longEndSize || !startsWith(record, "PK\x06\x06") ||
+        zipNumber(record, 4, 8) != locatorAt - at - beforeItsSize) {
+        directory.isWhole = false;
+        return;
+    }
+    directory = {at, zipNumber(record, 32, 8), ~Number{0}, zipNumber(record, 40, 8),
+                 zipNumber(record, 48, 8)};
+    directory.isWhole = zipNumber(record, 16, 8) == 0 &&
+                        zipNumber(record, 24, 8) == directory.entries &&
+                        agrees(zipNumber(end, 10, 2), 2, directory.entries) &&
+                        agrees(zipNumber(end, 12, 4), 4, directory.size) &&
+                        agrees(zipNumber(end, 16, 4), 4, directory.offset);
+}
+
+class DirectoryReader {
+public:
+    DirectoryReader(int file, Number endAt, const std::string &end);
+
+    // Null, or why not.
+    const char *read();
+    // What is wrong there is this entry.
+    const QByteArray &culprit() const { return m_culprit; }
+    std::vector<ZipEntry> &entries() { return m_entries; }
 
 private:
+    const char *readRecords();
+    const char *readHeaders();
+    const char *fail(const QByteArray &culprit, const char *reason)
+    {
+        m_culprit = culprit;
+        return reason;
+    }
+    bool holdsAHeader(Number size) const;
+
     int m_file;
+    Directory m_directory;
     Number m_start = 0;
-    QByteArray m_bytes;
+    Number m_moved = 0;
+    std::vector<ZipEntry> m_entries;
+    QByteArray m_culprit;
 };
 
-struct Place {
-    Number offset = 0;
-    Number size = 0;
-    Number behind = 0; // where it ends, if nothing stands in front of the archive
-    bool isEmpty = false;
-};
-
-std::optional<Place> findDirectory(int file)
+DirectoryReader::DirectoryReader(int file, Number endAt, const std::string &end)
+    : m_file(file), m_directory{endAt, zipNumber(end, 10, 2), manyEntries, zipNumber(end, 12, 4),
+                                zipNumber(end, 16, 4)}
 {
-    struct stat status {};
-    if (::fstat(file, &status) != 0 || status.st_size < static_cast<off_t>(endSize)) {
-        return std::nullopt;
+    m_directory.isWhole =
+        zipNumber(end, 4, 4) == 0 && zipNumber(end, 8, 2) == zipNumber(end, 10, 2);
+    readLongEnd(file, endAt, end, m_directory);
+}
+
+const char *DirectoryReader::read()
+{
+    const auto &directory = m_directory;
+    if (!directory.isWhole) {
+        return "is one of several parts, or damaged";
     }
-    const auto fileSize = static_cast<Number>(status.st_size);
-    const auto start = fileSize - std::min(fileSize, endSize + longestComment);
-    const auto tail = readAt(file, start, fileSize - start);
-    const auto place = tail.lastIndexOf("PK\x05\x06", tail.size() - static_cast<int>(endSize));
-    if (place < 0) {
-        return std::nullopt;
+    if (directory.size > std::min(directory.behind, largestDirectory) ||
+        directory.offset > directory.behind - directory.size) {
+        return "is damaged: its directory is not where it should be";
     }
-    const auto at = static_cast<Number>(place);
-    const auto isEmpty =
-        start + at == 0 && number(tail, at + 8, 4) == 0 && number(tail, at + 12, 8) == 0;
-    Place directory{number(tail, at + 16, 4), number(tail, at + 12, 4), start + at, isEmpty};
-    const auto locator = start + at < locatorSize
-                             ? QByteArray()
-                             : readAt(file, start + at - locatorSize, locatorSize);
-    if (locator.startsWith("PK\x06\x07") && locator.size() == static_cast<int>(locatorSize)) {
-        const auto longEnd = number(locator, 8, 8);
-        const auto record = readAt(file, longEnd, longEndSize);
-        if (record.startsWith("PK\x06\x06") && record.size() == static_cast<int>(longEndSize)) {
-            directory = {number(record, 48, 8), number(record, 40, 8), longEnd, false};
+    // A program in front of the archive, which then unpacks itself, moves everything.
+    m_start = directory.behind - directory.size;
+    m_moved = m_start - directory.offset;
+    if (const auto *const reason = readRecords()) {
+        return reason;
+    }
+    std::sort(m_entries.begin(), m_entries.end(),
+              [](const ZipEntry &one, const ZipEntry &other) { return one.offset < other.offset; });
+    const auto first = m_entries.empty() ? m_start : std::min(m_entries[0].offset, m_start);
+    if (const auto *const reason = readHeaders()) {
+        return reason;
+    }
+    return holdsAHeader(first) ? "is cut short, or behind another archive" : nullptr;
+}
+
+const char *DirectoryReader::readRecords()
+{
+    const auto *const damaged = "is damaged: its directory cannot be read";
+    const auto bytes = readAt(m_file, m_start, m_directory.size);
+    std::size_t at = 0;
+    while (bytes.size() - at >= recordSize && bytes.compare(at, 4, "PK\x01\x02") == 0) {
+        const auto record = bytes.substr(at, recordSize);
+        const auto nameSize = zipNumber(record, 28, 2);
+        const auto fieldsSize = zipNumber(record, 30, 2);
+        const auto size = recordSize + nameSize + fieldsSize + zipNumber(record, 32, 2);
+        if (size > bytes.size() - at) {
+            return damaged;
+        }
+        const auto name = bytes.substr(at + recordSize, nameSize);
+        auto entry = entryOf(record, name, bytes.substr(at + recordSize + nameSize, fieldsSize));
+        if (entry.name.isEmpty()) {
+            return "has an entry without a name";
+        }
+        if (name.find('\0') != std::string::npos || entry.name.contains('\0')) {
+            return fail(entry.name.left(entry.name.indexOf('\0')), "has a NUL in its name");
+        }
+        if ((entry.flags & encryptedFlags) != 0) {
+            return fail(entry.name, "is encrypted");
+        }
+        if (zipNumber(record, 34, 2) != 0) {
+            return "is one of several parts, or damaged";
+        }
+        if (entry.offset > m_start - m_moved) {
+            return fail(entry.name, "is not where it should be");
+        }
+        entry.offset += m_moved;
+        m_entries.push_back(std::move(entry));
+        at += size;
+    }
+    if (at != m_directory.size) {
+        return damaged;
+    }
+    return (m_entries.size() & m_directory.countedBits) == m_directory.entries
+               ? nullptr
+               : "is damaged: it has more or fewer entries than it says";
+}
+
+const char *DirectoryReader::readHeaders()
+{
+    Number end = 0; // of the entry before
+    for (auto &entry : m_entries) {
+        const auto nameSize = static_cast<Number>(entry.plainName.size());
+        const auto header = readAt(m_file, entry.offset, headerSize + nameSize);
+        if (header.size() < headerSize + nameSize || !startsWith(header, "PK\x03\x04")) {
+            return fail(entry.name, "is not where it should be");
+        }
+        if (zipNumber(header, 26, 2) != nameSize || zipNumber(header, 8, 2) != entry.method ||
+            header.compare(headerSize, nameSize, entry.plainName.constData(), nameSize) != 0) {
+            return fail(entry.name, "has another name or form in front of it");
+        }
+        if (entry.offset < end) {
+            return fail(entry.name, "overlaps with another entry");
+        }
+        entry.offset += headerSize + nameSize + zipNumber(header, 28, 2);
+        if (entry.offset > m_start || entry.packedSize > m_start - entry.offset) {
+            return fail(entry.name, "is not whole");
+        }
+        end = entry.offset + entry.packedSize;
+    }
+    return nullptr;
+}
+
+// Whether the file begins with an entry, in so many bytes. A program in front knows the mark, too:
+// what follows that tells.
+bool DirectoryReader::holdsAHeader(Number size) const
+{
+    constexpr Number most = 65536;
+    constexpr auto newestVersion = 63U;
+    constexpr auto lastSystem = 19U;
+    constexpr auto lastMethod = 99U;
+    for (Number start = 0; start + headerSize < size; start += most) {
+        const auto bytes = readAt(m_file, start, std::min(size - start, most + headerSize));
+        for (auto at = bytes.find(headerMark);
+             at != std::string::npos && at < most && bytes.size() - at > headerSize;
+             at = bytes.find(headerMark, at + 1)) {
+            const auto nameSize = zipNumber(bytes, at + 26, 2);
+            if (zipNumber(bytes, at + 4, 1) <= newestVersion &&
+                zipNumber(bytes, at + 5, 1) <= lastSystem &&
+                zipNumber(bytes, at + 8, 2) <= lastMethod && nameSize > 0 &&
+                start + at + headerSize + nameSize <= size) {
+                return true;
+            }
         }
     }
-    return directory;
+    return false;
 }
 
 } // namespace
 
-std::optional<ZipDirectory> readZipDirectory(int file)
+bool readZipDirectory(int file, const QByteArray &path, std::vector<ZipEntry> &entries)
 {
-    const auto directory = findDirectory(file);
-    if (!directory) {
-        return std::nullopt;
+    struct stat status {};
+    if (::fstat(file, &status) != 0) {
+        return complain(path, errno);
     }
-    // A program in front of the archive, which then unpacks itself, moves everything.
-    Number moved = 0;
-    if (directory->behind >= directory->size + directory->offset) {
-        moved = directory->behind - directory->size - directory->offset;
-        if (!readAt(file, directory->offset + moved, 4).startsWith("PK\x01\x02")) {
-            moved = 0;
+    const auto fileSize = static_cast<Number>(status.st_size);
+    const auto start = fileSize - std::min(fileSize, endSize + longestComment);
+    const auto tail = readAt(file, start, fileSize - start);
+    QByteArray complaint = path + ": is no zip archive, or one that is cut short";
+    auto ends = 0;
+    auto wholeOnes = 0;
+    // A comment may hold the mark, and what looks like an end; so may an archive in the archive.
+    for (auto at = tail.find(endMark); at != std::string::npos; at = tail.find(endMark, at + 1)) {
+        if (tail.size() - at < endSize ||
+            zipNumber(tail, at + 20, 2) != tail.size() - at - endSize) {
+            continue;
         }
+        DirectoryReader reader(file, start + at, tail.substr(at, endSize));
+        if (const auto *const reason = reader.read(); reason == nullptr) {
+            ++wholeOnes;
+            entries = std::move(reader.entries());
+        } else if (ends == 0) {
+            const auto &culprit = reader.culprit();
+            complaint = path + (culprit.isNull() ? QByteArray() : ", " + culprit) + ": " + reason;
+        }
+        ++ends;
     }
-    ZipDirectory result{directory->isEmpty, {}};
-    auto &corrections = result.corrections;
-    Window window(file);
-    auto at = directory->offset + moved;
-    for (;;) {
-        const auto entry = window.at(at, entrySize);
-        if (entry.size() < static_cast<int>(entrySize) || !entry.startsWith("PK\x01\x02")) {
-            break;
-        }
-        const auto nameSize = number(entry, 28, 2);
-        const auto isUtf8 = (number(entry, 9, 1) & utf8FlagInByte) != 0;
-        const auto system = static_cast<unsigned char>(number(entry, 5, 1));
-        if (isUtf8) {
-            corrections.push_back({at + 9, withoutUtf8Flag(entry, 9)});
-        }
-        if (isUtf8 || (system != 0 && window.at(at + entrySize, nameSize).contains('\\'))) {
-            const auto place = number(entry, 42, 4) + moved;
-            const auto local = readAt(file, place, 8);
-            if (local.size() == 8 && local.startsWith("PK\x03\x04")) {
-                corrections.push_back({place + 5, system});
-                corrections.push_back({place + 7, withoutUtf8Flag(local, 7)});
-            }
-        }
-        at += entrySize + nameSize + number(entry, 30, 2) + number(entry, 32, 2);
+    if (wholeOnes > 1) {
+        return complain(path, "holds two directories, and nobody knows which one is meant");
     }
-    std::sort(
-        corrections.begin(), corrections.end(),
-        [](const Correction &one, const Correction &other) { return one.offset < other.offset; });
-    return result;
+    return wholeOnes == 1 || complain(complaint);
 }

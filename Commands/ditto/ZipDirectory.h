@@ -2,25 +2,34 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QByteArray>
+
+#include <sys/types.h>
+
 #include <cstdint>
+#include <ctime>
 #include <optional>
 #include <vector>
 
-// A byte of a zip file that libarchive is to see instead of the one that is there.
-struct Correction {
-    std::uint64_t offset;
-    unsigned char byte;
+// An entry of a zip archive, as the archive's directory has it.
+struct ZipEntry {
+    // Its bytes; in UTF-8 where the field Unicode Path holds it. Slashes between folders.
+    QByteArray name;
+    QByteArray plainName; // as it is in front of the entry's bytes
+    mode_t type = 0;      // S_IFREG and its like
+    std::optional<mode_t> permissions;
+    time_t time = 0;
+    unsigned flags = 0;
+    unsigned method = 0;
+    std::uint32_t crc = 0;
+    std::uint64_t size = 0;
+    std::uint64_t packedSize = 0;
+    std::uint64_t offset = 0; // of the packed bytes in the file
 };
 
-struct ZipDirectory {
-    // An archive without entries, which libarchive takes for no archive.
-    bool isEmpty = false;
-    // What keeps libarchive from changing names, sorted by place: it composes the accents of those
-    // that are said to be in UTF-8, so that two could become one, and where the header in front of
-    // an entry does not say whether it comes from Unix (which only the directory has to say), it
-    // takes backslashes for slashes.
-    std::vector<Correction> corrections;
-};
-
-// Of an open file; nothing where that is no zip archive.
-std::optional<ZipDirectory> readZipDirectory(int file);
+// Reads the directory of an open file, entries in the order of their bytes, and holds it against
+// the whole file (PKWARE's APPNOTE.TXT): one end record that reaches to the end of the file, the
+// directory right in front of it with as many entries as it says, each entry in bytes of its own
+// and under the same name there, and no entry that the directory does not know. False after a
+// complaint, which has the path.
+bool readZipDirectory(int file, const QByteArray &path, std::vector<ZipEntry> &entries);

@@ -3,6 +3,7 @@
 #include "Commands/ditto/ZipReader.h"
 
 #include "Commands/ditto/Complaint.h"
+#include "Commands/ditto/ZipFields.h"
 #include "Platform/FileError.h"
 
 #include <fcntl.h>
@@ -11,9 +12,39 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 
 namespace {
+
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
+
+// The header in front of an entry, of which only the contents matter.
+std::string headerOf(const ZipEntry &entry)
+{
+    constexpr auto version = 45; // 4.5: numbers of 64 bits
+    constexpr auto methodFlags = 6U;
+    const std::string name("contents");
+    const auto isLong = std::max(entry.packedSize, entry.size) >= longNumber;
+    std::string field;
+    if (isLong) {
+        addZipNumber(field, longNumbersField, 2);
+        addZipNumber(field, 16, 2);
+        addZipNumber(field, entry.size, 8);
+        addZipNumber(field, entry.packedSize, 8);
+    }
+    std::string header("PK\x03\x04");
+    addZipNumber(header, version, 2);
+    addZipNumber(header, entry.flags & methodFlags, 2);
+    addZipNumber(header, entry.method, 2);
+    addZipNumber(header, 0, 4); // time
+    addZipNumber(header, entry.crc, 4);
+    addZipNumber(header, isLong ? longNumber : entry.packedSize, 4);
+    addZipNumber(header, isLong ? longNumber : entry.size, 4);
+    addZipNumber(header, name.size(), 2);
+    addZipNumber(header, field.size(), 2);
+    return header + name + field;
+}
+
 } // namespace
 
 ZipReader::ZipReader() : m_buffer(bufferSize), m_archive(::archive_read_new()) {}
@@ -30,67 +61,54 @@ bool ZipReader::open(const QByteArray &path)
     if (!S_ISREG(status.st_mode)) {
         return complain(path, S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
     }
-    auto directory = readZipDirectory(m_file.number());
-    if (!directory) {
-        return complain(path, "is no zip archive, or a damaged one");
-    }
-    m_directory = std::move(*directory);
-    if (m_directory.isEmpty) {
-        return true;
+    if (!readZipDirectory(m_file.number(), path, m_entries)) {
+        return false;
     }
     auto *const archive = m_archive.get();
     if (archive == nullptr) {
         return complain(path, ENOMEM);
     }
-    // Not the form that is read without its directory: what has lost that is not whole.
-    if (::archive_read_support_format_zip_seekable(archive) != ARCHIVE_OK ||
-        ::archive_read_set_seek_callback(archive, &ZipReader::seek) != ARCHIVE_OK ||
-        ::archive_read_open2(archive, this, nullptr, &ZipReader::read, nullptr, nullptr) !=
-            ARCHIVE_OK) {
-        fail(path);
-        return false;
-    }
-    return true;
+    return m_entries.empty() ||
+           (::archive_read_support_format_zip_streamable(archive) == ARCHIVE_OK &&
+            ::archive_read_open2(archive, this, nullptr, &ZipReader::read, nullptr, nullptr) ==
+                ARCHIVE_OK) ||
+           fail(path) != Step::Failed;
+}
+
+std::size_t ZipReader::giveHeader()
+{
+    const auto header = headerOf(m_entries[m_given++]);
+    m_at = 0;
+    std::copy(header.begin(), header.end(), m_buffer.begin());
+    return header.size();
 }
 
 la_ssize_t ZipReader::read(archive *archive, void *self, const void **data)
 {
     auto &reader = *static_cast<ZipReader *>(self);
-    auto *const bytes = reader.m_buffer.data();
+    auto &entries = reader.m_entries;
+    *data = reader.m_buffer.data();
+    if (reader.m_given == 0 || reader.m_at == entries[reader.m_given - 1].packedSize) {
+        try { // nothing is thrown through libarchive
+            return reader.m_given == entries.size() ? 0
+                                                    : static_cast<la_ssize_t>(reader.giveHeader());
+        } catch (const std::bad_alloc &) {
+            ::archive_set_error(archive, ENOMEM, "Cannot allocate memory");
+            return ARCHIVE_FATAL;
+        }
+    }
+    const auto &entry = entries[reader.m_given - 1];
     const auto count = platform::retried([&] {
-        return ::pread(reader.m_file.number(), bytes, reader.m_buffer.size(), reader.m_position);
+        return ::pread(reader.m_file.number(), reader.m_buffer.data(),
+                       std::min<std::uint64_t>(bufferSize, entry.packedSize - reader.m_at),
+                       static_cast<off_t>(entry.offset + reader.m_at));
     });
-    if (count < 0) {
-        ::archive_set_error(archive, errno, "cannot be read");
+    if (count <= 0) {
+        ::archive_set_error(archive, count < 0 ? errno : EIO, "cannot be read");
         return ARCHIVE_FATAL;
     }
-    const auto start = static_cast<std::uint64_t>(reader.m_position);
-    const auto end = start + static_cast<std::uint64_t>(count);
-    const auto &all = reader.m_directory.corrections;
-    auto next = std::lower_bound(
-        all.begin(), all.end(), start,
-        [](const Correction &one, std::uint64_t offset) { return one.offset < offset; });
-    for (; next != all.end() && next->offset < end; ++next) {
-        reader.m_buffer[next->offset - start] = static_cast<char>(next->byte);
-    }
-    reader.m_position += count;
-    *data = bytes;
+    reader.m_at += static_cast<std::uint64_t>(count);
     return count;
-}
-
-la_int64_t ZipReader::seek(archive *archive, void *self, la_int64_t offset, int whence)
-{
-    auto &reader = *static_cast<ZipReader *>(self);
-    struct stat status {};
-    if (::fstat(reader.m_file.number(), &status) != 0) {
-        ::archive_set_error(archive, errno, "cannot be read");
-        return ARCHIVE_FATAL;
-    }
-    const auto from = whence == SEEK_SET   ? 0
-                      : whence == SEEK_CUR ? reader.m_position
-                                           : la_int64_t{status.st_size};
-    reader.m_position = std::max<la_int64_t>(from + offset, 0);
-    return reader.m_position;
 }
 
 ZipReader::Step ZipReader::fail(const QByteArray &path) const
@@ -102,14 +120,15 @@ ZipReader::Step ZipReader::fail(const QByteArray &path) const
 
 ZipReader::Step ZipReader::nextEntry()
 {
-    if (m_directory.isEmpty) {
+    if (m_next == m_entries.size()) {
         return Step::AtEnd;
     }
-    const auto result = ::archive_read_next_header(m_archive.get(), &m_entry);
-    if (result == ARCHIVE_EOF) {
-        return Step::AtEnd;
-    }
-    return result == ARCHIVE_OK ? Step::Done : fail(m_path);
+    ++m_next;
+    archive_entry *header = nullptr;
+    m_reserve.release();
+    const auto result = ::archive_read_next_header(m_archive.get(), &header);
+    m_reserve.restore();
+    return result == ARCHIVE_OK ? Step::Done : fail(m_path + ", " + entry().name);
 }
 
 ZipReader::Step ZipReader::nextBlock(const char *&data, std::size_t &size)
@@ -121,10 +140,5 @@ ZipReader::Step ZipReader::nextBlock(const char *&data, std::size_t &size)
         return Step::AtEnd;
     }
     data = static_cast<const char *>(block);
-    return result == ARCHIVE_OK ? Step::Done : fail(m_path + ", " + name());
-}
-
-QByteArray ZipReader::name() const
-{
-    return {::archive_entry_pathname(m_entry)};
+    return result == ARCHIVE_OK ? Step::Done : fail(m_path + ", " + entry().name);
 }

@@ -2,19 +2,22 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Commands/ditto/MemoryReserve.h"
 #include "Commands/ditto/ZipDirectory.h"
 #include "Platform/Descriptor.h"
 
 #include <QByteArray>
 
 #include <archive.h>
-#include <archive_entry.h>
 
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <vector>
 
-// Reads a zip archive through libarchive, with all names as they are.
+// Reads a zip archive. The directory says what is in it; libarchive unpacks the contents. It is
+// given each entry behind a header that is made here, so that it cannot read anything in another
+// way than the directory was read.
 class ZipReader {
 public:
     ZipReader();
@@ -31,9 +34,8 @@ public:
     Step nextEntry();
     Step nextBlock(const char *&data, std::size_t &size);
 
-    // Of the entry that was read last.
-    QByteArray name() const;
-    archive_entry *entry() const { return m_entry; }
+    // The one that was read last.
+    const ZipEntry &entry() const { return m_entries[m_next - 1]; }
 
 private:
     struct Free {
@@ -41,14 +43,17 @@ private:
     };
 
     static la_ssize_t read(archive *archive, void *self, const void **data);
-    static la_int64_t seek(archive *archive, void *self, la_int64_t offset, int whence);
+    std::size_t giveHeader();
     Step fail(const QByteArray &path) const;
 
     QByteArray m_path;
     platform::Descriptor m_file;
-    ZipDirectory m_directory;
+    std::vector<ZipEntry> m_entries;
+    std::size_t m_next = 0;
+    // What libarchive has been given.
     std::vector<char> m_buffer;
-    la_int64_t m_position = 0;
+    std::size_t m_given = 0; // entries whose header it has
+    std::uint64_t m_at = 0;  // in the last one's packed bytes
+    MemoryReserve m_reserve;
     std::unique_ptr<archive, Free> m_archive; // which goes first, since it uses what is above
-    archive_entry *m_entry = nullptr;
 };

@@ -2,117 +2,113 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/ditto/ZipWriter.h"
 
-#include "Platform/FileError.h"
+#include "Commands/ditto/Utf8Name.h"
 
-#include <unistd.h>
-
+#include <algorithm>
 #include <cerrno>
+#include <clocale>
+#include <limits>
 
 namespace {
 
-constexpr std::size_t bufferSize = std::size_t{256} * 1024;
-constexpr auto mostDirectoryBytes = 1 << 30; // of millions of entries
+constexpr auto bufferSize = 256 * 1024;
+// Of logs it leaves a hundredth more than the usual 6, in three quarters of the time.
+constexpr const char *level = "5";
 
-int writeAt(int file, const QByteArray &bytes, std::uint64_t offset)
+// The time is kept in 32 bits.
+time_t nearestTime(time_t time)
 {
-    for (decltype(bytes.size()) done = 0; done < bytes.size();) {
-        const auto count = platform::retried([&] {
-            return ::pwrite(file, bytes.constData() + done,
-                            static_cast<std::size_t>(bytes.size() - done),
-                            static_cast<off_t>(offset) + done);
-        });
-        if (count <= 0) {
-            return count < 0 ? errno : EIO;
-        }
-        done += static_cast<decltype(done)>(count);
-    }
-    return 0;
+    return std::clamp<time_t>(time, 0, std::numeric_limits<std::uint32_t>::max());
 }
 
 } // namespace
 
-int ZipWriter::flush()
+ZipWriter::ZipWriter(const platform::UnnamedFile &file)
+    : m_file(file), m_utf8(::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)),
+      m_archive(::archive_write_new()), m_entry(::archive_entry_new())
 {
-    const auto error = m_file.write(m_buffer.data(), m_buffer.size());
-    m_buffer.clear();
-    return error;
 }
 
-int ZipWriter::put(const char *data, std::size_t size)
+ZipWriter::~ZipWriter()
 {
-    m_offset += size;
-    if (m_buffer.size() + size > bufferSize) {
-        if (const auto error = flush(); error != 0) {
-            return error;
-        }
-        if (size > bufferSize) {
-            return m_file.write(data, size);
-        }
+    if (m_archive != nullptr) {
+        ::archive_write_fail(m_archive.get()); // else it would write its end
     }
-    m_buffer.insert(m_buffer.end(), data, data + size); // NOLINT(*-pointer-arithmetic)
-    return 0;
+    if (m_utf8 != nullptr) {
+        ::freelocale(m_utf8);
+    }
 }
 
-int ZipWriter::begin(const Piece &piece)
+int ZipWriter::errorOf(la_ssize_t result) const
 {
-    m_item = piece.item;
-    m_entry = {piece.isStored ? Method::Stored : Method::Deflated, 0, 0, 0, m_offset};
-    if (piece.isLast) {
-        m_entry.crc = piece.crc;
-        m_entry.size = piece.totalSize;
-        m_entry.packedSize = piece.isStored ? piece.plainSize : piece.packedSize;
+    if (result >= ARCHIVE_OK) {
+        return 0;
     }
-    return put(localHeader(m_item, m_entry));
+    const auto error = ::archive_errno(m_archive.get());
+    return error > 0 ? error : EIO;
 }
 
-int ZipWriter::end(const Piece &piece)
+la_ssize_t ZipWriter::writeBytes(archive *archive, void *self, const void *data, std::size_t size)
 {
-    if (!piece.isFirst) {
-        const auto bytes = reinterpret_cast<const char *>(&emptyLastBlock[0]); // NOLINT
-        if (const auto error = put(bytes, sizeof emptyLastBlock); error != 0) {
-            return error;
-        }
-        m_entry.packedSize += sizeof emptyLastBlock;
-        m_entry.crc = piece.crc;
-        m_entry.size = piece.totalSize;
-        auto error = flush();
-        if (error == 0) {
-            error = writeAt(m_file.descriptor(), localHeader(m_item, m_entry), m_entry.offset);
-        }
-        if (error != 0) {
-            return error;
-        }
+    const auto &writer = *static_cast<const ZipWriter *>(self);
+    const auto error = writer.m_file.write(static_cast<const char *>(data), size);
+    if (error != 0) {
+        ::archive_set_error(archive, error, "cannot be written");
+        return -1;
     }
-    m_directory += centralHeader(m_item, m_entry);
-    ++m_entries;
-    return m_directory.size() < mostDirectoryBytes ? 0 : EFBIG;
+    return static_cast<la_ssize_t>(size);
 }
 
-int ZipWriter::write(const Piece &piece)
+int ZipWriter::begin()
 {
-    if (piece.isFirst) {
-        if (const auto error = begin(piece); error != 0) {
-            return error;
-        }
+    auto *const archive = m_archive.get();
+    if (archive == nullptr || m_entry == nullptr || m_utf8 == nullptr) {
+        return ENOMEM;
     }
-    const auto size = piece.isStored ? piece.plainSize : piece.packedSize;
-    const auto *data = piece.isStored ? piece.plain.data() : piece.packed.data();
-    if (!piece.isStored && size == 0) {
-        return ENOMEM; // could not be packed
+    auto result = ::archive_write_set_format_zip(archive);
+    if (result == ARCHIVE_OK) {
+        result = ::archive_write_set_format_option(archive, "zip", "compression-level", level);
     }
-    if (!(piece.isFirst && piece.isLast)) {
-        m_entry.packedSize += size;
+    if (result == ARCHIVE_OK) {
+        ::archive_write_set_bytes_per_block(archive, bufferSize);
+        ::archive_write_set_bytes_in_last_block(archive, 1);
+        result = ::archive_write_open(archive, this, nullptr, &ZipWriter::writeBytes, nullptr);
     }
-    const auto error = put(reinterpret_cast<const char *>(data), size); // NOLINT
-    return error != 0 || !piece.isLast ? error : end(piece);
+    return errorOf(result);
+}
+
+int ZipWriter::beginItem(const QByteArray &name, const struct stat &status,
+                         const QByteArray &linkTarget)
+{
+    auto *const entry = m_entry.get();
+    const auto isInUtf8 = isUtf8(name);
+    m_reserve.release();
+    ::archive_entry_clear(entry);
+    ::archive_entry_copy_pathname(entry, name.constData());
+    ::archive_entry_set_mode(entry, status.st_mode);
+    ::archive_entry_set_mtime(entry, nearestTime(status.st_mtim.tv_sec), 0);
+    if (S_ISREG(status.st_mode)) {
+        ::archive_entry_set_size(entry, status.st_size);
+    } else if (S_ISLNK(status.st_mode)) {
+        ::archive_entry_copy_symlink(entry, linkTarget.constData());
+    }
+    // By this it decides whether a name is said to be in UTF-8; the bytes stay as they are.
+    const auto before = isInUtf8 ? ::uselocale(m_utf8) : nullptr;
+    const auto result = ::archive_write_header(m_archive.get(), entry);
+    if (before != nullptr) {
+        ::uselocale(before);
+    }
+    m_reserve.restore();
+    return errorOf(result);
+}
+
+int ZipWriter::write(const char *data, std::size_t size)
+{
+    return errorOf(::archive_write_data(m_archive.get(), data, size));
 }
 
 int ZipWriter::finish()
 {
-    const auto offset = m_offset;
-    if (const auto error = put(m_directory); error != 0) {
-        return error;
-    }
-    const auto error = put(endRecords(m_entries, offset, sizeOf(m_directory)));
-    return error != 0 ? error : flush();
+    m_reserve.release();
+    return errorOf(::archive_write_close(m_archive.get()));
 }

@@ -11,7 +11,7 @@
 #include "Platform/FileName.h"
 
 #include <cstdio>
-#include <exception>
+#include <new>
 
 namespace {
 
@@ -44,8 +44,8 @@ int main(int count, char **values)
 {
     try {
         return run(count, values);
-    } catch (const std::exception &exception) { // memory that runs out
-        complain(QByteArray(exception.what()));
+    } catch (const std::bad_alloc &) {
+        std::fputs("ditto: Cannot allocate memory\n", stderr); // which takes none
         return failed;
     }
 }

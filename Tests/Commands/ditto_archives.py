@@ -25,8 +25,10 @@ class Made(DittoTest):
         self.done("-ck", self.path("tree"), self.path("a.zip"), env={"TZ": "UTC"})
         with zipfile.ZipFile(self.path("a.zip")) as archive:
             self.assertEqual(archive.getinfo("before").date_time, (1980, 1, 1, 0, 0, 0))
-            self.assertEqual(archive.getinfo("after").date_time[:3], (2107, 12, 31))
+            self.assertEqual(archive.getinfo("after").date_time[:3], (2106, 2, 7))
         self.done("-xk", self.path("a.zip"), self.path("out"))
+        self.assertEqual(os.stat(self.path("out/before")).st_mtime, 0)
+        self.assertEqual(os.stat(self.path("out/after")).st_mtime, 2**32 - 1)
 
     def test_without_the_parent_it_holds_what_is_in_the_folder(self):
         make_tree(self.path("tree"))
@@ -247,8 +249,21 @@ class Opened(DittoTest):
 
     def test_zip(self):
         make_tree(self.path("tree"))
+        write(self.path("tree/long ago"), time=-86_400)
+        write(self.path("tree/in forty years"), time=3_500_000_000)
         self.assertEqual(run("zip", "-qry", "../a.zip", ".", cwd=self.path("tree")).returncode, 0)
         self.assert_same(self.opened(), self.path("tree"))
+
+    def test_zip_with_names_in_many_languages(self):
+        for name in NAMES:
+            if name.isprintable() and not set(name) & set('*?[]\\'):
+                write(self.path(f"tree/{name}"), os.fsencode(name))
+        for locale in "C", "C.UTF-8":
+            self.assertEqual(run("zip", "-qry", self.path("a.zip"), ".", cwd=self.path("tree"),
+                                 env={"LC_ALL": locale}).returncode, 0)
+            self.assert_same(self.opened(), self.path("tree"))
+            os.unlink(self.path("a.zip"))
+            run("rm", "-rf", self.path("out"))
 
     def test_bsdtar(self):
         make_tree(self.path("tree"))

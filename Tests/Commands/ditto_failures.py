@@ -3,6 +3,7 @@
 # SPDX-License-Identifier: MIT
 """ditto when the disk is full, a call fails or it is told to end: no half of anything is left."""
 import os
+import resource
 import signal
 import subprocess
 import time
@@ -114,6 +115,36 @@ class Failures(DittoTest):
 
         self.under_faults(("-xk", self.path("a.zip"), self.path("work/out")), ALL,
                           [(KILLS, 0, False)], check)
+
+    @unittest.skipIf(SANITIZED, "the sanitizers take memory of their own")
+    def test_out_of_memory_it_says_so_and_leaves_nothing(self):
+        for number in range(2000):
+            os.mkdir(self.path(f"tree/{'f' * 240}{number}"))
+        self.done("-ck", self.path("tree"), self.path("a.zip"))
+
+        def run_within(size, *arguments):
+            return run(DITTO, *arguments, preexec_fn=lambda: resource.setrlimit(
+                resource.RLIMIT_AS, (size, size)))
+
+        least = 16 << 20  # what its libraries take
+        while run_within(least, "--help").returncode != 0:
+            least += 65536
+        for arguments in (("-ck", self.path("tree"), self.path("work/a.zip")),
+                          ("-xk", self.path("a.zip"), self.path("work/out"))):
+            failures = 0
+            for size in range(least + 131072, least + (64 << 20), 65536):
+                result = run_within(size, *arguments)
+                if result.returncode == 0:
+                    break
+                self.assertEqual(result.returncode, 1, result.stderr)
+                self.assertRegex(result.stderr, rb"\Aditto: .*(No|Cannot allocate) memory.*\n\Z")
+                self.assertEqual(os.listdir(self.path("work")), [])
+                failures += 1
+            self.assertEqual(result.returncode, 0)
+            self.assertGreater(failures, 5)
+            os.rename(self.path("work"), self.path(f"whole{arguments[0]}"))
+            os.mkdir(self.path("work"))
+        self.assertEqual(len(os.listdir(self.path("whole-xk/out"))), 2004)
 
     def full_disk(self, script):
         """Carries out a script where "/Volumes" has one megabyte."""

@@ -11,7 +11,7 @@ import unittest
 
 BUILD = sys.argv[1] if len(sys.argv) > 1 else "."
 DITTO = f"{BUILD}/libexec/ostrel/ditto"
-PATIENCE = 100
+PATIENCE = 600
 SANITIZED = any(name in subprocess.run(["ldd", DITTO], stdout=subprocess.PIPE).stdout
                 for name in (b"libasan", b"libtsan"))
 

@@ -45,6 +45,8 @@ private Q_SLOTS:
     void aFolderThatExistsIsReplacedNotMerged();
     void aFolderThatCannotGoToTheTrashIsKept();
     void aDamagedArchiveLeavesNoFolder();
+    void anArchiveThatIsCutBehindAnotherOneInItIsNotUnpacked();
+    void anArchiveIsNoMoreReadableThanWhatItIsMadeOf();
     void aMissingSourceLeavesNoArchive();
     void whatHasNoPathIsRefused();
 
@@ -172,6 +174,39 @@ void ZQFileManagerArchivesTest::aDamagedArchiveLeavesNoFolder()
     QVERIFY(!ZQFileManager::decompressFile(at.path("x.zip"), at.path("out")));
     QVERIFY(!ZQFileManager::decompressFile(at.path("missing.zip"), at.path("out")));
     QCOMPARE(at.folder().names().size(), 2);
+}
+
+void ZQFileManagerArchivesTest::anArchiveThatIsCutBehindAnotherOneInItIsNotUnpacked()
+{
+    auto &at = *m_fixture;
+    test::writeFile(at / "file", "inner");
+    QVERIFY(ZQFileManager::compressFile(at.path("file"), at.path("x.zip")));
+    // The header in front of an entry that is as it is, and the entry; the rest is lost.
+    const std::string header("PK\x03\x04\x0a\0\0\0\0\0\0\0\x21\0\0\0\0\0\0\0\0\0\0\0\0\0\x09\0\0\0",
+                             30);
+    test::writeFile(at / "cut.zip", header + "inner.zip" + test::readFile(at / "x.zip"));
+    test::makeFolder(at / "kept in the trash");
+    test::writeFile(at / "kept in the trash/old", "old");
+    QVERIFY(!ZQFileManager::decompressFile(at.path("cut.zip"), at.path("kept in the trash")));
+    QVERIFY(!test::exists(at / "kept in the trash"));
+    QCOMPARE(test::readFile(trash() + "kept in the trash/old"), std::string("old"));
+    QVERIFY(ZQFileManager::decompressFile(at.path("x.zip"), at.path("out")));
+}
+
+void ZQFileManagerArchivesTest::anArchiveIsNoMoreReadableThanWhatItIsMadeOf()
+{
+    auto &at = *m_fixture;
+    test::makeFolder(at / "folder");
+    const auto mask = ::umask(0027);
+    for (const auto mode : {0700U, 0750U, 0777U, 0500U, 0711U}) {
+        ::chmod((at / "folder").c_str(), mode);
+        const auto name = std::to_string(mode) + ".zip";
+        QVERIFY(ZQFileManager::compressFile(at.path("folder"), at.path(name)));
+        struct stat status {};
+        QCOMPARE(::stat((at / name).c_str(), &status), 0);
+        QCOMPARE(status.st_mode & 07777U, 0600U | (mode & 0040U));
+    }
+    ::umask(mask);
 }
 
 void ZQFileManagerArchivesTest::aMissingSourceLeavesNoArchive()

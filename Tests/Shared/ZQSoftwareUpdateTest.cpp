@@ -5,6 +5,8 @@
 #include "Platform/PropertyList.h"
 #include "Shared/ZQLocalPaths.h"
 #include "Tests/Shared/LogFixture.h"
+#include "Tests/Support/EnvironmentVariable.h"
+#include "Tests/Support/Faults/Faults.h"
 #include "Tests/Support/FileTree.h"
 #include "Tests/Support/UpdaterForTest.h"
 
@@ -15,6 +17,10 @@
 #include <QTest>
 
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
 
 namespace updater = test::updater;
 
@@ -64,6 +70,58 @@ QStringList run(const QStringList &commands)
     return lines;
 }
 
+// The same program, which stops before every renaming and removing.
+class StoppingProgram {
+public:
+    explicit StoppingProgram(const QString &command)
+    {
+        const auto program = (bundle + QStringLiteral("/Contents/MacOS/program")).toUtf8();
+        const auto fault = QByteArray::number(test::Rename | test::Remove) + " 1 " +
+                           QByteArray::number(static_cast<int>(test::Fate::Stops)) + " 0 1";
+        const test::EnvironmentVariable variable("FAULT", fault);
+        const test::EnvironmentVariable library("LD_PRELOAD", FAULTS_LIBRARY);
+        const auto argument = command.toUtf8();
+        m_process = ::fork();
+        if (m_process == 0) {
+            ::execl(program.constData(), program.constData(), argument.constData(), nullptr);
+            ::_exit(127);
+        }
+    }
+    ~StoppingProgram()
+    {
+        if (m_process > 0) {
+            ::kill(m_process, SIGKILL);
+            ::waitpid(m_process, nullptr, 0);
+        }
+    }
+    StoppingProgram(const StoppingProgram &) = delete;
+    StoppingProgram &operator=(const StoppingProgram &) = delete;
+
+    // Lets it go on to where it stops next. False where it has ended.
+    bool goOn()
+    {
+        ::kill(m_process, SIGCONT); // stopped, or only begun
+        int status = 0;
+        if (::waitpid(m_process, &status, WUNTRACED) == m_process && WIFSTOPPED(status)) {
+            return true;
+        }
+        m_process = -1;
+        m_hasSucceeded = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        return false;
+    }
+    bool hasSucceeded() const { return m_hasSucceeded; }
+
+private:
+    pid_t m_process = -1;
+    bool m_hasSucceeded = false;
+};
+
+QStringList temporaryItems()
+{
+    return QDir(ZQLocalPaths::tempDirectory())
+        .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+}
+
 // What it logs, without the header, for commands that print the same.
 QStringList logged(const QStringList &commands)
 {
@@ -104,6 +162,7 @@ private Q_SLOTS:
     void anUpdaterWithoutAnExecutableIsLogged();
     void anExecutableThatMayNotBeExecutedIsLogged();
     void overlappingChecksAllRunAWholeUpdater();
+    void aCheckNeverTakesTheWorkingCopyOfAnotherAway();
     void aWorkingCopyThatCannotBeMadeIsLoggedWhenRun();
 
     void theManualCheckLaunchesWithoutArguments();
@@ -187,12 +246,12 @@ void ZQSoftwareUpdateTest::theWorkingCopyIsWhole()
     for (int i = 0; i < 2; ++i) {
         QCOMPARE(run({QStringLiteral("path")}), QStringList(workingCopy()));
         QCOMPARE(test::tree(workingCopy().toStdString()), test::tree(enclosed().toStdString()));
-        ::chmod(
-            (workingCopy() + QStringLiteral("/Contents/Resources/closed")).toStdString().c_str(),
-            0700);
+        QCOMPARE(temporaryItems(), QStringList(name));
     }
-    ::chmod((enclosed() + QStringLiteral("/Contents/Resources/closed")).toStdString().c_str(),
-            0700);
+    for (const auto &path : {enclosed(), workingCopy()}) {
+        const auto closed = path + QStringLiteral("/Contents/Resources/closed");
+        ::chmod(closed.toStdString().c_str(), 0700);
+    }
 }
 
 void ZQSoftwareUpdateTest::theEnclosedUpdaterIsNeverTouched()
@@ -303,8 +362,33 @@ void ZQSoftwareUpdateTest::overlappingChecksAllRunAWholeUpdater()
     QCOMPARE(updater::waitForRuns(2 * checks).size(), 2 * checks);
     QCOMPARE(test::tree(workingCopy().toStdString()), test::tree(enclosed().toStdString()));
     // Nor is anything left of those that were replaced.
-    QCOMPARE(QDir(ZQLocalPaths::tempDirectory()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-             QStringList(name));
+    QCOMPARE(temporaryItems(), QStringList(name));
+}
+
+// Another check is done, as a whole, at each place where the first one can meet it.
+void ZQSoftwareUpdateTest::aCheckNeverTakesTheWorkingCopyOfAnotherAway()
+{
+    updater::make(enclosed(), QStringLiteral("1"));
+    run({QStringLiteral("path")});
+    auto places = 1;
+    for (int meeting = 1; meeting <= places; ++meeting) {
+        updater::remove(workingCopy());
+        StoppingProgram first(QStringLiteral("path"));
+        auto stops = 0;
+        while (first.goOn()) {
+            ++stops;
+            if (stops == meeting) {
+                QCOMPARE(run({QStringLiteral("path")}), QStringList(workingCopy()));
+            }
+            QVERIFY2(stops < meeting || QFileInfo(executable(workingCopy())).isExecutable(),
+                     qPrintable(QStringLiteral("met at %1, gone at %2").arg(meeting).arg(stops)));
+        }
+        QVERIFY(first.hasSucceeded());
+        QCOMPARE(test::tree(workingCopy().toStdString()), test::tree(enclosed().toStdString()));
+        QCOMPARE(temporaryItems(), QStringList(name));
+        places = stops;
+    }
+    QVERIFY(places > 1);
 }
 
 void ZQSoftwareUpdateTest::aWorkingCopyThatCannotBeMadeIsLoggedWhenRun()

@@ -50,7 +50,8 @@ bool canMeet(Calls calls, Fate fate, int error)
     if (fate == Fate::FallsShort) {
         return (calls & (Read | Write | Copy)) != 0U;
     }
-    return fate == Fate::Kills || fate == Fate::Meddled || error == EINTR || (calls & Wait) == 0U;
+    return fate == Fate::Kills || fate == Fate::Stops || fate == Fate::Meddled || error == EINTR ||
+           (calls & Wait) == 0U;
 }
 
 // Kept here rather than asked for at every call; a forked child has its own.
@@ -81,6 +82,8 @@ Strike strike(Calls calls)
     armed.struck = true;
     if (fate == Fate::Kills) {
         ::kill(::getpid(), SIGKILL);
+    } else if (fate == Fate::Stops) {
+        ::raise(SIGSTOP);
     }
     return {fate == Fate::Fails ? error : 0, fate == Fate::FallsShort,
             static_cast<bool>(meddling())};

@@ -38,6 +38,7 @@ enum class Fate {
     FallsShort, // reading and writing: half of what is asked for
     Kills,      // the process, before the call
     Meddled,    // done, and right behind it somebody does something
+    Stops,      // the process, before the call, until it is told to continue
 };
 
 struct Fault {
