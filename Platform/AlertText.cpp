@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/AlertText.h"
 
+#include "Platform/ShortText.h"
+
 #include <QEvent>
 #include <QTextDocument>
 
@@ -9,18 +11,6 @@
 #include <cmath>
 
 namespace platform {
-namespace {
-
-QString shortened(const QString &text, int longest)
-{
-    if (text.size() <= longest) {
-        return text;
-    }
-    const bool splitsPair = text.at(longest - 1).isHighSurrogate();
-    return text.left(splitsPair ? longest - 1 : longest) + QChar(0x2026);
-}
-
-} // namespace
 
 AlertText::AlertText(const QString &text, int longest, QWidget *parent) : QTextBrowser(parent)
 {

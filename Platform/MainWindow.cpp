@@ -30,10 +30,15 @@ QWidget *findMainWindow()
 
 } // namespace
 
+bool hasWindows()
+{
+    return qobject_cast<QApplication *>(QCoreApplication::instance()) != nullptr;
+}
+
 QWidget *mainWindow()
 {
     QWidget *window = nullptr;
-    if (qobject_cast<QApplication *>(QCoreApplication::instance()) != nullptr) {
+    if (hasWindows()) {
         performOnMainThreadAndWait([&] { window = findMainWindow(); });
     }
     return window;

@@ -6,6 +6,9 @@ class QWidget;
 
 namespace platform {
 
+// Whether the program can show windows: it has a QApplication. Any thread.
+bool hasWindows();
+
 // The application's main window: the visible main window that is active, else any; where there is
 // no visible QMainWindow, the same of other windows. Null where there is none. Any thread.
 QWidget *mainWindow();

@@ -6,7 +6,6 @@
 #include "Platform/MainThread.h"
 #include "Platform/MainWindow.h"
 
-#include <QApplication>
 #include <QPointer>
 
 #include <memory>
@@ -36,7 +35,7 @@ qint64 runOnMainThread(const AlertDescription &description)
 
 qint64 runModalAlert(const AlertDescription &description)
 {
-    if (qobject_cast<QApplication *>(QCoreApplication::instance()) == nullptr) {
+    if (!hasWindows()) {
         consoleLog(QStringLiteral("%@: %@"), description.messageText, description.informativeText);
         return description.escapeReturn();
     }

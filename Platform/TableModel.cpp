@@ -2,11 +2,19 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/TableModel.h"
 
-#include "Platform/TextFormat.h"
+#include "Platform/ShortText.h"
+
+#include <QTextDocument>
 
 #include <algorithm>
 
 namespace platform {
+namespace {
+
+// UTF-16 units: more than a cell has room for, little enough to be laid out at once.
+constexpr int longestText = 512;
+
+} // namespace
 
 void TableModel::setColumns(QList<TableColumn> columns)
 {
@@ -89,7 +97,7 @@ QString TableModel::text(int column, int row) const
 {
     const QVariant value =
         m_source->tableViewObjectValueForTableColumn(m_columns[column].identifier, row);
-    return value.isValid() ? description(value) : QString();
+    return value.isValid() ? shortDescription(value, longestText) : QString();
 }
 
 QVariant TableModel::data(const QModelIndex &index, int role) const
@@ -111,7 +119,11 @@ QVariant TableModel::data(const QModelIndex &index, int role) const
     if (role == Qt::DecorationRole) {
         return cell.image.isNull() ? QVariant() : QVariant(cell.image);
     }
-    return cell.toolTip.isEmpty() ? QVariant() : QVariant(cell.toolTip);
+    const QString tip = shortened(cell.toolTip, longestText);
+    if (tip.isEmpty()) {
+        return {};
+    }
+    return role == Qt::ToolTipRole && Qt::mightBeRichText(tip) ? tip.toHtmlEscaped() : tip;
 }
 
 QVariant TableModel::headerData(int section, Qt::Orientation orientation, int role) const

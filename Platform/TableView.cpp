@@ -26,6 +26,7 @@ TableView::TableView(QWidget *parent) : QTableView(parent), m_model(new TableMod
     horizontalHeader()->setStretchLastSection(true);
     horizontalHeader()->setHighlightSections(false);
     connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        followSelection();
         if (!m_isResetting) {
             Q_EMIT selectionDidChange();
         }
@@ -37,6 +38,15 @@ TableView::TableView(QWidget *parent) : QTableView(parent), m_model(new TableMod
             Q_EMIT doubleAction();
         }
     });
+}
+
+// A screen reader selects a row without going there; Enter and the arrows are for the current one.
+void TableView::followSelection()
+{
+    const auto rows = selectionModel()->selectedRows();
+    if (!rows.isEmpty() && rows.first().row() != currentIndex().row()) {
+        selectionModel()->setCurrentIndex(rows.first(), QItemSelectionModel::NoUpdate);
+    }
 }
 
 void TableView::setColumns(const QList<TableColumn> &columns)

@@ -47,6 +47,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void followSelection();
     void resetRows(const std::function<void()> &reset);
 
     TableModel *m_model;

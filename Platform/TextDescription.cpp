@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
+#include "Platform/ShortText.h"
 #include "Platform/TextFormat.h"
 
 #include <QDateTime>
@@ -8,6 +9,7 @@
 #include <array>
 #include <charconv>
 #include <chrono>
+#include <limits>
 
 namespace platform {
 namespace {
@@ -20,24 +22,25 @@ QString nullText()
     return QStringLiteral("(null)");
 }
 
-QString describe(const QVariant &value, int depth);
+// What is beyond the room, in UTF-16 units, may be left out.
+QString describe(const QVariant &value, int depth, int room);
 
-QString listText(const QVariantList &list, int depth)
+QString listText(const QVariantList &list, int depth, int room)
 {
     QStringList parts;
-    parts.reserve(list.size());
-    for (const auto &item : list) {
-        parts << describe(item, depth + 1);
+    for (auto item = list.cbegin(); item != list.cend() && room > 0; ++item) {
+        parts << describe(*item, depth + 1, room);
+        room -= static_cast<int>(parts.constLast().size()) + 1;
     }
     return QStringLiteral("(%1)").arg(parts.join(QStringLiteral(", ")));
 }
 
-QString dictionaryText(const QVariantMap &dictionary, int depth)
+QString dictionaryText(const QVariantMap &dictionary, int depth, int room)
 {
     QStringList parts;
-    parts.reserve(dictionary.size());
-    for (auto entry = dictionary.cbegin(); entry != dictionary.cend(); ++entry) {
-        parts << entry.key() + QStringLiteral(" = ") + describe(entry.value(), depth + 1);
+    for (auto entry = dictionary.cbegin(); entry != dictionary.cend() && room > 0; ++entry) {
+        parts << entry.key() + QStringLiteral(" = ") + describe(entry.value(), depth + 1, room);
+        room -= static_cast<int>(parts.constLast().size());
     }
     return QStringLiteral("{%1}").arg(parts.join(QStringLiteral("; ")));
 }
@@ -52,7 +55,7 @@ QString dataText(const QByteArray &data)
     return QStringLiteral("<%1... %2 bytes>").arg(hex, QString::number(data.size()));
 }
 
-QString describe(const QVariant &value, int depth)
+QString describe(const QVariant &value, int depth, int room)
 {
     if (depth > deepest) {
         return QStringLiteral("...");
@@ -76,10 +79,10 @@ QString describe(const QVariant &value, int depth)
         return description(value.toDateTime());
     case QMetaType::QStringList:
     case QMetaType::QVariantList:
-        return listText(value.toList(), depth);
+        return listText(value.toList(), depth, room);
     case QMetaType::QVariantMap:
     case QMetaType::QVariantHash:
-        return dictionaryText(value.toMap(), depth);
+        return dictionaryText(value.toMap(), depth, room);
     default:
         break;
     }
@@ -91,7 +94,21 @@ QString describe(const QVariant &value, int depth)
 
 QString description(const QVariant &value)
 {
-    return describe(value, 0);
+    return describe(value, 0, std::numeric_limits<int>::max());
+}
+
+QString shortened(const QString &text, int longest)
+{
+    if (text.size() <= longest) {
+        return text;
+    }
+    const bool splitsPair = text.at(longest - 1).isHighSurrogate();
+    return text.left(splitsPair ? longest - 1 : longest) + QChar(0x2026);
+}
+
+QString shortDescription(const QVariant &value, int longest)
+{
+    return shortened(describe(value, 0, longest), longest);
 }
 
 QString description(const QDateTime &date)

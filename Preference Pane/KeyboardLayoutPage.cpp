@@ -14,7 +14,20 @@
 
 KeyboardLayoutPage::KeyboardLayoutPage(QWidget *parent) : QWidget(parent) {}
 
-KeyboardLayoutPage::~KeyboardLayoutPage() = default;
+KeyboardLayoutPage::~KeyboardLayoutPage()
+{
+    delete m_panel;
+    if (m_ui != nullptr) {
+        // The controllers take their rows from the tables as they go, and nothing is left to show.
+        m_ui->applicationTable->disconnect(this);
+        m_ui->keyTable->disconnect(this);
+    }
+}
+
+ZQKeyboardEditPanel *KeyboardLayoutPage::panel() const
+{
+    return m_panel;
+}
 
 void KeyboardLayoutPage::showEvent(QShowEvent *event)
 {
@@ -38,8 +51,11 @@ void KeyboardLayoutPage::load()
     makeMenu();
     m_editor->awakeFromNib();
     m_browser->awakeFromNib();
-    // The preset that shows is the first one: so that can be seen.
-    m_ui->applicationTable->selectOnlyRow(0);
+    {
+        // The preset that shows is the first one: so that can be seen, and need not be read again.
+        const QSignalBlocker blocked(m_ui->applicationTable);
+        m_ui->applicationTable->selectOnlyRow(0);
+    }
     updateControls();
 }
 
@@ -81,22 +97,28 @@ void KeyboardLayoutPage::connectTables()
         return title.isNull() ? title : m_browser->pathForPreset(title);
     });
 
-    connect(m_browser.get(), &ZQKeyboardLayoutAppBrowser::presetWillBeRemoved, this,
-            [this](const QString &title) {
-                if (presets::KeptPreset removed(title); !removed.isNull()) {
-                    m_removed = std::move(removed);
-                    updateControls();
-                }
-            });
+    connect(m_browser.get(), &ZQKeyboardLayoutAppBrowser::presetTakenAway, this,
+            &KeyboardLayoutPage::keepRestorable);
     connect(m_editor.get(), &ZQKeyboardLayoutEditController::presetLoaded, this,
-            &KeyboardLayoutPage::showState);
+            [this](bool readable) {
+                m_readable = readable;
+                m_writeError.clear();
+                updateHint();
+            });
+    connect(m_editor.get(), &ZQKeyboardLayoutEditController::presetWritten, this,
+            [this](const QString &error) {
+                m_writeError = error;
+                updateHint();
+            });
     // The rows are not asked for anew after a shortcut was chosen; what shows of them is painted
     // again when the sheet is off them, with the warnings of the other rows.
     connect(m_editor.get(), &ZQKeyboardLayoutEditController::presetWritten, m_ui->keyTable,
             [this] { m_ui->keyTable->viewport()->update(); });
     connect(m_ui->keyTable, &platform::TableView::selectionDidChange, this, [this] {
         const int row = m_ui->keyTable->selectedRow();
-        m_panel->setKeyDescription(row < 0 ? QString() : m_editor->descriptionOfRow(row));
+        if (m_panel != nullptr) {
+            m_panel->setKeyDescription(row < 0 ? QString() : m_editor->descriptionOfRow(row));
+        }
     });
 }
 
@@ -109,7 +131,10 @@ void KeyboardLayoutPage::makeMenu()
         menu->addAction(tr("E&xport Preset…"), this, &KeyboardLayoutPage::exportPreset);
     m_exportAction->setObjectName(QStringLiteral("exportPresetAction"));
     menu->addSeparator();
-    m_restoreAction = menu->addAction(QString(), this, &KeyboardLayoutPage::restorePreset);
+    m_restoreAction = menu->addAction(QString());
+    // Later: where that fails, an alert waits, and the menu may be gone by then.
+    connect(m_restoreAction, &QAction::triggered, this, &KeyboardLayoutPage::restorePreset,
+            Qt::QueuedConnection);
     m_restoreAction->setObjectName(QStringLiteral("restorePresetAction"));
     m_ui->presetMenuButton->setMenu(menu);
 }
@@ -119,19 +144,28 @@ void KeyboardLayoutPage::updateControls()
     const bool selected = !m_browser->selectedTitle().isNull();
     m_ui->removeApplicationButton->setEnabled(selected);
     m_exportAction->setEnabled(selected);
-    m_restoreAction->setEnabled(!m_removed.isNull());
+    // What is shown without one would be saved nowhere.
+    m_ui->keyTable->setEnabled(selected);
+    m_restoreAction->setEnabled(!m_removed.isEmpty());
     // An ampersand would underline what follows it.
-    QString title = m_removed.title();
+    QString title = m_removed.isEmpty() ? QString() : m_removed.last().title();
     title.replace(QLatin1Char('&'), QStringLiteral("&&"));
-    m_restoreAction->setText(m_removed.isNull() ? tr("&Restore Removed Preset")
-                                                : tr("&Restore “%1”").arg(title));
+    m_restoreAction->setText(m_removed.isEmpty() ? tr("&Restore Removed Preset")
+                                                 : tr("&Restore “%1”").arg(title));
+    updateHint();
 }
 
-void KeyboardLayoutPage::showState(bool readable)
+void KeyboardLayoutPage::updateHint()
 {
-    m_ui->keyHint->setText(readable
-                               ? tr("Double-click a key or press Enter to choose its shortcut; "
-                                    "Delete takes it away.")
-                               : tr("This preset cannot be read. The keys show what was shown "
-                                    "before, and no change of them will be saved."));
+    if (m_browser->selectedTitle().isNull()) {
+        m_ui->keyHint->setText(tr("Select an application to change its shortcuts."));
+    } else if (!m_readable) {
+        m_ui->keyHint->setText(tr("This preset cannot be read. The keys show what was shown "
+                                  "before, and no change of them will be saved."));
+    } else if (!m_writeError.isNull()) {
+        m_ui->keyHint->setText(tr("The last change could not be saved: %1").arg(m_writeError));
+    } else {
+        m_ui->keyHint->setText(tr("Double-click a key or press Enter to choose its shortcut; "
+                                  "Delete takes it away."));
+    }
 }

@@ -5,9 +5,11 @@
 #include "Platform/Bundle.h"
 #include "Preference Pane/PresetTransfer.h"
 
+#include <QPointer>
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class QAction;
 class ZQKeyboardEditPanel;
@@ -35,14 +37,15 @@ public:
 
     ZQKeyboardLayoutAppBrowser *browser() const { return m_browser.get(); }
     ZQKeyboardLayoutEditController *editor() const { return m_editor.get(); }
-    ZQKeyboardEditPanel *panel() const { return m_panel; }
+    ZQKeyboardEditPanel *panel() const;
 
-    // Makes presets of files, asking where there is one of the same title already. What is none is
-    // refused with the reason.
+    // Makes presets of files, asking once where there are some of the same titles already; of two
+    // files of one title the second gets another one. What is none is refused: one alert at the end
+    // tells the reasons.
     void importPresets(const QStringList &paths);
     // Copies the selected preset to a place that the user chooses.
     void exportPreset();
-    // Puts the preset that was removed last back.
+    // Puts the preset back that was removed or replaced last; next time the one before it.
     void restorePreset();
 
 protected:
@@ -52,18 +55,23 @@ private:
     void connectTables();
     void makeMenu();
     void chooseImport();
-    bool importPreset(const QString &path);
+    // Whether those of the titles that the user has may be replaced; nothing for no import at all.
+    std::optional<bool> mayReplace(const QStringList &titles);
+    void keepRestorable(const presets::KeptPreset &preset);
     void presetChangedOutside(const QString &title);
     void updateControls();
-    void showState(bool readable);
+    void updateHint();
     void alert(const QString &message, const QString &reason);
 
     platform::Bundle m_bundle;
     std::unique_ptr<Ui::KeyboardLayoutPage> m_ui;
     std::unique_ptr<ZQKeyboardLayoutEditController> m_editor;
     std::unique_ptr<ZQKeyboardLayoutAppBrowser> m_browser;
-    ZQKeyboardEditPanel *m_panel = nullptr;
+    // A child of the window on which it was shown last.
+    QPointer<ZQKeyboardEditPanel> m_panel;
     QAction *m_exportAction = nullptr;
     QAction *m_restoreAction = nullptr;
-    presets::KeptPreset m_removed;
+    QList<presets::KeptPreset> m_removed;
+    bool m_readable = true;
+    QString m_writeError;
 };

@@ -6,10 +6,15 @@
 #include "Shared/ZQTroubleshootingUtils.h"
 #include "ui_Ostrel_Preference_Pane.h"
 
+#include <QAbstractItemView>
 #include <QDesktopServices>
 #include <QPointer>
 #include <QStyle>
 #include <QUrl>
+
+#include <functional>
+#include <memory>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -24,28 +29,63 @@ void disableWithReason(QPushButton *button, const QString &reason)
     button->setAccessibleDescription(reason);
 }
 
+// Calls changed when another item is chosen, and when the one that shows is chosen again: it may
+// stand for one that is not there any more.
+void connectMenu(QComboBox *menu, QObject *context, const std::function<void()> &changed)
+{
+    const auto told = std::make_shared<int>(-1);
+    QObject::connect(menu, QOverload<int>::of(&QComboBox::currentIndexChanged), context,
+                     [told, changed](int index) {
+                         *told = index;
+                         changed();
+                     });
+    QObject::connect(menu, QOverload<int>::of(&QComboBox::activated), context,
+                     [told, changed](int index) {
+                         if (std::exchange(*told, -1) != index) {
+                             changed();
+                         }
+                     });
+    // A screen reader selects in the list without going there, and nothing would choose the item.
+    // Keys and mouse do both, one after the other.
+    auto *list = menu->view();
+    const auto choose = [menu, list] {
+        const auto selected = list->selectionModel()->selectedIndexes();
+        if (selected.size() == 1 && selected.first() != list->currentIndex()) {
+            menu->hidePopup();
+            menu->setCurrentIndex(selected.first().row());
+        }
+    };
+    QObject::connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, context,
+                     choose, Qt::QueuedConnection);
+}
+
 } // namespace
 
 void Ostrel_Preference_Pane::connectControls()
 {
-    // clicked, activated and the like tell the user's changes only, not those made while loading.
+    // Not clicked, activated and textEdited: these tell of a hand's changes only, not of those that
+    // a screen reader or a voice control makes.
     for (auto *box : {m_ui->autoUpdateCheck, m_ui->volFeedbackCheck,
                       m_ui->securityConfirmConnections, m_ui->securityAllowOneConnection}) {
-        connect(box, &QCheckBox::clicked, this, &Ostrel_Preference_Pane::savePrefs);
+        connect(box, &QCheckBox::toggled, this, &Ostrel_Preference_Pane::settingChanged);
     }
     for (auto *box : {m_ui->networkCustomPortCheck, m_ui->networkDisableBonjour}) {
-        connect(box, &QCheckBox::clicked, this, &Ostrel_Preference_Pane::updateNetworkSettings);
+        connect(box, &QCheckBox::toggled, this, &Ostrel_Preference_Pane::networkSettingChanged);
     }
-    connect(m_ui->networkInterfacePopUp, QOverload<int>::of(&QComboBox::activated), this,
-            &Ostrel_Preference_Pane::updateNetworkSettings);
-
+    connectMenu(m_ui->networkInterfacePopUp, this, [this] { networkSettingChanged(); });
     m_portTimer.setSingleShot(true);
     m_portTimer.setInterval(portPause);
-    connect(m_ui->networkCustomPortText, &QLineEdit::textEdited, this,
-            &Ostrel_Preference_Pane::portEdited);
-    connect(&m_portTimer, &QTimer::timeout, this, &Ostrel_Preference_Pane::savePortIfEdited);
-    connect(m_ui->networkCustomPortText, &QLineEdit::editingFinished, this,
-            &Ostrel_Preference_Pane::savePortIfEdited);
+    connect(m_ui->networkCustomPortText, &QLineEdit::textChanged, this, [this] {
+        showPortHint();
+        // A listener that relaunched at every digit would serve nobody.
+        m_portTimer.start();
+    });
+    connect(&m_portTimer, &QTimer::timeout, this, &Ostrel_Preference_Pane::networkSettingChanged);
+    connect(m_ui->networkCustomPortText, &QLineEdit::editingFinished, this, [this] {
+        if (m_portTimer.isActive()) {
+            networkSettingChanged();
+        }
+    });
 
     m_ui->noticeCloseButton->setIcon(
         m_mainView->style()->standardIcon(QStyle::SP_TitleBarCloseButton));

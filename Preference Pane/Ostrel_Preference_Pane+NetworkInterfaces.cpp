@@ -7,10 +7,11 @@
 #include "Platform/SignalsBlocked.h"
 #include "Platform/TextFormat.h"
 #include "Preference Pane/ListenerPreferences.h"
-#include "Preference Pane/OstrelNames.h"
 #include "Preference Pane/Ostrel_Preference_Pane.h"
 #include "Shared/ZQTaskEx.h"
 #include "ui_Ostrel_Preference_Pane.h"
+
+#include <QPointer>
 
 #include <future>
 #include <memory>
@@ -154,12 +155,17 @@ void Ostrel_Preference_Pane::readInterfacesAhead()
 
 void Ostrel_Preference_Pane::populateNetworkInterfaces()
 {
+    const QPointer<Ostrel_Preference_Pane> self(this);
     const auto found = m_systemProfile.valid()
                            ? interfacesIn(waitForProfile(std::move(m_systemProfile)))
                            : networkInterfaces();
+    if (self == nullptr) {
+        return; // closed by what ran while the profiler was waited for
+    }
     const auto entries = found.value_or(QVariantList());
     const auto saved = listenerPreferences::load().value(listenerPreferences::selectedMACAddress);
     auto *menu = m_ui->networkInterfacePopUp;
+    const QSignalBlocker blocked(menu); // the first item may stand for one that is not there now
     menu->clear();
     menu->addItem(QStringLiteral("Any (recommended)"));
     for (const auto &value : entries) {
@@ -175,10 +181,4 @@ void Ostrel_Preference_Pane::populateNetworkInterfaces()
             menu->setCurrentIndex(last);
         }
     }
-}
-
-void Ostrel_Preference_Pane::updateNetworkSettings()
-{
-    savePrefs();
-    platform::postDistributedNotification({names::relaunchClient, {}, {}});
 }

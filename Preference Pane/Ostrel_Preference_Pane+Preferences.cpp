@@ -13,6 +13,7 @@
 #include "ui_Ostrel_Preference_Pane.h"
 
 #include <QFile>
+#include <QPointer>
 
 namespace keys = listenerPreferences;
 
@@ -40,67 +41,125 @@ bool writeWithAuthorization(const QVariantMap &preferences)
     return false;
 }
 
-} // namespace
-
-void Ostrel_Preference_Pane::showPreferences(const QVariantMap &preferences)
+QVariantMap withControls(const Ui::Ostrel_Preference_Pane &ui, QVariantMap preferences)
 {
-    m_ui->autoUpdateCheck->setChecked(keys::isOnUnlessZero(preferences, keys::autoUpdateCheck));
-    m_ui->volFeedbackCheck->setChecked(keys::isOnUnlessZero(preferences, keys::volChangeFeedback));
-    m_ui->networkCustomPortCheck->setChecked(keys::isOnOnlyAtOne(preferences, keys::customPortSet));
-    const qlonglong port = keys::number(preferences.value(keys::customPort)).value_or(0);
-    if (port > 0) {
-        m_ui->networkCustomPortText->setText(QString::number(port));
-    }
-    m_ui->networkDisableBonjour->setChecked(keys::isOnOnlyAtOne(preferences, keys::disableBonjour));
-    m_ui->securityConfirmConnections->setChecked(
-        keys::isOnOnlyAtOne(preferences, keys::confirmConnections));
-    m_ui->securityAllowOneConnection->setChecked(
-        keys::isOnOnlyAtOne(preferences, keys::limitToOneConnection));
-    showPortHint();
-}
-
-void Ostrel_Preference_Pane::savePrefs()
-{
-    m_portTimer.stop();
-    m_ui->networkCustomPortText->setModified(false);
-    QVariantMap preferences = keys::load();
-    preferences[keys::autoUpdateCheck] = state(m_ui->autoUpdateCheck);
-    preferences[keys::volChangeFeedback] = state(m_ui->volFeedbackCheck);
-    const QString address = m_ui->networkInterfacePopUp->currentData().toString();
+    preferences[keys::autoUpdateCheck] = state(ui.autoUpdateCheck);
+    preferences[keys::volChangeFeedback] = state(ui.volFeedbackCheck);
+    const QString address = ui.networkInterfacePopUp->currentData().toString();
     if (address.isNull()) {
         preferences.remove(keys::selectedMACAddress);
     } else {
         preferences[keys::selectedMACAddress] = address;
     }
-    preferences[keys::customPortSet] = state(m_ui->networkCustomPortCheck);
-    preferences[keys::customPort] = platform::leadingInteger(m_ui->networkCustomPortText->text());
-    preferences[keys::disableBonjour] = state(m_ui->networkDisableBonjour);
-    preferences[keys::confirmConnections] = state(m_ui->securityConfirmConnections);
-    preferences[keys::limitToOneConnection] = state(m_ui->securityAllowOneConnection);
+    preferences[keys::customPortSet] = state(ui.networkCustomPortCheck);
+    preferences[keys::customPort] = platform::leadingInteger(ui.networkCustomPortText->text());
+    preferences[keys::disableBonjour] = state(ui.networkDisableBonjour);
+    preferences[keys::confirmConnections] = state(ui.securityConfirmConnections);
+    preferences[keys::limitToOneConnection] = state(ui.securityAllowOneConnection);
+    return preferences;
+}
 
-    if (!keys::write(preferences) && !writeWithAuthorization(preferences)) {
-        ZQAlert::alertSheetWithMessageText(
-            QStringLiteral("Unable to write preferences"),
-            platform::format(QStringLiteral("Please check the permissions for the directory %@."),
-                             ZQLocalPaths::prefsDirectory(Domain::User)),
-            m_mainView->window());
+QString unwritten()
+{
+    return QStringLiteral("Unable to write preferences");
+}
+
+QString checkPermissions()
+{
+    return platform::format(QStringLiteral("Please check the permissions for the directory %@."),
+                            ZQLocalPaths::prefsDirectory(Domain::User));
+}
+
+void askForRelaunch()
+{
+    platform::postDistributedNotification({names::relaunchClient, {}, {}});
+}
+
+} // namespace
+
+void Ostrel_Preference_Pane::showPreferences(const QVariantMap &preferences)
+{
+    // What is read from the file is not written back.
+    const auto check = [](QCheckBox *box, bool on) {
+        const QSignalBlocker blocked(box);
+        box->setChecked(on);
+    };
+    check(m_ui->autoUpdateCheck, keys::isOnUnlessZero(preferences, keys::autoUpdateCheck));
+    check(m_ui->volFeedbackCheck, keys::isOnUnlessZero(preferences, keys::volChangeFeedback));
+    check(m_ui->networkCustomPortCheck, keys::isOnOnlyAtOne(preferences, keys::customPortSet));
+    const qlonglong port = keys::number(preferences.value(keys::customPort)).value_or(0);
+    if (port > 0) {
+        const QSignalBlocker blocked(m_ui->networkCustomPortText);
+        m_ui->networkCustomPortText->setText(QString::number(port));
+    }
+    check(m_ui->networkDisableBonjour, keys::isOnOnlyAtOne(preferences, keys::disableBonjour));
+    check(m_ui->securityConfirmConnections,
+          keys::isOnOnlyAtOne(preferences, keys::confirmConnections));
+    check(m_ui->securityAllowOneConnection,
+          keys::isOnOnlyAtOne(preferences, keys::limitToOneConnection));
+    showPortHint();
+}
+
+bool Ostrel_Preference_Pane::saveAtOnce()
+{
+    m_portTimer.stop();
+    const bool written = keys::write(withControls(*m_ui, keys::load()));
+    if (written) {
+        updateEnabledStatus(ChangeSwitch::No);
+    }
+    return written;
+}
+
+void Ostrel_Preference_Pane::savePrefs()
+{
+    if (saveAtOnce()) {
         return;
     }
-    updateEnabledStatus(ChangeSwitch::No);
-}
-
-void Ostrel_Preference_Pane::portEdited()
-{
-    showPortHint();
-    // A listener that relaunched at every digit would serve nobody.
-    m_portTimer.start();
-}
-
-void Ostrel_Preference_Pane::savePortIfEdited()
-{
-    if (m_ui->networkCustomPortText->isModified()) {
-        updateNetworkSettings();
+    const QPointer<Ostrel_Preference_Pane> self(this);
+    const QPointer<QWidget> window(m_mainView->window());
+    if (!writeWithAuthorization(withControls(*m_ui, keys::load()))) {
+        ZQAlert::alertSheetWithMessageText(unwritten(), checkPermissions(), window);
+    } else if (self != nullptr) { // not closed while the password was asked for
+        updateEnabledStatus(ChangeSwitch::No);
     }
+}
+
+// Nobody can be asked any more then.
+void Ostrel_Preference_Pane::savePortBeforeClosing()
+{
+    if (!m_portTimer.isActive()) {
+        return;
+    }
+    if (!saveAtOnce()) {
+        ZQAlert::alertSheetWithMessageText(unwritten(), {}, {}, {}, checkPermissions(),
+                                           m_mainView->window(), nullptr, {}, ZQAlert::Block::No,
+                                           nullptr);
+    }
+    askForRelaunch();
+}
+
+void Ostrel_Preference_Pane::settingChanged()
+{
+    if (m_portTimer.isActive()) {
+        networkSettingChanged(); // a new port is saved along with it
+    } else if (!saveAtOnce()) {
+        performLater([this] { savePrefs(); });
+    }
+}
+
+void Ostrel_Preference_Pane::networkSettingChanged()
+{
+    if (saveAtOnce()) {
+        askForRelaunch();
+    } else {
+        performLater([this] { updateNetworkSettings(); });
+    }
+}
+
+void Ostrel_Preference_Pane::updateNetworkSettings()
+{
+    savePrefs();
+    askForRelaunch();
 }
 
 void Ostrel_Preference_Pane::showPortHint()

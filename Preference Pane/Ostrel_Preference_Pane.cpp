@@ -11,6 +11,7 @@
 #include "ui_Ostrel_Preference_Pane.h"
 
 #include <QFileInfo>
+#include <QPointer>
 
 Ostrel_Preference_Pane::Ostrel_Preference_Pane(const platform::Bundle &bundle)
     : PreferencePane(bundle), m_ui(std::make_unique<Ui::Ostrel_Preference_Pane>())
@@ -20,7 +21,7 @@ Ostrel_Preference_Pane::Ostrel_Preference_Pane(const platform::Bundle &bundle)
 Ostrel_Preference_Pane::~Ostrel_Preference_Pane()
 {
     if (m_mainView != nullptr) {
-        savePortIfEdited();
+        savePortBeforeClosing();
         m_ui->masterSwitch->disconnect(this);
     }
     m_statusTimer.reset();
@@ -39,8 +40,9 @@ QWidget *Ostrel_Preference_Pane::loadMainView(QWidget *parent)
     m_ui->setupUi(m_mainView);
     m_ui->keyboard->setBundle(bundle());
     connectControls();
+    const QPointer<QWidget> view(m_mainView);
     mainViewDidLoad();
-    return m_mainView;
+    return view;
 }
 
 void Ostrel_Preference_Pane::mainViewDidLoad()
@@ -61,7 +63,11 @@ void Ostrel_Preference_Pane::mainViewDidLoad()
     m_ui->masterOnLabel->setBackgroundStyle(EmbossedLabel::BackgroundStyle::Raised);
     readVersion();
     connect(m_ui->masterSwitch, &ZQSwitch::onChanged, this, &Ostrel_Preference_Pane::observeSwitch);
+    const QPointer<Ostrel_Preference_Pane> self(this);
     populateNetworkInterfaces();
+    if (self == nullptr) {
+        return;
+    }
     m_workers.start([this] { reloadClientIfNew(); });
     if (listenerPreferences::isOnUnlessZero(preferences, listenerPreferences::autoUpdateCheck)) {
         m_workers.start([] { ZQSoftwareUpdate::automaticallyCheckForUpdates(); });

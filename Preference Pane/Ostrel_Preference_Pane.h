@@ -92,11 +92,9 @@ public:
     void setupClient();
     /// stopClient stops the listener. On a worker.
     void stopClient();
-    /// launchClientAfterDelay starts the listener by hand when it is not up after 15 seconds, for
-    /// which it keeps a processor busy. On a worker.
+    /// launchClientAfterDelay spins for 15 seconds, then starts a listener not up yet. On a worker.
     void launchClientAfterDelay();
-    /// reloadClientIfNew has the service manager load the listener anew when the pane's version
-    /// changed; ends the loading. On a worker.
+    /// reloadClientIfNew has a listener of another version loaded anew; ends loading. On a worker.
     void reloadClientIfNew();
     /// isProcessRunning: whether a process runs an executable of exactly this name. Any thread.
     static bool isProcessRunning(const QString &processName);
@@ -116,11 +114,14 @@ private:
     // Below the status line until the user closes it; none for a null text.
     void showNotice(const QString &text);
     void showPortHint();
-    void portEdited();
-    void savePortIfEdited();
+    // False where the file cannot be written without a question.
+    bool saveAtOnce();
+    void savePortBeforeClosing();
+    // Any change of a control. Asks its questions later, not in the middle of the control's code.
+    void settingChanged();
+    void networkSettingChanged();
     void startStatusPoll();
     void readVersion();
-    // Starts the system profiler, for populateNetworkInterfaces() to wait for.
     void readInterfacesAhead();
     QString listenerPath() const;
     bool authorize();

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Preference Pane/PresetFiles.h"
 
+#include "Platform/FileContents.h"
 #include "Platform/FolderEntries.h"
 #include "Platform/PathText.h"
 #include "Platform/PropertyList.h"
@@ -10,12 +11,30 @@
 #include "Shared/ZQFileManager.h"
 #include "Shared/ZQLocalPaths.h"
 
+#include <QFileInfo>
+
 #include <atomic>
 #include <system_error>
 #include <thread>
 #include <vector>
 
 namespace presets {
+namespace {
+
+constexpr qint64 kibibyte = 1024;
+constexpr qint64 largestFile = 16 * kibibyte * kibibyte; // bytes
+constexpr qint64 largestListing = 2 * largestFile;       // all files together
+constexpr qint64 costOfFile = 4 * kibibyte;              // of opening it, in bytes read instead
+
+std::optional<QVariantMap> readUpTo(const QString &path, qint64 largest)
+{
+    const auto bytes = platform::contentsOfFile(path, largest);
+    const auto value = bytes ? platform::propertyListFromData(*bytes) : std::nullopt;
+    return value && value->userType() == QMetaType::QVariantMap ? std::optional(value->toMap())
+                                                                : std::nullopt;
+}
+
+} // namespace
 
 QString userFolder()
 {
@@ -72,28 +91,40 @@ QStringList identifiers(const QVariantMap &preset)
     return list;
 }
 
+std::optional<QVariantMap> read(const QString &path)
+{
+    return readUpTo(path, largestFile);
+}
+
 QList<QStringList> identifiersOfFiles(const QStringList &paths)
 {
     constexpr std::size_t few = 20; // as many take less than starting a thread may
     std::vector<QString> files(paths.begin(), paths.end());
     std::vector<QStringList> lists(files.size());
+    std::vector<qint64> sizes(files.size());
+    qint64 left = largestListing;
+    for (std::size_t at = 0; at < files.size(); ++at) {
+        const qint64 size = QFileInfo(files[at]).size();
+        const bool fits = size + costOfFile <= left;
+        left -= fits ? size + costOfFile : 0;
+        sizes[at] = fits ? size : -1;
+    }
     std::atomic<std::size_t> next = 0;
-    const auto read = [&] {
+    const auto readAll = [&] {
         for (std::size_t at = next++; at < files.size(); at = next++) {
-            lists[at] =
-                identifiers(platform::dictionaryFromFile(files[at]).value_or(QVariantMap()));
+            lists[at] = identifiers(readUpTo(files[at], sizes[at]).value_or(QVariantMap()));
         }
     };
     std::thread second;
     if (files.size() > few) {
         try {
             const platform::SignalsBlocked blocked;
-            second = std::thread(read);
+            second = std::thread(readAll);
         } catch (const std::system_error &) {
             // Then this one reads all of them.
         }
     }
-    read();
+    readAll();
     if (second.joinable()) {
         second.join();
     }

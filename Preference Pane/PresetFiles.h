@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <QVariantMap>
 
+#include <optional>
+
 // Keyboard-layout presets: a property list "TITLE.okl" each, in the user's folder or, read only,
 // among the pane's own default layouts. Documentation/Presets.md has the format.
 namespace presets {
@@ -43,8 +45,13 @@ QString titleOf(const QString &fileName);
 // there already (kept on purpose). What is no text is left out.
 QStringList identifiers(const QVariantMap &preset);
 
+// The preset in a file, as a dictionary; nothing where it cannot be read or has more than 16 MB,
+// which take about as long to read as people wait.
+std::optional<QVariantMap> read(const QString &path);
+
 // The identifiers of each of these files, none of one that cannot be read. Reads many on two
-// threads.
+// threads. So that no folder keeps the page from opening, files are left out that would make it
+// more than 32 MB in all, with 4 KB for each file besides.
 QList<QStringList> identifiersOfFiles(const QStringList &paths);
 
 // A preset without shortcuts.

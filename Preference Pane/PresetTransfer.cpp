@@ -10,6 +10,10 @@
 #include "Shared/ZQFileManager.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
+#include <QLocale>
+
+#include <algorithm>
 
 namespace presets {
 namespace {
@@ -18,6 +22,10 @@ QString tr(const char *text)
 {
     return QCoreApplication::translate("PresetTransfer", text);
 }
+
+constexpr qint64 largestImport = qint64(1024) * 1024; // bytes
+constexpr int mostIdentifiers = 1000;
+constexpr int longestText = 500; // UTF-16 units
 
 std::optional<QByteArray> contents(const QString &path)
 {
@@ -38,6 +46,36 @@ bool isText(const QVariantMap &preset, const QString &key)
     return !preset.contains(key) || preset.value(key).userType() == QMetaType::QString;
 }
 
+bool isLong(const QVariant &value)
+{
+    return value.userType() == QMetaType::QString && value.toString().size() > longestText;
+}
+
+// All that the page shows of a preset.
+QVariantList shownValues(const QVariantMap &preset)
+{
+    QVariantList values = preset.value(bundleIdsKey).toList();
+    values << preset.value(bundleIdKey) << preset.value(nameKey);
+    for (const QVariant &shortcut : preset.value(keysKey).toMap()) {
+        const bool isEntry = shortcut.userType() == QMetaType::QVariantMap;
+        values << (isEntry ? QVariantList(shortcut.toMap().values()) : QVariantList{shortcut});
+    }
+    return values;
+}
+
+QString reasonAgainstSize(const QVariantMap &preset)
+{
+    const QLocale locale(QLocale::English);
+    if (preset.value(bundleIdsKey).toList().size() > mostIdentifiers) {
+        return tr("It is for more than %1 applications.").arg(locale.toString(mostIdentifiers));
+    }
+    const QVariantList values = shownValues(preset);
+    if (std::any_of(values.begin(), values.end(), isLong)) {
+        return tr("A text in it has more than %1 characters.").arg(locale.toString(longestText));
+    }
+    return {};
+}
+
 } // namespace
 
 QString reasonAgainst(const QString &path)
@@ -45,7 +83,11 @@ QString reasonAgainst(const QString &path)
     if (!platform::lastPathComponent(path).endsWith(ending)) {
         return tr("The names of presets end in “.okl”.");
     }
-    const auto bytes = contents(path);
+    const QFileInfo file(path);
+    if (file.isFile() && file.size() > largestImport) {
+        return tr("The file has more than 1 MB.");
+    }
+    const auto bytes = platform::contentsOfFile(path, largestImport);
     if (!bytes) {
         return tr("The file cannot be read.");
     }
@@ -62,12 +104,12 @@ QString reasonAgainst(const QString &path)
     if (!identifiers || !isText(preset, bundleIdKey) || !isText(preset, nameKey)) {
         return tr("Its “name”, “bundleid” or “bundleids” is of the wrong kind.");
     }
-    return {};
+    return reasonAgainstSize(preset);
 }
 
 bool importFile(const QString &path, const QString &title, QString *error)
 {
-    const auto bytes = contents(path);
+    const auto bytes = platform::contentsOfFile(path, largestImport);
     if (!bytes) {
         *error = tr("The file cannot be read.");
         return false;

@@ -14,7 +14,11 @@ ZQKeyTextCell::ZQKeyTextCell(QString text, QObject *parent)
 
 ZQKeyTextCell::~ZQKeyTextCell()
 {
-    delete m_zqFieldEditor;
+    if (m_zqFieldEditor != nullptr) {
+        // A view that edits with it hears that it is gone, and must not ask us for anything then.
+        m_zqFieldEditor->removeEventFilter(this);
+        delete m_zqFieldEditor;
+    }
 }
 
 QWidget *ZQKeyTextCell::setUpFieldEditorAttributes(QWidget * /*offered*/) const

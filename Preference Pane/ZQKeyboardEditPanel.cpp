@@ -12,6 +12,7 @@
 #include <QDialogButtonBox>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -110,9 +111,12 @@ void ZQKeyboardEditPanel::beginSheet(QWidget *window)
 
 void ZQKeyboardEditPanel::keyDown(quint16 keyCode, quint32 modifierFlags)
 {
+    const QPointer<ZQKeyboardEditPanel> self(this);
     platform::NotificationCenter::defaultCenter().post(
         {names::shortcutKeyChanged, {}, shortcutPayload::ofSheet(keyCode, modifierFlags)});
-    done(QDialog::Accepted);
+    if (self != nullptr) { // who heard it may have waited for a password
+        done(QDialog::Accepted);
+    }
 }
 
 bool ZQKeyboardEditPanel::event(QEvent *event)

@@ -15,6 +15,8 @@
 #include "Shared/ZQFileManager.h"
 #include "Shared/ZQLocalPaths.h"
 
+#include <QPointer>
+
 #include <algorithm>
 
 using namespace std::chrono_literals;
@@ -33,7 +35,7 @@ void alertSheet(const QString &message, const QString &information)
 bool ZQKeyboardLayoutAppBrowser::isServed(const QString &identifier) const
 {
     return std::any_of(m_dataArray.begin(), m_dataArray.end(), [&identifier](const Row &row) {
-        const auto preset = platform::dictionaryFromFile(presets::userFile(row.title));
+        const auto preset = presets::read(presets::userFile(row.title));
         return presets::identifiers(preset.value_or(QVariantMap())).contains(identifier);
     });
 }
@@ -44,8 +46,12 @@ void ZQKeyboardLayoutAppBrowser::addApplication()
     m_panel.reset(panel);
     panel->setWindowTitle(QStringLiteral("Browse for the application to add"));
     panel->setFolder(ZQLocalPaths::applicationDirectory(Domain::Local));
-    panel->begin(platform::mainWindow(), [this, panel](int returnCode, const QString &path) {
-        appBrowseDidEnd(panel, returnCode, path);
+    // Later: an alert waits for its answer, and who closes us meanwhile destroys the panel too.
+    panel->begin(platform::mainWindow(), [this, panel = QPointer(panel)](int returnCode,
+                                                                         const QString &path) {
+        QMetaObject::invokeMethod(
+            this, [this, panel, returnCode, path] { appBrowseDidEnd(panel, returnCode, path); },
+            Qt::QueuedConnection);
     });
 }
 
@@ -70,11 +76,19 @@ void ZQKeyboardLayoutAppBrowser::appBrowseDidEnd(platform::ApplicationPanel *pan
                    QStringLiteral("Please edit the existing preset."));
         return;
     }
+    addPresetFor(path, identifier);
+}
+
+void ZQKeyboardLayoutAppBrowser::addPresetFor(const QString &path, const QString &identifier)
+{
+    const QPointer<ZQKeyboardLayoutAppBrowser> self(this);
     const QString title = platform::deletingPathExtension(platform::lastPathComponent(path));
     const QString folder = presets::userFolder();
     if (!ZQFileManager::fileExistsAtPath(folder)) {
-        ZQFileManager::createDirectory(folder);
+        ZQFileManager::createDirectory(folder); // which may ask for a password
     }
+    // Another application's may have that name.
+    const presets::KeptPreset replaced(title);
     if (!platform::writeDictionaryToFile(presets::blank(title, identifier),
                                          presets::userFile(title))) {
         alertSheet(QStringLiteral("Unable to create preset"),
@@ -83,12 +97,19 @@ void ZQKeyboardLayoutAppBrowser::appBrowseDidEnd(platform::ApplicationPanel *pan
                                     folder));
         return;
     }
+    if (self == nullptr) {
+        return;
+    }
+    if (!replaced.isNull()) {
+        Q_EMIT presetTakenAway(replaced);
+    }
     populateApplications();
     showPreset(title);
 }
 
 void ZQKeyboardLayoutAppBrowser::removeApplication()
 {
+    const QPointer<ZQKeyboardLayoutAppBrowser> self(this);
     const QString title = selectedTitle();
     if (title.isNull()) {
         return;
@@ -102,9 +123,16 @@ void ZQKeyboardLayoutAppBrowser::removeApplication()
     if (answer != platform::AlertDefaultReturn) {
         return;
     }
-    Q_EMIT presetWillBeRemoved(title);
-    ZQFileManager::trashFile(presets::userFile(title), 20s);
-    populateApplications();
-    loadSelectedPreset();
+    const QString path = presets::userFile(title);
+    const presets::KeptPreset removed(title);
+    const bool gone = ZQFileManager::trashFile(path, 20s) && !ZQFileManager::fileExistsAtPath(path);
+    // Whoever confirmed it may have closed us since: while the alert or the Trash was waited for.
+    if (self != nullptr) {
+        if (gone && !removed.isNull()) {
+            Q_EMIT presetTakenAway(removed);
+        }
+        populateApplications();
+        loadSelectedPreset();
+    }
     platform::postDistributedNotification({names::keyboardLayoutModified, {}, {}});
 }

@@ -92,7 +92,9 @@ QVariant ZQKeyboardLayoutAppBrowser::tableViewObjectValueForTableColumn(const QS
 void ZQKeyboardLayoutAppBrowser::tableViewWillDisplayCell(platform::TableCell &cell,
                                                           const QString & /*column*/, int row) const
 {
-    for (const QString &identifier : m_dataArray[row].bundleIDs) {
+    // More than any preset has: the ways that an application is packaged.
+    constexpr int mostIdentifiers = 32;
+    for (const QString &identifier : m_dataArray[row].bundleIDs.mid(0, mostIdentifiers)) {
         const QString path = platform::absolutePathForAppBundleWithIdentifier(identifier);
         if (!path.isNull()) {
             cell.image = platform::iconForFile(path);
@@ -125,6 +127,7 @@ void ZQKeyboardLayoutAppBrowser::showPreset(const QString &title)
     const auto found = std::find_if(m_dataArray.begin(), m_dataArray.end(),
                                     [&title](const Row &row) { return row.title == title; });
     if (found == m_dataArray.end()) {
+        loadSelectedPreset(); // another row may have come to the place of the selected one
         return;
     }
     const int row = static_cast<int>(found - m_dataArray.begin());

@@ -4,6 +4,7 @@
 
 #include "Platform/Bundle.h"
 #include "Platform/TableView.h"
+#include "Preference Pane/PresetTransfer.h"
 #include "Preference Pane/ZQKeyboardLayoutEditController.h"
 
 #include <QDialog>
@@ -68,11 +69,13 @@ public:
     void showPreset(const QString &title);
 
 Q_SIGNALS:
-    // The user's file of a preset is about to be moved to the Trash.
-    void presetWillBeRemoved(const QString &title);
+    // The user's file of a preset was moved to the Trash, or replaced by that of an application
+    // that was added.
+    void presetTakenAway(const presets::KeptPreset &preset);
 
 private:
     void loadSelectedPreset();
+    void addPresetFor(const QString &path, const QString &identifier);
     bool isServed(const QString &identifier) const;
 
     platform::Bundle m_bundle;
@@ -81,7 +84,7 @@ private:
         void operator()(QDialog *panel) const;
     };
 
-    // Kept until the next one: its answer arrives in one of its own calls.
+    // Kept until the next one.
     std::unique_ptr<QDialog, DeleteLater> m_panel;
     QPointer<platform::TableView> m_tableView;
     QPointer<ZQKeyboardLayoutEditController> m_editController;

@@ -10,6 +10,8 @@
 #include "Preference Pane/ZQKeyboardLayoutEditController.h"
 #include "Shared/ZQFileManager.h"
 
+#include <QPointer>
+
 QVariantMap ZQKeyboardLayoutEditController::keysToWrite() const
 {
     QVariantMap keys;
@@ -34,18 +36,24 @@ void ZQKeyboardLayoutEditController::updatePresetFile()
         presets::userFolder() + QLatin1Char('/') + platform::lastPathComponent(m_currentFile);
     const QString folder = platform::deletingLastPathComponent(target);
     if (!ZQFileManager::fileExistsAtPath(folder)) {
-        ZQFileManager::createDirectory(folder);
+        const QPointer<ZQKeyboardLayoutEditController> self(this);
+        ZQFileManager::createDirectory(folder); // which may ask for a password
+        if (self == nullptr) {
+            return;
+        }
     }
     if (target.isEmpty()) {
         return;
     }
-    if (auto preset = platform::dictionaryFromFile(m_currentFile)) {
+    QString error;
+    if (auto preset = presets::read(m_currentFile)) {
         preset->insert(presets::keysKey, keysToWrite());
-        QString error;
         if (!platform::writeDictionaryToFile(*preset, target, &error)) {
             platform::consoleLog(QStringLiteral("Cannot write the preset %@: %@"), target, error);
         }
+    } else {
+        error = tr("The preset cannot be read.");
     }
     platform::postDistributedNotification({names::keyboardLayoutModified, {}, {}});
-    Q_EMIT presetWritten();
+    Q_EMIT presetWritten(error);
 }

@@ -5,6 +5,7 @@
 #include "Platform/MainWindow.h"
 #include "Platform/PlatformException.h"
 #include "Platform/PropertyList.h"
+#include "Platform/ShortText.h"
 #include "Preference Pane/OstrelNames.h"
 #include "Preference Pane/PresetFiles.h"
 #include "Preference Pane/ZQKeyboardEditPanel.h"
@@ -118,7 +119,7 @@ void ZQKeyboardLayoutEditController::loadBlankKeys()
 void ZQKeyboardLayoutEditController::loadKeysForFile(const QString &path)
 {
     m_currentFile = path;
-    const auto preset = platform::dictionaryFromFile(path);
+    const auto preset = presets::read(path);
     if (!preset) {
         Q_EMIT presetLoaded(false);
         return;
@@ -177,8 +178,11 @@ void ZQKeyboardLayoutEditController::keyCleared(const platform::Notification & /
     (*row)[presets::valueKey] = QString(QLatin1String(""));
     row->remove(presets::keyCodeKey);
     row->remove(presets::modifiersKey);
+    const QPointer<ZQKeyboardLayoutEditController> self(this);
     updatePresetFile();
-    reloadTable();
+    if (self != nullptr) {
+        reloadTable();
+    }
 }
 
 int ZQKeyboardLayoutEditController::numberOfRowsInTableView() const
@@ -190,7 +194,9 @@ QString ZQKeyboardLayoutEditController::descriptionOfRow(int row) const
 {
     const QVariantMap &key = m_keyArray[row];
     const QString name = key.value(nameKey).toString();
-    return name.isEmpty() ? key.value(keyKey).toString() : name;
+    // A preset may give a key any name.
+    constexpr int longest = 100;
+    return platform::shortened(name.isEmpty() ? key.value(keyKey).toString() : name, longest);
 }
 
 QVariant ZQKeyboardLayoutEditController::tableViewObjectValueForTableColumn(const QString &column,

@@ -79,8 +79,8 @@ public:
 Q_SIGNALS:
     // Another preset is shown, or the same anew; whether it could be read.
     void presetLoaded(bool readable);
-    // The rows have been written, or that was tried.
-    void presetWritten();
+    // The rows have been written, or could not be for that reason; null for none.
+    void presetWritten(const QString &error);
 
 private:
     QVariantMap *selectedKey();

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
+#include "Platform/MainWindow.h"
 #include "Platform/TextFormat.h"
 #include "Platform/UserDefaults.h"
 #include "Shared/ZQAlert.h"
@@ -39,7 +40,7 @@ void ZQAlert::alertSheetWithDictionary(const QVariantMap &dictionary)
     description.alternateButton = text("alternateButtonTitle");
     description.otherButton = text("otherButtonTitle");
     m_escapeReturn = description.escapeReturn();
-    if (qobject_cast<QApplication *>(QCoreApplication::instance()) == nullptr) {
+    if (!platform::hasWindows()) {
         ZQLog::appendLog(QStringLiteral("Alert error: no window can show \"%@\""),
                          description.messageText);
         endWithoutAnswer();

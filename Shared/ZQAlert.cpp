@@ -3,6 +3,7 @@
 #include "Shared/ZQAlert.h"
 
 #include "Platform/MainThread.h"
+#include "Platform/MainWindow.h"
 #include "Platform/WorkerThreads.h"
 #include "Shared/ZQAlertCompletion.h"
 #include "Shared/ZQLog.h"
@@ -38,7 +39,7 @@ void putUnlessNull(QVariantMap &dictionary, const QString &key, const QString &t
 
 ZQAlert::ZQAlert()
 {
-    if (!platform::isMainThread()) {
+    if (!platform::isMainThread() && QCoreApplication::instance() != nullptr) {
         moveToThread(QCoreApplication::instance()->thread());
     }
 }
@@ -132,14 +133,19 @@ qint64 ZQAlert::alertSheetWithMessageText(const QString &messageText, const QStr
     putUnlessNull(dictionary, QStringLiteral("informativeText"), informativeText);
     putUnlessNull(dictionary, QStringLiteral("didEndSelector"), selector);
     putUnlessNull(dictionary, QStringLiteral("suppressionBinding"), suppressionBinding);
-    platform::performOnMainThreadAndWait([&] { alert->alertSheetWithDictionary(dictionary); });
+    const bool hasWindows = platform::hasWindows();
+    const auto begin = [&] { alert->alertSheetWithDictionary(dictionary); };
+    // Without an application there may be nobody who serves the main thread.
+    hasWindows ? platform::performOnMainThreadAndWait(begin) : begin();
 
     if (block == Block::No) {
         keepForever(alert);
         return -1;
     }
-    alert->wait();
-    platform::performOnMainThreadAndWait([&] { alert->setAlert(nullptr); });
+    if (hasWindows) {
+        alert->wait();
+        platform::performOnMainThreadAndWait([&] { alert->setAlert(nullptr); });
+    }
     return alert->returnCode();
 }
 

@@ -18,7 +18,8 @@
 // alternate button, else the other, else the default one. So does the end of the wait when nobody
 // can answer any more: the parent window is destroyed, the application quits, or the worker that
 // waits is asked to end. No form raises; without windows at all (no QApplication) the alert is
-// logged and answered in the same way.
+// logged and answered in the same way, at once. Who waits on the main thread may find its own
+// objects destroyed afterwards: the host may have closed them.
 //
 // A selector is a message's keywords, each with its colon. A delegate answers to it when it has an
 // invokable method (Q_INVOKABLE or a slot) named by the first keyword with one parameter per

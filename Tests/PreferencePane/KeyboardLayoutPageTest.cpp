@@ -1,14 +1,15 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
-#include "Preference Pane/KeyboardLayoutPage.h"
-
+#include "Platform/ApplicationPanel.h"
+#include "Platform/PropertyList.h"
+#include "Preference Pane/PresetFiles.h"
 #include "Preference Pane/PresetTableView.h"
 #include "Preference Pane/ZQKeyboardEditPanel.h"
 #include "Preference Pane/ZQKeyboardLayoutAppBrowser.h"
 #include "Preference Pane/ZQKeyboardLayoutEditController.h"
 #include "Shared/ZQLocalPaths.h"
+#include "Tests/PreferencePane/PageFixture.h"
 #include "Tests/PreferencePane/PresetBusMonitor.h"
-#include "Tests/PreferencePane/PresetFixture.h"
 #include "Tests/Support/AlertWatcher.h"
 
 #include <QAction>
@@ -43,6 +44,12 @@ private Q_SLOTS:
     void anExportedPresetIsTheSameFile();
     void aRemovedPresetIsRestored();
     void aRestoredPresetReplacesNothing();
+    void severalRemovedPresetsAreRestoredOneAfterTheOther();
+    void aRemovalThatFailedOffersNoRestoring();
+    void anApplicationAddedOverAPresetKeepsTheOldOneRestorable();
+    void aReplacedPresetIsRestored();
+    void withoutAChosenApplicationNoKeyCanBeChanged();
+    void aChangeThatCannotBeWrittenIsShownAsUnsaved();
     void everyControlHasAnAccessibleName();
 };
 
@@ -56,48 +63,6 @@ QVariantMap preset(const QString &shortcut)
             {QStringLiteral("keys"), QVariantMap{{QStringLiteral("play"), shortcut}}}};
 }
 
-class Page {
-public:
-    explicit Page(const PresetFixture &fixture)
-    {
-        m_page = new KeyboardLayoutPage(&m_window);
-        m_page->setBundle(fixture.bundle());
-        m_window.setCentralWidget(m_page);
-    }
-    void show()
-    {
-        m_window.show();
-        m_window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&m_window));
-    }
-    KeyboardLayoutPage &operator*() const { return *m_page; }
-    KeyboardLayoutPage *operator->() const { return m_page; }
-    template <typename T>
-    T *control(const char *name) const
-    {
-        auto *found = m_page->findChild<T *>(QString::fromLatin1(name));
-        Q_ASSERT(found != nullptr);
-        return found;
-    }
-    PresetTableView *applications() const { return control<PresetTableView>("applicationTable"); }
-    ZQShortcutKeyTableview *keys() const { return control<ZQShortcutKeyTableview>("keyTable"); }
-    QStringList shownTitles() const
-    {
-        QStringList titles;
-        auto *model = applications()->model();
-        for (int row = 0; row < model->rowCount(); ++row) {
-            titles.append(model->index(row, 0).data().toString());
-        }
-        return titles;
-    }
-    QString shortcut(int row) const { return keys()->model()->index(row, 1).data().toString(); }
-    QAction *action(const char *name) const { return control<QAction>(name); }
-
-private:
-    QMainWindow m_window;
-    KeyboardLayoutPage *m_page;
-};
-
 QString writeFile(const QTemporaryDir &folder, const QString &name, const QByteArray &bytes)
 {
     const QString path = folder.filePath(name);
@@ -107,6 +72,24 @@ QString writeFile(const QTemporaryDir &folder, const QString &name, const QByteA
     }
     return path;
 }
+
+// A folder in which nothing can be made or removed meanwhile.
+class Unwritable {
+public:
+    explicit Unwritable(QString folder) : m_folder(std::move(folder))
+    {
+        QFile::setPermissions(m_folder, QFile::ReadOwner | QFile::ExeOwner);
+    }
+    ~Unwritable()
+    {
+        QFile::setPermissions(m_folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    Unwritable(const Unwritable &) = delete;
+    Unwritable &operator=(const Unwritable &) = delete;
+
+private:
+    QString m_folder;
+};
 
 const QByteArray goodFile = "<plist version=\"1.0\"><dict><key>keys</key><dict><key>play</key>"
                             "<string>Imported</string></dict></dict></plist>";
@@ -377,8 +360,8 @@ void KeyboardLayoutPageTest::aRemovedPresetIsRestored()
     QCOMPARE(restore->text(), QStringLiteral("&Restore “Mine && more”"));
     PresetBusMonitor monitor;
     restore->trigger();
-    QCOMPARE(PresetFixture::userBytes(QStringLiteral("Mine & more")), goodFile);
-    QCOMPARE(page->browser()->selectedTitle(), QStringLiteral("Mine & more"));
+    QTRY_COMPARE(PresetFixture::userBytes(QStringLiteral("Mine & more")), goodFile);
+    QTRY_COMPARE(page->browser()->selectedTitle(), QStringLiteral("Mine & more"));
     QVERIFY(!restore->isEnabled());
     QTRY_COMPARE(monitor.notices(), 1);
 }
@@ -394,8 +377,146 @@ void KeyboardLayoutPageTest::aRestoredPresetReplacesNothing()
     page->browser()->removeApplication();
     PresetFixture::writeUser(QStringLiteral("Mine"), preset(QStringLiteral("newer")));
     page.action("restorePresetAction")->trigger();
-    QCOMPARE(page.shownTitles(), QStringList({QStringLiteral("Mine"), QStringLiteral("Mine 2")}));
+    QTRY_COMPARE(page.shownTitles(),
+                 QStringList({QStringLiteral("Mine"), QStringLiteral("Mine 2")}));
     QCOMPARE(PresetFixture::userBytes(QStringLiteral("Mine 2")), goodFile);
+}
+
+void KeyboardLayoutPageTest::severalRemovedPresetsAreRestoredOneAfterTheOther()
+{
+    const PresetFixture fixture;
+    const QStringList titles{QStringLiteral("A"), QStringLiteral("B")};
+    for (const QString &title : titles) {
+        PresetFixture::writeUserBytes(title + QStringLiteral(".okl"), goodFile);
+    }
+    Page page(fixture);
+    page.show();
+    const test::AlertWatcher answer(
+        [](platform::AlertPanel &alert) { test::click(alert, "defaultButton"); });
+    page->browser()->removeApplication();
+    page->browser()->removeApplication();
+    QVERIFY(page.shownTitles().isEmpty());
+    auto *restore = page.action("restorePresetAction");
+    QCOMPARE(restore->text(), QStringLiteral("&Restore “B”"));
+    restore->trigger();
+    QTRY_COMPARE(restore->text(), QStringLiteral("&Restore “A”"));
+    restore->trigger();
+    QTRY_COMPARE(page.shownTitles(), titles);
+    QVERIFY(!restore->isEnabled());
+}
+
+void KeyboardLayoutPageTest::aRemovalThatFailedOffersNoRestoring()
+{
+    const PresetFixture fixture;
+    PresetFixture::writeUserBytes(QStringLiteral("Mine.okl"), goodFile);
+    Page page(fixture);
+    page.show();
+    const test::AlertWatcher answer(
+        [](platform::AlertPanel &alert) { test::click(alert, "defaultButton"); });
+    const Unwritable folder(presets::userFolder());
+    page->browser()->removeApplication();
+    QCOMPARE(answer.count(), 1);
+    QCOMPARE(page.shownTitles(), QStringList{QStringLiteral("Mine")});
+    QVERIFY(!page.action("restorePresetAction")->isEnabled());
+}
+
+void KeyboardLayoutPageTest::anApplicationAddedOverAPresetKeepsTheOldOneRestorable()
+{
+    const PresetFixture fixture;
+    PresetFixture::writeUserBytes(QStringLiteral("Player.okl"), goodFile);
+    Page page(fixture);
+    page.show();
+    const QString application = QStringLiteral("/Applications/Player.app");
+    QDir().mkpath(application + QStringLiteral("/Contents"));
+    QVERIFY(platform::writeDictionaryToFile(
+        {{QStringLiteral("CFBundleIdentifier"), QStringLiteral("org.player")}},
+        application + QStringLiteral("/Contents/Info.plist")));
+    {
+        const Unwritable folder(presets::userFolder());
+        const test::AlertWatcher answer(
+            [](platform::AlertPanel &alert) { test::click(alert, "defaultButton"); });
+        page->browser()->appBrowseDidEnd(nullptr, platform::PanelOKButton, application);
+        QVERIFY(!page.action("restorePresetAction")->isEnabled());
+    }
+    page->browser()->appBrowseDidEnd(nullptr, platform::PanelOKButton, application);
+    QCOMPARE(PresetFixture::user(player).value(QStringLiteral("bundleid")).toString(),
+             QStringLiteral("org.player"));
+    QVERIFY(page.action("restorePresetAction")->isEnabled());
+    page.action("restorePresetAction")->trigger();
+    QTRY_COMPARE(page.shownTitles(), QStringList({player, player + QStringLiteral(" 2")}));
+    QCOMPARE(PresetFixture::userBytes(player + QStringLiteral(" 2")), goodFile);
+}
+
+void KeyboardLayoutPageTest::aReplacedPresetIsRestored()
+{
+    const PresetFixture fixture;
+    PresetFixture::writeUserBytes(QStringLiteral("Mine.okl"), goodFile);
+    Page page(fixture);
+    page.show();
+    const QTemporaryDir folder;
+    const test::AlertWatcher answer(
+        [](platform::AlertPanel &alert) { test::click(alert, "otherButton"); });
+    page->importPresets({writeFile(folder, QStringLiteral("Mine.okl"), goodFile + ' ')});
+    QCOMPARE(PresetFixture::userBytes(QStringLiteral("Mine")), goodFile + ' ');
+    page.action("restorePresetAction")->trigger();
+    QTRY_COMPARE(PresetFixture::userBytes(QStringLiteral("Mine 2")), goodFile);
+}
+
+void KeyboardLayoutPageTest::withoutAChosenApplicationNoKeyCanBeChanged()
+{
+    const PresetFixture fixture;
+    PresetFixture::writeUser(player, preset(QStringLiteral("P")));
+    Page page(fixture);
+    page.show();
+    const auto *hint = page.control<QLabel>("keyHint");
+    const QString usual = hint->text();
+    QVERIFY(page.keys()->isEnabled());
+    const test::AlertWatcher answer(
+        [](platform::AlertPanel &alert) { test::click(alert, "defaultButton"); });
+    page->browser()->removeApplication();
+    QVERIFY(!page.keys()->isEnabled());
+    QVERIFY(hint->text() != usual);
+    QCOMPARE(page.shortcut(0), QStringLiteral("P")); // the rows stay
+    page.action("restorePresetAction")->trigger();
+    QTRY_VERIFY(page.keys()->isEnabled());
+    QCOMPARE(hint->text(), usual);
+    page.control<QLineEdit>("applicationFilter")->setText(QStringLiteral("other"));
+    QVERIFY(!page.keys()->isEnabled());
+
+    PresetFixture empty;
+    Page none(empty);
+    none.show();
+    QVERIFY(!none.keys()->isEnabled());
+}
+
+void KeyboardLayoutPageTest::aChangeThatCannotBeWrittenIsShownAsUnsaved()
+{
+    const PresetFixture fixture;
+    PresetFixture::writeUser(player, preset(QStringLiteral("P")));
+    Page page(fixture);
+    page.show();
+    const auto *hint = page.control<QLabel>("keyHint");
+    const QString usual = hint->text();
+    PresetBusMonitor monitor;
+    page.keys()->selectOnlyRow(0);
+    {
+        const Unwritable folder(presets::userFolder());
+        page->panel()->keyDown(1, 0);
+    }
+    QVERIFY2(hint->text().contains(QStringLiteral("could not be saved: Permission denied")),
+             qPrintable(hint->text()));
+    QCOMPARE(page.shortcut(0), QStringLiteral("S"));
+    QTRY_COMPARE(monitor.notices(), 1);
+    // The next change writes all rows.
+    page.keys()->selectOnlyRow(1);
+    page->panel()->keyDown(1, 0);
+    QCOMPARE(hint->text(), usual);
+    QFile::remove(PresetFixture::userPath(player));
+    page->panel()->keyDown(1, 0);
+    QVERIFY(hint->text().contains(QStringLiteral("could not be saved")));
+    PresetFixture::writeUser(player, preset(QStringLiteral("P")));
+    page->browser()->showPreset(player);
+    QCOMPARE(hint->text(), usual);
 }
 
 void KeyboardLayoutPageTest::everyControlHasAnAccessibleName()

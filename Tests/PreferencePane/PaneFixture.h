@@ -37,6 +37,8 @@ public:
 
     void open();
     void close();
+    // The window stays.
+    void closePane() { m_pane.reset(); }
     // Waits for the end of the start-up version check, from which on the switch acts.
     void waitUntilLoaded() const;
     // Waits for the end of a start or stop.

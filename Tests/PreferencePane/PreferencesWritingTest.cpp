@@ -286,9 +286,9 @@ void PreferencesWritingTest::inAnUnwritableFolderOneRequestIsMadeAndTheAlertName
     });
     answer.start(20);
     fixture.control<QCheckBox>("securityConfirmConnections")->click();
+    QTRY_COMPARE(alerts, 1);
     QFile::setPermissions(PaneFixture::preferencesFolder(),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    QCOMPARE(alerts, 1);
     QCOMPARE(message, QStringLiteral("Unable to write preferences"));
     QCOMPARE(informative, QStringLiteral("Please check the permissions for the directory %1.")
                               .arg(PaneFixture::preferencesFolder()));
@@ -311,14 +311,17 @@ void PreferencesWritingTest::aFailedSaveKeepsTheControlsAndDoesNotRefresh()
     PaneFixture fixture(std::chrono::seconds(60));
     fixture.open();
     QFile::setPermissions(PaneFixture::preferencesFolder(), QFile::ReadOwner | QFile::ExeOwner);
+    int alerts = 0;
     QTimer answer;
-    connect(&answer, &QTimer::timeout, &answer, [] {
+    connect(&answer, &QTimer::timeout, &answer, [&alerts] {
         if (auto *alert = qobject_cast<platform::AlertPanel *>(QApplication::activeModalWidget())) {
+            ++alerts;
             alert->accept();
         }
     });
     answer.start(20);
     fixture.control<QCheckBox>("networkCustomPortCheck")->click();
+    QTRY_COMPARE(alerts, 1);
     QFile::setPermissions(PaneFixture::preferencesFolder(),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     QVERIFY(fixture.control<QCheckBox>("networkCustomPortCheck")->isChecked());

@@ -13,6 +13,8 @@
 #include <QStandardItemModel>
 #include <QTest>
 
+#include <memory>
+
 // The views that catch key presses, and what they post.
 class ShortcutCaptureTest : public QObject {
     Q_OBJECT
@@ -33,6 +35,8 @@ private Q_SLOTS:
     void anExceptionOfAnObserverEndsInTheFieldEditor();
     void theCellGivesItsOwnEditorWhateverIsOffered();
     void theCellsEditorOutlivesTheEditing();
+    void aCellMayGoWhileItsEditorIsOpen();
+    void aCellMayGoInItsEditorsKeyPress();
     void backspaceAndDeleteInTheTableClear_data();
     void backspaceAndDeleteInTheTableClear();
     void enterInTheTableIsTheBaseTables();
@@ -285,6 +289,44 @@ void ShortcutCaptureTest::theCellsEditorOutlivesTheEditing()
     view.setModel(&model);
     view.setItemDelegate(&cell);
     view.edit(model.index(0, 0));
+}
+
+void ShortcutCaptureTest::aCellMayGoWhileItsEditorIsOpen()
+{
+    QStandardItemModel model(2, 1);
+    QTableView view;
+    view.setModel(&model);
+    auto cell = std::make_unique<ZQKeyTextCell>();
+    view.setItemDelegate(cell.get());
+    view.show();
+    view.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&view));
+    view.edit(model.index(0, 0));
+    QVERIFY(cell->zqFieldEditor()->hasFocus());
+    cell.reset();
+    QVERIFY(view.findChild<ZQShortcutKeyFieldEditor *>() == nullptr);
+    // The view edits again, with another cell.
+    ZQKeyTextCell other;
+    view.setItemDelegate(&other);
+    view.edit(model.index(1, 0));
+    QCOMPARE(other.zqFieldEditor()->parentWidget(), view.viewport());
+}
+
+void ShortcutCaptureTest::aCellMayGoInItsEditorsKeyPress()
+{
+    QStandardItemModel model(1, 1);
+    QTableView view;
+    view.setModel(&model);
+    auto cell = std::make_unique<ZQKeyTextCell>();
+    view.setItemDelegate(cell.get());
+    view.show();
+    view.edit(model.index(0, 0));
+    m_observers.push_back(platform::NotificationCenter::defaultCenter().addObserver(
+        QStringLiteral("ZQShortcutKeyChanged"),
+        [&cell](const platform::Notification &) { cell.reset(); }));
+    QTest::keyClick(cell->zqFieldEditor(), Qt::Key_S);
+    QVERIFY(cell == nullptr);
+    QCOMPARE(m_changes.size(), 1);
 }
 
 void ShortcutCaptureTest::backspaceAndDeleteInTheTableClear_data()
