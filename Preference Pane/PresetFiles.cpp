@@ -2,17 +2,15 @@
 // SPDX-License-Identifier: MIT
 #include "Preference Pane/PresetFiles.h"
 
+#include "Platform/BackgroundThread.h"
 #include "Platform/FolderEntries.h"
 #include "Platform/PathText.h"
 #include "Platform/PropertyList.h"
-#include "Platform/SignalsBlocked.h"
 #include "Platform/TextFormat.h"
 #include "Shared/ZQFileManager.h"
 #include "Shared/ZQLocalPaths.h"
 
 #include <atomic>
-#include <system_error>
-#include <thread>
 #include <vector>
 
 namespace presets {
@@ -86,12 +84,7 @@ QList<QStringList> identifiersOfFiles(const QStringList &paths)
     };
     std::thread second;
     if (files.size() > few) {
-        try {
-            const platform::SignalsBlocked blocked;
-            second = std::thread(read);
-        } catch (const std::system_error &) {
-            // Then this one reads all of them.
-        }
+        second = platform::startThread(read); // without it this one reads all of them
     }
     read();
     if (second.joinable()) {
