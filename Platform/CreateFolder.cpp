@@ -3,7 +3,10 @@
 #include "Platform/CreateFolder.h"
 
 #include "Platform/FileName.h"
+#include "Platform/FolderEntries.h"
+#include "Platform/ReplaceableFile.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -37,6 +40,36 @@ std::vector<QByteArray> missingFolders(QByteArray folder)
     }
 }
 
+// As root in somebody's folder, gives a new folder to that somebody. By its name it may be another
+// one by now, so only an empty one is given away.
+void giveToOwnerAbove(const ItemPlace &place)
+{
+    const Descriptor made(::openat(place.folder.number(), place.name.constData(),
+                                   O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    EntryBatch entries;
+    if (made.isOpen() && ::fstat(made.number(), &status) == 0 && status.st_uid == 0 &&
+        !(entries.read(made.number()) && entries.next())) {
+        giveToOwnerOfFolder(place.folder.number(), made.number());
+    }
+}
+
+// 0, else the reason (errno).
+int makeFolder(const QByteArray &folder)
+{
+    ItemPlace place;
+    if (const auto error = openPlace(fileNameFromBytes(folder), place); error != 0) {
+        return error;
+    }
+    if (::mkdirat(place.folder.number(), place.name.constData(), everybody) != 0) {
+        return errno;
+    }
+    if (::geteuid() == 0) {
+        giveToOwnerAbove(place);
+    }
+    return 0;
+}
+
 } // namespace
 
 FileError createFolder(const QString &path)
@@ -49,9 +82,10 @@ FileError createFolder(const QString &path)
     std::vector<QByteArray> made;
     for (; !missing.empty(); missing.pop_back()) {
         const auto &folder = missing.back();
-        if (::mkdir(folder.constData(), everybody) == 0) {
+        const auto error = makeFolder(folder);
+        if (error == 0) {
             made.push_back(folder);
-        } else if (const auto error = errno; error != EEXIST || !exists(folder)) {
+        } else if (error != EEXIST || !exists(folder)) {
             for (; !made.empty(); made.pop_back()) {
                 ::rmdir(made.back().constData());
             }

@@ -7,7 +7,8 @@
 namespace platform {
 
 // Makes a folder and those above it that are missing, for everybody as far as the process's mask
-// goes. No error where it exists. Takes back what it has made where it fails.
+// goes; what root makes in somebody's folder belongs to that somebody. No error where it exists.
+// Takes back what it has made where it fails.
 FileError createFolder(const QString &path);
 
 } // namespace platform

@@ -6,6 +6,7 @@
 #include "Platform/FileError.h"
 #include "Platform/FileName.h"
 #include "Platform/ItemPlace.h"
+#include "Platform/ReplaceableFile.h"
 #include "Platform/StandardFolders.h"
 #include "Platform/UnnamedFile.h"
 
@@ -66,6 +67,7 @@ bool createEmptyPrivateFile(const QString &path, QString *error)
         code = file.create(place.folder.number(), S_IRUSR | S_IWUSR);
     }
     if (code == 0) {
+        giveToOwnerOfFolder(place.folder.number(), file.descriptor());
         code = file.publishOrReplace(place.name);
     }
     if (code != 0) {
