@@ -121,7 +121,7 @@ void Ostrel_Preference_Pane::enableDisableClient()
     disableInterface();
     const auto isOn = m_ui->masterSwitch->isOn();
     if (!m_workers.start([this, isOn] { isOn ? setupClient() : stopClient(); })) {
-        endClientOperation();
+        performLater([this] { endClientOperation(); });
     }
 }
 
