@@ -129,11 +129,11 @@ std::optional<QVariant> dateFromNode(plist_t node)
 Node nodeFromDate(const QDateTime &date)
 {
     constexpr auto secondsTo2001 = 978307200;
-    const auto seconds =
-        static_cast<double>((date.toMSecsSinceEpoch() - date.time().msec()) / 1000 - secondsTo2001);
+    const auto since1970 = (date.toMSecsSinceEpoch() - date.time().msec()) / 1000;
+    const auto seconds = static_cast<double>(since1970 - secondsTo2001);
     quint64 bits = 0;
     std::memcpy(&bits, &seconds, sizeof bits);
-    QByteArray list("bplist00\x33");
+    QByteArray list("bplist003"); // what comes is a date
     for (auto shift = 56; shift >= 0; shift -= 8) {
         list += static_cast<char>(bits >> static_cast<unsigned>(shift) & 0xFFU);
     }
@@ -433,8 +433,7 @@ QByteArray dataFromValue(const QVariant &value, Form form, QString &error, bool 
         error = QStringLiteral("The XML form cannot hold one of the values.");
         return {};
     }
-    const auto data =
-        form == Form::Xml ? corrected(xmlFromNode(node.get())) : binaryFromNode(node.get());
+    auto data = form == Form::Xml ? corrected(xmlFromNode(node.get())) : binaryFromNode(node.get());
     if (data.size() > maximumSize) {
         error = QStringLiteral("The property list would be too large.");
         return {};
