@@ -127,7 +127,7 @@ void ApplicationPanel::load()
 {
     m_model->setApplications({});
     m_list->setPlaceholder(tr("Looking for applications..."));
-    m_workers.start([panel = QPointer(this), run = ++m_run, folder = m_folder] {
+    const auto look = [panel = QPointer(this), run = ++m_run, folder = m_folder] {
         auto rows = std::make_shared<std::vector<ApplicationRow>>();
         for (auto &application : installedApplications(folder)) {
             rows->emplace_back(std::move(application));
@@ -141,7 +141,10 @@ void ApplicationPanel::load()
                 panel->search(panel->m_search->text());
             }
         });
-    });
+    };
+    if (!m_workers.start(look)) {
+        look();
+    }
 }
 
 void ApplicationPanel::search(const QString &text)

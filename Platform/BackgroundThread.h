@@ -9,19 +9,30 @@
 
 namespace platform {
 
-// Runs body on a thread of its own that gets no signals and that nobody waits for, not even at the
-// end of the process: it must not use what is destroyed then. False when there is no thread to be
-// had.
+// Runs body on a thread of its own that gets no signals. Not joinable, with body not called, when
+// there is no thread to be had.
 template <typename Body>
-bool startBackgroundThread(Body body)
+std::thread startThread(Body body)
 {
     const SignalsBlocked blocked;
     try {
-        std::thread(std::move(body)).detach();
+        return std::thread(std::move(body));
     } catch (const std::system_error &) {
-        return false;
+        return {};
     }
-    return true;
+}
+
+// The same on a thread that nobody waits for, not even at the end of the process: it must not use
+// what is destroyed then. False when there is no thread to be had.
+template <typename Body>
+bool startBackgroundThread(Body body)
+{
+    auto thread = startThread(std::move(body));
+    const auto hasStarted = thread.joinable();
+    if (hasStarted) {
+        thread.detach();
+    }
+    return hasStarted;
 }
 
 } // namespace platform

@@ -2,31 +2,18 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/BackgroundWork.h"
 
+#include "Platform/BackgroundThread.h"
 #include "Platform/MainThread.h"
-#include "Platform/SignalsBlocked.h"
 
 #include <QCoreApplication>
 
 #include <chrono>
 #include <future>
-#include <system_error>
-#include <thread>
 
 namespace platform {
 namespace {
 
 constexpr auto step = std::chrono::milliseconds(10);
-
-// No thread where there is none to be had; the task has not been begun then.
-std::thread threadFor(std::packaged_task<void()> &task)
-{
-    const SignalsBlocked blocked;
-    try {
-        return std::thread([&task] { task(); });
-    } catch (const std::system_error &) {
-        return {};
-    }
-}
 
 } // namespace
 
@@ -38,7 +25,7 @@ void performInBackground(const std::function<void()> &work)
     }
     std::packaged_task<void()> task(work);
     auto result = task.get_future();
-    auto thread = threadFor(task);
+    auto thread = startThread([&task] { task(); });
     if (!thread.joinable()) {
         work();
         return;

@@ -4,6 +4,7 @@
 
 #include "Platform/FileName.h"
 #include "Platform/OpenPath.h"
+#include "Platform/ReplaceableFile.h"
 #include "Platform/UnfinishedItem.h"
 
 #include <fcntl.h>
@@ -18,10 +19,17 @@ namespace {
 
 constexpr mode_t everybody = 0777;
 
+// Whether root works in the folder of another.
+bool isSomebodyElses(int folder)
+{
+    struct stat status {};
+    return ::geteuid() == 0 && ::fstat(folder, &status) == 0 && status.st_uid != 0;
+}
+
 // Goes down a path with each folder pinned, so that none is another one by the time it is used.
 class WayDown {
 public:
-    WayDown(mode_t mode, NewOwner owner) : m_mode(mode), m_owner(owner) {}
+    explicit WayDown(mode_t mode) : m_mode(mode) {}
 
     // Each: 0, else the reason (errno).
     int begin(bool atRoot);
@@ -42,7 +50,6 @@ private:
     int makeForOwnerAbove(const QByteArray &name, Descriptor &made) const;
 
     mode_t m_mode;
-    NewOwner m_owner;
     Descriptor m_at;
     std::vector<Made> m_made;
 };
@@ -78,8 +85,8 @@ int WayDown::enter(const QByteArray &name)
 int WayDown::make(const QByteArray &name)
 {
     Descriptor made;
-    const auto isForOther = m_owner == NewOwner::OwnerAbove && ::geteuid() == 0;
-    const auto error = isForOther ? makeForOwnerAbove(name, made) : makeHere(name, made);
+    const auto error =
+        isSomebodyElses(m_at.number()) ? makeForOwnerAbove(name, made) : makeHere(name, made);
     if (made.isOpen()) {
         m_made.push_back({std::exchange(m_at, std::move(made)), name});
         return error;
@@ -116,9 +123,7 @@ int WayDown::makeForOwnerAbove(const QByteArray &name, Descriptor &made) const
     if (const auto error = item.create(m_at.number()); error != 0) {
         return error;
     }
-    struct stat above {};
-    if (::mkdirat(item.folder(), UnfinishedItem::name, m_mode) != 0 ||
-        ::fstat(m_at.number(), &above) != 0) {
+    if (::mkdirat(item.folder(), UnfinishedItem::name, m_mode) != 0) {
         return errno;
     }
     Descriptor folder(retried([&] {
@@ -128,9 +133,7 @@ int WayDown::makeForOwnerAbove(const QByteArray &name, Descriptor &made) const
     if (!folder.isOpen()) {
         return errno;
     }
-    if (::fchown(folder.number(), above.st_uid, above.st_gid) != 0) {
-        // In a container the owner may be one that cannot be given: it stays root's.
-    }
+    giveToOwnerOfFolder(m_at.number(), folder.number());
     const auto error = item.publish(name);
     if (error == 0) {
         made = std::move(folder);
@@ -147,13 +150,13 @@ void WayDown::takeBack()
 
 } // namespace
 
-FileError openFolderOrMake(const QString &path, mode_t mode, NewOwner owner, Descriptor &folder)
+FileError openFolderOrMake(const QString &path, mode_t mode, Descriptor &folder)
 {
     const auto bytes = fileNameBytes(path);
     if (bytes.isEmpty() || bytes.contains('\0')) {
         return {bytes.isEmpty() ? ENOENT : EINVAL, path};
     }
-    WayDown way(mode, owner);
+    WayDown way(mode);
     auto error = way.begin(bytes.startsWith('/'));
     for (decltype(bytes.size()) begin = 0, end = 0; error == 0 && begin < bytes.size();
          begin = end + 1) {
@@ -178,7 +181,7 @@ FileError openFolderOrMake(const QString &path, mode_t mode, NewOwner owner, Des
 FileError createFolder(const QString &path)
 {
     Descriptor folder;
-    return openFolderOrMake(path, everybody, NewOwner::Maker, folder);
+    return openFolderOrMake(path, everybody, folder);
 }
 
 } // namespace platform

@@ -10,12 +10,11 @@
 namespace platform {
 
 // Makes a folder and those above it that are missing, for everybody as far as the process's mask
-// goes. No error where it exists. Takes back what it has made where it fails.
+// goes; what root makes in somebody's folder belongs to that somebody. No error where it exists.
+// Takes back what it has made where it fails.
 FileError createFolder(const QString &path);
 
-// The same with a mode of one's own, and opens the folder with O_PATH; links as by openPath(). What
-// root makes in the folder of somebody else is given to that somebody where it is to be theirs.
-enum class NewOwner { Maker, OwnerAbove };
-FileError openFolderOrMake(const QString &path, mode_t mode, NewOwner owner, Descriptor &folder);
+// The same with a mode of one's own, and opens the folder with O_PATH; links as by openPath().
+FileError openFolderOrMake(const QString &path, mode_t mode, Descriptor &folder);
 
 } // namespace platform

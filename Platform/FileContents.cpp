@@ -5,54 +5,23 @@
 #include "Platform/Descriptor.h"
 #include "Platform/FileError.h"
 #include "Platform/FileName.h"
-#include "Platform/ItemPlace.h"
+#include "Platform/ReplaceableFile.h"
 #include "Platform/UnnamedFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
-#include <climits>
+#include <cerrno>
 
 namespace platform {
 namespace {
 
-constexpr auto mostLinks = 40; // as the system follows
-constexpr mode_t permissions = 0777;
 constexpr mode_t readableAndWritable = 0666; // by all whom the process's mask lets
 
 bool canBePath(const QString &path)
 {
     return !path.isEmpty() && !path.contains(QChar(0)) && !path.endsWith(u'/');
-}
-
-// The path that a chain of symbolic links leads to, whether or not anything is there.
-QByteArray withoutLinkAtTheEnd(QByteArray path)
-{
-    std::array<char, PATH_MAX> target{};
-    for (int i = 0; i < mostLinks; ++i) {
-        const auto size = ::readlink(path.constData(), target.data(), target.size());
-        if (size < 0) {
-            break;
-        }
-        const QByteArray next(target.data(), static_cast<int>(size));
-        path = next.startsWith('/') ? next : path.left(path.lastIndexOf('/') + 1) + next;
-    }
-    return path;
-}
-
-// Why the file at the path must not be replaced; null where it may be. Tells about the old file.
-QString objection(const QByteArray &path, struct stat &old, bool &exists)
-{
-    struct stat link {};
-    const auto linked = ::lstat(path.constData(), &link) == 0 && S_ISLNK(link.st_mode);
-    if (linked && link.st_uid != ::geteuid() && link.st_uid != 0) {
-        return QStringLiteral("The symbolic link belongs to another user.");
-    }
-    exists = ::stat(path.constData(), &old) == 0;
-    return exists && !S_ISREG(old.st_mode) ? QStringLiteral("This is not a regular file.")
-                                           : QString();
 }
 
 // Some file systems cannot, or need not.
@@ -63,37 +32,27 @@ bool writtenToDisk(int file)
 }
 
 // 0, else the reason (errno).
-int takeOver(const struct stat &old, int file)
+int writeInPlaceOf(const ReplaceableFile &old, const QByteArray &contents)
 {
-    if (::geteuid() == 0 && ::fchown(file, old.st_uid, old.st_gid) != 0) {
-        // In a container the owner may be one that cannot be given; the file is worth more.
-    }
-    return ::fchmod(file, old.st_mode & permissions) == 0 || errno == EPERM ? 0 : errno;
-}
-
-int writeInPlaceOf(const QString &path, const struct stat *old, const QByteArray &contents)
-{
-    ItemPlace place;
-    if (const auto error = openPlace(path, place); error != 0) {
-        return error;
-    }
-    if (old != nullptr &&
-        ::faccessat(place.folder.number(), place.name.constData(), W_OK, AT_EACCESS) != 0) {
+    const auto folder = old.place.folder.number();
+    if (old.exists && ::faccessat(folder, old.place.name.constData(), W_OK,
+                                  AT_EACCESS | AT_SYMLINK_NOFOLLOW) != 0) {
         return errno;
     }
     UnnamedFile file;
-    auto error = file.create(place.folder.number(),
-                             old != nullptr ? S_IRUSR | S_IWUSR : readableAndWritable);
+    auto error = file.create(folder, old.exists ? S_IRUSR | S_IWUSR : readableAndWritable);
     if (error == 0) {
         error = file.write(contents.constData(), static_cast<std::size_t>(contents.size()));
     }
-    if (error == 0 && old != nullptr) {
-        error = takeOver(*old, file.descriptor());
+    if (error == 0 && old.exists) {
+        error = takeOver(old.status, file.descriptor());
+    } else if (error == 0) {
+        giveToOwnerOfFolder(folder, file.descriptor());
     }
     if (error == 0 && !writtenToDisk(file.descriptor())) {
         error = errno;
     }
-    return error == 0 ? file.publishOrReplace(place.name) : error;
+    return error == 0 ? file.publishOrReplace(old.place.name) : error;
 }
 
 } // namespace
@@ -135,15 +94,11 @@ std::optional<QByteArray> contentsOfFile(const QString &path, qint64 maximumSize
 
 bool replaceFile(const QString &path, const QByteArray &contents, QString *error)
 {
-    struct stat old {};
-    auto exists = false;
-    const auto name = fileNameBytes(path);
+    ReplaceableFile old;
     auto reason =
-        canBePath(path) ? objection(name, old, exists) : QStringLiteral("This is not a path.");
+        canBePath(path) ? findReplaceable(path, old) : QStringLiteral("This is not a path.");
     if (reason.isNull()) {
-        const auto target = fileNameFromBytes(withoutLinkAtTheEnd(name));
-        const auto code = writeInPlaceOf(target, exists ? &old : nullptr, contents);
-        reason = FileError(code, path).reason();
+        reason = FileError(writeInPlaceOf(old, contents), path).reason();
     }
     if (error != nullptr && !reason.isNull()) {
         *error = reason;

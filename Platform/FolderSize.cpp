@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/FolderSize.h"
 
+#include "Platform/BackgroundThread.h"
 #include "Platform/Descriptor.h"
 #include "Platform/FileError.h"
 #include "Platform/FileName.h"
@@ -15,8 +16,6 @@
 #include <iterator>
 #include <memory>
 #include <mutex>
-#include <system_error>
-#include <thread>
 #include <vector>
 
 namespace platform {
@@ -157,11 +156,7 @@ void Measurement::wakeOther()
 void Measurement::startSecondThread()
 {
     m_hasSecondThread = true;
-    try {
-        m_second = std::thread([this] { work(); });
-    } catch (const std::system_error &) {
-        // One does it, too.
-    }
+    m_second = startThread([this] { work(); }); // one does it, too
 }
 
 void Measurement::work()

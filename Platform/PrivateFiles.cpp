@@ -7,6 +7,7 @@
 #include "Platform/FileError.h"
 #include "Platform/FileName.h"
 #include "Platform/ItemPlace.h"
+#include "Platform/ReplaceableFile.h"
 #include "Platform/UnnamedFile.h"
 
 #include <fcntl.h>
@@ -26,7 +27,7 @@ constexpr mode_t ownerOnly = 0700;
 bool createPrivateFolder(const QString &path)
 {
     Descriptor folder;
-    return !openFolderOrMake(path, ownerOnly, NewOwner::OwnerAbove, folder);
+    return !openFolderOrMake(path, ownerOnly, folder);
 }
 
 bool createEmptyPrivateFile(const QString &path, QString *error)
@@ -38,6 +39,7 @@ bool createEmptyPrivateFile(const QString &path, QString *error)
         code = file.create(place.folder.number(), S_IRUSR | S_IWUSR);
     }
     if (code == 0) {
+        giveToOwnerOfFolder(place.folder.number(), file.descriptor());
         code = file.publishOrReplace(place.name);
     }
     if (code != 0) {

@@ -13,7 +13,8 @@ namespace platform {
 bool createPrivateFolder(const QString &path);
 
 // Puts an empty file at the path in one step, whatever was there before; a link is replaced, not
-// followed. False, with the system's words in error, when that failed.
+// followed. What root makes gets the owner of its folder. False, with the system's words in error,
+// when that failed.
 bool createEmptyPrivateFile(const QString &path, QString *error);
 
 // Renames inside one file system. False, and nothing happens, where the new path exists already.

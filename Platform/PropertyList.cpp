@@ -10,8 +10,11 @@
 
 #include <plist/plist.h>
 
+#include <algorithm>
 #include <clocale>
+#include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -64,6 +67,15 @@ Node nodeFromBinary(const QByteArray &data)
     return Node(node);
 }
 
+QByteArray binaryFromNode(plist_t node)
+{
+    char *data = nullptr;
+    uint32_t size = 0;
+    plist_to_bin(node, &data, &size);
+    const Memory<char> owner(data);
+    return {data, static_cast<int>(size)};
+}
+
 QByteArray xmlFromNode(plist_t node)
 {
     const NumbersWithPoint point;
@@ -74,8 +86,9 @@ QByteArray xmlFromNode(plist_t node)
     return {text, static_cast<int>(size)};
 }
 
-// Negative integers, those beyond 63 bits and dates go through the XML form of a single element:
-// the library's functions for them differ between its versions or have too few bits.
+// Negative integers, those beyond 63 bits and dates that are read go through the XML form of a
+// single element: the library's functions for them differ between its versions or have too few
+// bits.
 Node nodeFromText(const QByteArray &tag, const QByteArray &text)
 {
     return nodeFromXml("<plist><" + tag + '>' + text + "</" + tag + "></plist>");
@@ -98,12 +111,37 @@ QVariant integerFromNode(plist_t node)
                : QVariant(static_cast<qlonglong>(number));
 }
 
-// A null for what is no date. The library does not fill up the year with zeros.
-QVariant dateFromNode(plist_t node)
+// Nothing for what is no date. The library does not fill up the year with zeros and knows a year 0,
+// which Qt calls -1.
+std::optional<QVariant> dateFromNode(plist_t node)
 {
-    const auto text = QString::fromLatin1(textFromNode(node, "date").rightJustified(20, '0'));
-    const auto date = QDateTime::fromString(text, Qt::ISODate);
-    return date.isValid() ? QVariant(date) : QVariant();
+    const auto text = QString::fromLatin1(textFromNode(node, "date"));
+    const auto dash = text.indexOf(u'-', 1);
+    const auto number = text.left(dash).toInt();
+    const auto year = number > 0 ? number : number - 1;
+    const auto inYear = QDateTime::fromString(QStringLiteral("2000") + text.mid(dash), Qt::ISODate);
+    const QDateTime date({year, inYear.date().month(), inYear.date().day()}, inYear.time(),
+                         Qt::UTC);
+    return dash > 0 && date.isValid() ? std::optional<QVariant>(date) : std::nullopt;
+}
+
+// By way of the binary form: the library's function for it has 32 bits.
+Node nodeFromDate(const QDateTime &date)
+{
+    constexpr auto secondsTo2001 = 978307200;
+    const auto since1970 = (date.toMSecsSinceEpoch() - date.time().msec()) / 1000;
+    const auto seconds = static_cast<double>(since1970 - secondsTo2001);
+    quint64 bits = 0;
+    std::memcpy(&bits, &seconds, sizeof bits);
+    QByteArray list("bplist003"); // what comes is a date
+    for (auto shift = 56; shift >= 0; shift -= 8) {
+        list += static_cast<char>(bits >> static_cast<unsigned>(shift) & 0xFFU);
+    }
+    // Where the date is, and the trailer: an offset and a reference of one byte each, one object,
+    // the table of offsets at 17.
+    list += QByteArray::fromHex("08 0000000000000101 0000000000000001 0000000000000000"
+                                "0000000000000011");
+    return nodeFromBinary(list);
 }
 
 QString textFromUtf8(const char *utf8, quint64 size)
@@ -193,28 +231,17 @@ std::optional<QVariant> valueFromNode(plist_t node, int depth)
     }
 }
 
-// XML has no place for most control characters and for halves of surrogate pairs; each becomes
-// U+FFFD, as a file that nobody can read would cost more than such a character.
-QByteArray cleanUtf8(QString text)
-{
-    const auto size = static_cast<int>(text.size());
-    for (auto i = 0; i < size; ++i) {
-        const auto *at = text.utf16() + i;
-        if (*at >= 0x20 ? *at < 0xD800 : *at == '\t' || *at == '\n' || *at == '\r') {
-            continue;
-        }
-        if (QChar::isHighSurrogate(*at) && QChar::isLowSurrogate(at[1])) { // ends with a zero
-            ++i;
-        } else if (*at < 0xE000 || *at >= 0xFFFE) {
-            text[i] = QChar(QChar::ReplacementCharacter);
-        }
-    }
-    return text.toUtf8();
-}
+enum class Form { Xml, Binary };
+
+// The library writes a zero without its sign. No other text in XML can hold this one.
+const char *const negativeZero = "\x1A-0.0\x1A";
 
 class NodeMaker {
 public:
-    explicit NodeMaker(QString &error) : m_error(error) {}
+    NodeMaker(Form form, QString &error) : m_form(form), m_error(error) {}
+
+    // Whether something cannot be held by the XML form, but by the binary one.
+    bool needsBinary() const { return m_needsBinary; }
 
     // Null where it failed, and for a null, which the XML form does not have.
     Node make(const QVariant &value, int depth)
@@ -239,7 +266,7 @@ public:
                                            : nodeFromText("integer", value.toString().toLatin1());
         case QMetaType::Float:
         case QMetaType::Double:
-            return Node(plist_new_real(value.toDouble()));
+            return makeReal(value.toDouble());
         case QMetaType::QString: {
             const auto text = cleanUtf8(value.toString());
             return weigh(text.size()) ? Node(plist_new_string(text.constData())) : Node();
@@ -262,14 +289,42 @@ public:
     }
 
 private:
+    // Neither form of the library holds zeros and halves of surrogate pairs: each becomes U+FFFD.
+    // XML has no place for the other control characters and for U+FFFE and U+FFFF.
+    QByteArray cleanUtf8(QString text)
+    {
+        const auto size = static_cast<int>(text.size());
+        for (auto i = 0; i < size; ++i) {
+            const auto *at = text.utf16() + i;
+            if (*at >= 0x20 ? *at < 0xD800 : *at == '\t' || *at == '\n' || *at == '\r') {
+                continue;
+            }
+            if (QChar::isHighSurrogate(*at) && QChar::isLowSurrogate(at[1])) { // ends with a zero
+                ++i;
+            } else if (*at == 0 || QChar::isSurrogate(*at)) {
+                text[i] = QChar(QChar::ReplacementCharacter);
+            } else if (*at < 0x20 || *at >= 0xFFFE) {
+                m_needsBinary = true;
+            }
+        }
+        return text.toUtf8();
+    }
+
+    Node makeReal(double real) const
+    {
+        const auto isNegativeZero = real == 0 && std::signbit(real);
+        return Node(isNegativeZero && m_form == Form::Xml ? plist_new_string(negativeZero)
+                                                          : plist_new_real(real));
+    }
+
     Node makeDate(const QDateTime &date)
     {
-        constexpr auto lastYear = 9999; // the library reads four digits
-        if (!date.isValid() || date.date().year() < 1 || date.date().year() > lastYear) {
+        if (!date.isValid()) {
             return fail(QStringLiteral("A date is not valid."));
         }
-        return nodeFromText("date",
-                            date.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ssZ")).toLatin1());
+        constexpr auto lastYear = 9999; // that has four digits
+        m_needsBinary = m_needsBinary || date.date().year() < 1 || date.date().year() > lastYear;
+        return nodeFromDate(date);
     }
 
     Node makeContainer(const QVariant &value, int depth)
@@ -325,28 +380,65 @@ private:
         return {};
     }
 
+    Form m_form;
     QString &m_error;
+    bool m_needsBinary = false;
     qint64 m_weight = 0; // of all values so far
 };
 
-// Empty, with the reason in error, for what a property list cannot hold and for what would be too
-// large or too deep to be read again.
-QByteArray xmlFromValue(const QVariant &value, QString &error)
+// Years get four digits, which other readers insist on.
+QByteArray withLongYears(const QByteArray &xml)
 {
-    const auto node = NodeMaker(error).make(value, 0);
+    constexpr auto lengthOfDate = 20;
+    const QByteArray tag("<date>");
+    QByteArray result;
+    decltype(xml.size()) copied = 0;
+    for (auto at = xml.indexOf(tag); at >= 0; at = xml.indexOf(tag, copied)) {
+        const auto begin = at + tag.size();
+        const auto length = xml.indexOf('<', begin) - begin;
+        result.append(xml.constData() + copied, begin - copied);
+        if (length < lengthOfDate) {
+            result.append(QByteArray(lengthOfDate - length, '0'));
+        }
+        copied = begin;
+    }
+    return result.append(xml.constData() + copied, xml.size() - copied);
+}
+
+// What other readers want otherwise than the library writes it.
+QByteArray corrected(QByteArray xml)
+{
+    if (xml.contains('\r')) { // which they would take for a line feed
+        xml.replace('\r', "&#13;");
+    }
+    if (xml.contains(negativeZero)) {
+        xml.replace(QByteArray("<string>") + negativeZero + "</string>", "<real>-0.0</real>");
+    }
+    return xml.contains("<date>") ? withLongYears(xml) : xml;
+}
+
+// Empty, with the reason in error, for what the form cannot hold and for what would be too large or
+// too deep to be read again. Tells of XML whether it cannot hold the value, but the binary form
+// can.
+QByteArray dataFromValue(const QVariant &value, Form form, QString &error, bool &needsBinary)
+{
+    NodeMaker maker(form, error);
+    const auto node = maker.make(value, 0);
     if (!node) {
         error = error.isNull() ? QStringLiteral("There is nothing to write.") : error;
         return {};
     }
-    auto xml = xmlFromNode(node.get());
-    if (xml.contains('\r')) { // which other readers would take for a line feed
-        xml.replace('\r', "&#13;");
+    needsBinary = form == Form::Xml && maker.needsBinary();
+    if (needsBinary) {
+        error = QStringLiteral("The XML form cannot hold one of the values.");
+        return {};
     }
-    if (xml.size() > maximumSize) {
+    auto data = form == Form::Xml ? corrected(xmlFromNode(node.get())) : binaryFromNode(node.get());
+    if (data.size() > maximumSize) {
         error = QStringLiteral("The property list would be too large.");
         return {};
     }
-    return xml;
+    return data;
 }
 
 } // namespace
@@ -377,7 +469,23 @@ std::optional<QVariant> valueFromFile(const QString &path, int type)
 QByteArray propertyListToXml(const QVariant &value)
 {
     QString error;
-    return xmlFromValue(value, error);
+    auto needsBinary = false;
+    return dataFromValue(value, Form::Xml, error, needsBinary);
+}
+
+QByteArray propertyListToData(const QVariant &value, QString *error)
+{
+    QString reason;
+    auto needsBinary = false;
+    auto data = dataFromValue(value, Form::Xml, reason, needsBinary);
+    if (needsBinary) {
+        reason = QString();
+        data = dataFromValue(value, Form::Binary, reason, needsBinary);
+    }
+    if (error != nullptr && data.isEmpty()) {
+        *error = reason;
+    }
+    return data;
 }
 
 std::optional<QVariantMap> dictionaryFromFile(const QString &path)
@@ -394,15 +502,8 @@ std::optional<QVariantList> arrayFromFile(const QString &path)
 
 bool writeDictionaryToFile(const QVariantMap &dictionary, const QString &path, QString *error)
 {
-    QString reason;
-    const auto xml = xmlFromValue(dictionary, reason);
-    if (!xml.isEmpty()) {
-        return replaceFile(path, xml, error);
-    }
-    if (error != nullptr) {
-        *error = reason;
-    }
-    return false;
+    const auto data = propertyListToData(dictionary, error);
+    return !data.isEmpty() && replaceFile(path, data, error);
 }
 
 } // namespace platform

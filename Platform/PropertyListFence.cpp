@@ -4,7 +4,11 @@
 
 #include "Platform/PropertyListLimits.h"
 
+#include <QDateTime>
+
 #include <algorithm>
+#include <charconv>
+#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -88,18 +92,23 @@ private:
         object.weight = valueWeight + size;
         // A set would be a container, too.
         return kind != 0xC && object.weight <= quint64(maximumSize) && isThere(offset, size) &&
-               (kind != 0x6 || !hasZero(m_data + offset, count));
+               (kind != 0x5 || std::memchr(m_data + offset, 0, size) == nullptr) &&
+               (kind != 0x6 || canBeKept(m_data + offset, count));
     }
 
-    // In UTF-16; the library gives up the whole program for one in a key.
-    static bool hasZero(const char *units, quint64 count)
+    // Of UTF-16 the library drops halves of surrogate pairs, and cuts a text at a zero; for one in
+    // a key it gives up the whole program.
+    static bool canBeKept(const char *units, quint64 count)
     {
+        auto isHalf = false;
         for (quint64 i = 0; i < count; ++i) {
-            if (units[2 * i] == 0 && units[2 * i + 1] == 0) {
-                return true;
+            const auto unit = static_cast<char16_t>(number(units + 2 * i, 2));
+            if (unit == 0 || isHalf != QChar::isLowSurrogate(unit)) {
+                return false;
             }
+            isHalf = QChar::isHighSurrogate(unit);
         }
-        return false;
+        return !isHalf;
     }
 
     // A count of 15 and more stands in an integer behind the marker.
@@ -148,6 +157,56 @@ private:
     std::vector<Object> m_objects;
 };
 
+std::string_view trimmed(std::string_view text)
+{
+    constexpr auto space = " \t\r\n";
+    const auto begin = std::min(text.find_first_not_of(space), text.size());
+    return text.substr(begin, text.find_last_not_of(space) + 1 - begin);
+}
+
+// Of other dates the library makes ones that were not meant.
+bool isDate(std::string_view text)
+{
+    constexpr std::string_view form = "0000-00-00T00:00:00Z";
+    const auto fits = [](char wanted, char is) {
+        return wanted == '0' ? is >= '0' && is <= '9' : is == wanted;
+    };
+    if (!std::equal(form.begin(), form.end(), text.begin(), text.end(), fits)) {
+        return false;
+    }
+    const auto part = [text](std::size_t at, std::size_t size) {
+        auto value = 0;
+        std::from_chars(text.data() + at, text.data() + at + size, value);
+        return value;
+    };
+    const auto year = part(0, 4) == 0 ? -1 : part(0, 4); // as Qt calls it
+    return QDate::isValid(year, part(5, 2), part(8, 2)) &&
+           QTime::isValid(part(11, 2), part(14, 2), part(17, 2));
+}
+
+// Of larger integers the library makes others.
+bool hasAtMost64Bits(std::string_view text)
+{
+    const auto isNegative = text.substr(0, 1) == "-";
+    text.remove_prefix(isNegative || text.substr(0, 1) == "+" ? 1 : 0);
+    const auto isHex = text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X";
+    text.remove_prefix(isHex ? 2 : 0);
+    quint64 magnitude = 0;
+    const auto result =
+        std::from_chars(text.data(), text.data() + text.size(), magnitude, isHex ? 16 : 10);
+    return result.ec != std::errc::result_out_of_range &&
+           (!isNegative || magnitude <= quint64(1) << 63U);
+}
+
+// Whether the library makes of an element what is meant.
+bool isUnderstood(std::string_view tag, std::string_view text)
+{
+    const auto name = tag.substr(0, tag.find_first_of(" \t\r\n/"));
+    return name == "date"      ? isDate(trimmed(text))
+           : name == "integer" ? hasAtMost64Bits(trimmed(text))
+                               : true;
+}
+
 } // namespace
 
 bool isSafeXml(const QByteArray &utf8)
@@ -188,6 +247,9 @@ bool isSafeXml(const QByteArray &utf8)
         } else if (!instruction && !starts("<!") &&
                    tag.substr(std::max(tag.size(), std::size_t(1)) - 1) != "/") {
             ++depth;
+        }
+        if (!isUnderstood(tag, text.substr(end + 1, text.find('<', end) - end - 1))) {
+            return false;
         }
         at = end;
         // Beside the containers, the plist element and one with text.

@@ -5,8 +5,10 @@
 #include <QByteArray>
 
 // Keeps from the library what it does not survive: it follows nesting on the stack and copies the
-// shared objects of the binary form each time that they are met. These look at structure only;
-// whether the bytes are a property list is for the library to say.
+// shared objects of the binary form each time that they are met. Keeps from us, too, what the
+// library would make something else of: dates that are none, integers of more than 64 bits, zeros
+// and halves of surrogate pairs in texts. Whether the bytes are a property list otherwise is for
+// the library to say.
 namespace platform::propertylist {
 
 // True where XML keeps to PropertyListLimits.h and to what the library and XML take alike: no text

@@ -38,6 +38,18 @@ public:
     void waitUntilIdle() { m_worker.waitUntilIdle(); }
     std::size_t pending() { return m_worker.pending(); }
     bool stop(std::chrono::milliseconds longest) { return m_worker.stop(longest); }
+
+    // Around a fork() of the process: as SerialWorker has them.
+    void prepareForFork() { m_worker.prepareForFork(); }
+    void parentHasForked() { m_worker.parentHasForked(); }
+    void childWasForked()
+    {
+        if (!isCurrentThread()) {
+            m_waiting.clear();
+        }
+        m_worker.childWasForked();
+    }
+
     bool isStopped() const { return m_worker.isStopped(); }
     bool isCurrentThread() const { return m_worker.isCurrentThread(); }
 

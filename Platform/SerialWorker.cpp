@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/SerialWorker.h"
 
-#include "Platform/SignalsBlocked.h"
+#include "Platform/BackgroundThread.h"
 
 #include <pthread.h>
 
-#include <system_error>
+#include <new>
 
 namespace platform {
 namespace {
@@ -31,24 +31,24 @@ SerialWorker::~SerialWorker()
 
 void SerialWorker::rouse(std::unique_lock<std::mutex> &lock)
 {
+    if (m_isForked) {
+        workHere(lock);
+        return;
+    }
     if (!m_running) {
         start();
         return;
     }
     m_awake = true;
     lock.unlock();
-    m_wake.notify_one();
+    m_threads.wake.notify_one();
 }
 
 void SerialWorker::start()
 {
-    const SignalsBlocked blocked;
-    try {
-        m_thread = std::thread([this] { run(); });
-        m_awake = m_running = true;
-    } catch (const std::system_error &) {
-        // No thread to be had now. The next entry tries again, and nobody waits meanwhile.
-    }
+    m_threads.thread = startThread([this] { run(); });
+    // Where there is no thread to be had now, the next entry tries again.
+    m_awake = m_running = m_threads.thread.joinable();
 }
 
 void SerialWorker::run()
@@ -57,16 +57,16 @@ void SerialWorker::run()
     ::pthread_setname_np(::pthread_self(), m_threadName);
     int idleSteps = 0;
     while (!isStopped()) {
-        const auto entries = m_work();
+        const auto entries = work();
         idleSteps = entries == 0 ? idleSteps + 1 : 0;
         std::unique_lock lock(m_mutex);
         if (idleSteps > lingerSteps && m_added == m_finished) {
             m_awake = false;
-            m_wake.wait(lock, [this] { return m_awake || m_urgent; });
+            m_threads.wake.wait(lock, [this] { return m_awake || m_urgent; });
             m_awake = true;
             idleSteps = 0;
         } else if (entries < busy) {
-            m_wake.wait_for(lock, lingerStep, [this] { return m_urgent; });
+            m_threads.wake.wait_for(lock, lingerStep, [this] { return m_urgent; });
         }
         m_urgent = false;
     }
@@ -74,14 +74,35 @@ void SerialWorker::run()
     m_id.store(std::thread::id(), std::memory_order_relaxed);
     const std::lock_guard lock(m_mutex);
     m_running = false;
-    m_done.notify_all();
+    m_threads.done.notify_all();
+}
+
+std::size_t SerialWorker::work()
+{
+    const std::lock_guard working(m_working);
+    return m_work();
+}
+
+// With no thread running.
+void SerialWorker::workHere(std::unique_lock<std::mutex> &lock) noexcept
+{
+    m_awake = m_running = true;
+    m_id.store(std::this_thread::get_id(), std::memory_order_relaxed);
+    while (m_finished < m_added && !isStopped()) {
+        lock.unlock();
+        work();
+        lock.lock();
+    }
+    m_id.store(std::thread::id(), std::memory_order_relaxed);
+    m_awake = m_running = false;
+    m_threads.done.notify_all();
 }
 
 void SerialWorker::finished(std::size_t entries)
 {
     const std::lock_guard lock(m_mutex);
     m_finished += entries;
-    m_done.notify_all();
+    m_threads.done.notify_all();
 }
 
 void SerialWorker::waitUntilIdle()
@@ -90,11 +111,60 @@ void SerialWorker::waitUntilIdle()
         return;
     }
     std::unique_lock lock(m_mutex);
+    if (!m_running) {
+        workHere(lock);
+        return;
+    }
     const auto last = m_added;
     while (m_finished < last && m_running && !isStopped()) {
         m_urgent = true;
-        m_wake.notify_one();
-        m_done.wait(lock);
+        m_threads.wake.notify_one();
+        m_threads.done.wait(lock);
+    }
+}
+
+void SerialWorker::prepareForFork()
+{
+    if (isCurrentThread()) {
+        return;
+    }
+    auto isPaused = m_working.try_lock();
+    for (auto step = 0; !isPaused && step < lingerSteps; ++step) {
+        std::this_thread::sleep_for(lingerStep);
+        isPaused = m_working.try_lock();
+    }
+    m_mutex.lock();
+    m_isPaused = isPaused;
+}
+
+void SerialWorker::parentHasForked()
+{
+    if (isCurrentThread()) {
+        return;
+    }
+    const auto isPaused = m_isPaused;
+    m_mutex.unlock();
+    if (isPaused) {
+        m_working.unlock();
+    }
+}
+
+void SerialWorker::childWasForked()
+{
+    if (isCurrentThread()) {
+        return; // in the midst of the work, which goes on in the child
+    }
+    // Not destroyed: others are said to wait there, and to be joined, who do not exist here.
+    ::new (&m_threads) Threads;
+    m_finished = m_added; // what was waiting is the parent's
+    m_awake = m_urgent = m_running = false;
+    m_isForked = true;
+    m_id.store(std::thread::id(), std::memory_order_relaxed);
+    m_mutex.unlock();
+    if (m_isPaused) {
+        m_working.unlock();
+    } else {
+        m_stopped.store(true, std::memory_order_relaxed); // what it works with is in no order
     }
 }
 
@@ -109,16 +179,16 @@ bool SerialWorker::stop(std::chrono::milliseconds longest)
     std::unique_lock lock(m_mutex);
     m_stopped.store(true, std::memory_order_relaxed);
     m_urgent = true;
-    m_wake.notify_one();
-    m_done.notify_all();
+    m_threads.wake.notify_one();
+    m_threads.done.notify_all();
     const auto ended = [this] { return !m_running; };
     if (longest == std::chrono::milliseconds::max()) {
-        m_done.wait(lock, ended);
+        m_threads.done.wait(lock, ended);
     } else if (!isCurrentThread()) {
-        m_done.wait_for(lock, longest, ended);
+        m_threads.done.wait_for(lock, longest, ended);
     }
     const bool hasEnded = ended();
-    auto thread = std::move(m_thread);
+    auto thread = std::move(m_threads.thread);
     lock.unlock();
     if (thread.joinable()) {
         hasEnded ? thread.join() : thread.detach();

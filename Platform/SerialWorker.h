@@ -13,7 +13,8 @@ namespace platform {
 
 // The thread behind a SerialQueue. Adding costs no system call while the thread is about: after
 // work it looks for more every 250 microseconds, and only after 20 milliseconds without any does it
-// sleep until it is woken. It starts with the first entry.
+// sleep until it is woken. It starts with the first entry. Where there is no thread to be had, and
+// in a process that was forked and has none, those who wait do the work themselves.
 class SerialWorker {
 public:
     // work handles all that waits and returns how many entries that were. Called on the thread.
@@ -55,6 +56,13 @@ public:
     // it to do so; false when that was not enough.
     bool stop(std::chrono::milliseconds longest);
 
+    // Around a fork() of the process, whatever its threads are at: the child's worker begins
+    // without entries, and each that is added there is done with at once. Where the parent's does
+    // not come to the end of some work in 20 milliseconds, the child's is stopped.
+    void prepareForFork();
+    void parentHasForked();
+    void childWasForked();
+
     bool isStopped() const { return m_stopped.load(std::memory_order_relaxed); }
     bool isCurrentThread() const
     {
@@ -65,19 +73,29 @@ private:
     void rouse(std::unique_lock<std::mutex> &lock);
     void start();
     void run();
+    std::size_t work();
+    void workHere(std::unique_lock<std::mutex> &lock) noexcept;
 
     const char *m_threadName;
     std::function<std::size_t()> m_work;
 
+    // What knows of other threads, none of which a forked child has.
+    struct Threads {
+        std::condition_variable wake;
+        std::condition_variable done;
+        std::thread thread;
+    };
+
+    std::mutex m_working; // held during the work; taken before the other one
     std::mutex m_mutex;
-    std::condition_variable m_wake;
-    std::condition_variable m_done;
+    Threads m_threads;
     std::uint64_t m_added = 0;
     std::uint64_t m_finished = 0;
     bool m_awake = false;  // will look for entries without being told
     bool m_urgent = false; // somebody waits for it to look
     bool m_running = false;
-    std::thread m_thread;
+    bool m_isForked = false;
+    bool m_isPaused = false; // for a fork
 
     std::atomic<bool> m_stopped = false;
     std::atomic<std::thread::id> m_id;

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/StandardFolders.h"
 
+#include "Platform/PrivateFiles.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -200,7 +202,8 @@ QString temporaryDirectory()
     }
     // Somebody else has taken the name, so what stands there cannot be trusted.
     auto atHome = homeDirectory() + QStringLiteral("/.cache/com.corvane.temporary");
-    return QDir().mkpath(QFileInfo(atHome).path()) && isOrBecomesPrivate(atHome) ? atHome : shared;
+    return createPrivateFolder(QFileInfo(atHome).path()) && isOrBecomesPrivate(atHome) ? atHome
+                                                                                       : shared;
 }
 
 QString globallyUniqueString()

@@ -59,7 +59,7 @@ QString desktopTrash(int folder, const QString &trashFolder)
 
 FileError openTrash(const QString &path, Descriptor &folder)
 {
-    return openFolderOrMake(path, S_IRWXU, NewOwner::OwnerAbove, folder);
+    return openFolderOrMake(path, S_IRWXU, folder);
 }
 
 // "name 2.ext" and so on, cut so that there is room for more bytes behind it.

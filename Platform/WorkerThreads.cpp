@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/WorkerThreads.h"
 
+#include "Platform/BackgroundThread.h"
+#include "Platform/Console.h"
 #include "Platform/MainThread.h"
 
 namespace platform {
@@ -16,21 +18,28 @@ WorkerThreads::~WorkerThreads()
     end();
 }
 
-void WorkerThreads::start(std::function<void()> body)
+bool WorkerThreads::start(std::function<void()> body)
 {
     const std::lock_guard lock(m_mutex);
     if (m_ending) {
-        return;
+        return true;
     }
     reap();
     auto &worker = m_workers.emplace_back();
     m_running.fetch_add(1, std::memory_order_relaxed);
-    worker.thread = std::thread([this, &worker, body = std::move(body)] {
+    worker.thread = startThread([this, &worker, body = std::move(body)] {
         ownerOfCurrentThread = this;
         body();
         worker.finished.store(true, std::memory_order_release);
         m_running.fetch_sub(1, std::memory_order_release);
     });
+    if (!worker.thread.joinable()) {
+        m_workers.pop_back();
+        m_running.fetch_sub(1, std::memory_order_relaxed);
+        consoleLog(QStringLiteral("Unable to start a thread."));
+        return false;
+    }
+    return true;
 }
 
 bool WorkerThreads::sleepFor(std::chrono::milliseconds time)

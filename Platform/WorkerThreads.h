@@ -23,8 +23,8 @@ public:
     WorkerThreads &operator=(const WorkerThreads &) = delete;
 
     // Runs body on a thread of its own. From the main thread or one of the workers; does nothing
-    // after end().
-    void start(std::function<void()> body);
+    // after end(). False, after a line in the system console, when there is no thread to be had.
+    bool start(std::function<void()> body);
 
     // Sleeps on a worker. False, and at once, when the workers are to end.
     bool sleepFor(std::chrono::milliseconds time);

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 // The menu of network interfaces.
+#include "Platform/BackgroundThread.h"
 #include "Platform/Console.h"
 #include "Platform/MainThread.h"
 #include "Platform/PropertyList.h"
-#include "Platform/SignalsBlocked.h"
 #include "Platform/TextFormat.h"
 #include "Preference Pane/ListenerPreferences.h"
 #include "Preference Pane/Ostrel_Preference_Pane.h"
@@ -15,8 +15,6 @@
 
 #include <future>
 #include <memory>
-#include <system_error>
-#include <thread>
 
 using namespace std::chrono_literals;
 
@@ -35,16 +33,12 @@ std::future<QString> startSystemProfiler()
 {
     const auto promise = std::make_shared<std::promise<QString>>();
     auto profile = promise->get_future();
-    try {
-        const platform::SignalsBlocked blocked;
-        std::thread([promise] {
+    if (!platform::startBackgroundThread([promise] {
             promise->set_value(ZQTaskEx::stringFromTask(QStringLiteral("/usr/sbin/system_profiler"),
                                                         {dataType, QStringLiteral("-xml")},
                                                         longestTime));
-        }).detach();
-    } catch (const std::system_error &error) {
-        platform::consoleLog(QStringLiteral("No thread for the system profiler: %@"),
-                             QString::fromUtf8(error.what()));
+        })) {
+        platform::consoleLog(QStringLiteral("No thread for the system profiler"));
         return {};
     }
     return profile;

@@ -68,7 +68,9 @@ void Ostrel_Preference_Pane::mainViewDidLoad()
     if (self == nullptr) {
         return;
     }
-    m_workers.start([this] { reloadClientIfNew(); });
+    if (!m_workers.start([this] { reloadClientIfNew(); })) {
+        m_isLoading.store(false, std::memory_order_relaxed);
+    }
     if (listenerPreferences::isOnUnlessZero(preferences, listenerPreferences::autoUpdateCheck)) {
         m_workers.start([] { ZQSoftwareUpdate::automaticallyCheckForUpdates(); });
     }
@@ -123,10 +125,9 @@ void Ostrel_Preference_Pane::enableDisableClient()
         return;
     }
     disableInterface();
-    if (m_ui->masterSwitch->isOn()) {
-        m_workers.start([this] { setupClient(); });
-    } else {
-        m_workers.start([this] { stopClient(); });
+    const auto isOn = m_ui->masterSwitch->isOn();
+    if (!m_workers.start([this, isOn] { isOn ? setupClient() : stopClient(); })) {
+        performLater([this] { endClientOperation(); });
     }
 }
 

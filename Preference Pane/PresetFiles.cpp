@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: MIT
 #include "Preference Pane/PresetFiles.h"
 
+#include "Platform/BackgroundThread.h"
 #include "Platform/FileContents.h"
 #include "Platform/FolderEntries.h"
 #include "Platform/PathText.h"
 #include "Platform/PropertyList.h"
-#include "Platform/SignalsBlocked.h"
 #include "Platform/TextFormat.h"
 #include "Shared/ZQFileManager.h"
 #include "Shared/ZQLocalPaths.h"
@@ -14,8 +14,6 @@
 #include <QFileInfo>
 
 #include <atomic>
-#include <system_error>
-#include <thread>
 #include <vector>
 
 namespace presets {
@@ -117,12 +115,7 @@ QList<QStringList> identifiersOfFiles(const QStringList &paths)
     };
     std::thread second;
     if (files.size() > few) {
-        try {
-            const platform::SignalsBlocked blocked;
-            second = std::thread(readAll);
-        } catch (const std::system_error &) {
-            // Then this one reads all of them.
-        }
+        second = platform::startThread(readAll); // without it this one reads all of them
     }
     readAll();
     if (second.joinable()) {

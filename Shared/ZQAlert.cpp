@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Shared/ZQAlert.h"
 
+#include "Platform/BackgroundThread.h"
 #include "Platform/MainThread.h"
 #include "Platform/MainWindow.h"
 #include "Platform/WorkerThreads.h"
@@ -10,9 +11,10 @@
 
 #include <QCoreApplication>
 #include <QThread>
+#include <QTimer>
 
+#include <algorithm>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -170,19 +172,28 @@ void ZQAlert::defaultReturnAfterTimeInterval(qint64 seconds)
 void ZQAlert::endAfter(Outcome &outcome, qint64 seconds)
 {
     std::this_thread::sleep_for(std::chrono::seconds(seconds));
+    endByDefault(outcome);
+}
+
+void ZQAlert::endByDefault(Outcome &outcome)
+{
     outcome.returnCode.store(platform::AlertDefaultReturn, std::memory_order_relaxed);
     outcome.ended.store(true, std::memory_order_release);
 }
 
 // The thread is detached and owns all it touches: neither the alert nor the end of the process
-// waits for it.
+// waits for it. Without a thread the main thread's event loop keeps the time.
 void ZQAlert::startTimer(qint64 seconds)
 {
-    try {
-        std::thread([outcome = m_outcome, seconds] { endAfter(*outcome, seconds); }).detach();
-    } catch (const std::system_error &error) {
-        ZQLog::appendLog(QStringLiteral("Alert error: no thread for the timer - %s"), error.what());
+    if (platform::startBackgroundThread(
+            [outcome = m_outcome, seconds] { endAfter(*outcome, seconds); })) {
+        return;
     }
+    constexpr qint64 aWeek = 604800; // what a timer takes is counted in milliseconds of 32 bits
+    const std::chrono::seconds time(std::clamp(seconds, qint64(0), aWeek));
+    platform::performOnMainThread([outcome = m_outcome, time] {
+        QTimer::singleShot(time, [outcome] { endByDefault(*outcome); });
+    });
 }
 
 // Returns when the alert has ended, or at once as unanswered when nobody could answer any more.

@@ -132,6 +132,7 @@ private:
     };
 
     static void endAfter(Outcome &outcome, qint64 seconds);
+    static void endByDefault(Outcome &outcome);
     void startTimer(qint64 seconds);
     void wait();
     void endWithoutAnswer();

@@ -6,7 +6,10 @@
 #include "Platform/Console.h"
 #include "Platform/MainThread.h"
 
+#include <pthread.h>
+
 #include <cstdlib>
+#include <new>
 
 namespace {
 
@@ -21,6 +24,31 @@ constexpr auto longestFarewell = std::chrono::milliseconds(200);
 
 } // namespace
 
+// A forked child gets the log as it is between two entries.
+struct ZQLog::Forking {
+    static void prepare()
+    {
+        sharedController().m_writeQueue.prepareForFork();
+        sharedController().m_mutex.lock();
+    }
+
+    static void inParent()
+    {
+        sharedController().m_mutex.unlock();
+        sharedController().m_writeQueue.parentHasForked();
+    }
+
+    static void inChild()
+    {
+        auto &log = sharedController();
+        // Threads that were beginning a new log hold it, who do not exist here.
+        ::new (&log.m_newLogs) std::shared_mutex;
+        log.m_bytesInQueue.store(0, std::memory_order_relaxed); // those are the parent's
+        log.m_mutex.unlock();
+        log.m_writeQueue.childWasForked();
+    }
+};
+
 ZQLog::ZQLog()
     : m_terminationObserver(platform::NotificationCenter::defaultCenter().addObserver(
           platform::applicationWillTerminateNotification, &ZQLog::willTerminate)),
@@ -34,6 +62,7 @@ ZQLog &ZQLog::sharedController()
     // Closed at exit but never destroyed: other threads may log to the very end.
     static auto *const controller = [] {
         auto *const log = new ZQLog;
+        ::pthread_atfork(Forking::prepare, Forking::inParent, Forking::inChild);
         std::atexit([] { sharedController().close(); });
         return log;
     }();

@@ -66,7 +66,6 @@ public:
 
     // Paths of the generations that exist, newest first; for root, too, in the user's folder.
     static QStringList availableLogs();
-
     /// willTerminate:
     /// Writes what is queued and closes the log for good; 20 or more pending entries are abandoned.
     static void willTerminate(const platform::Notification &notification);
@@ -91,6 +90,7 @@ public:
 private:
     using FileHandle = std::shared_ptr<platform::AppendFile>;
     enum class Wait { Never, ForShortText };
+    struct Forking;
 
     ZQLog();
 
@@ -112,7 +112,6 @@ private:
         }
     }
     void reportException(const char *reason) const noexcept;
-
     // On the write queue.
     void appendAll(const ZQLogTexts &texts);
     void appendLogOnThread(QStringView text);

@@ -1,13 +1,10 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
+#include "Platform/BackgroundThread.h"
 #include "Platform/Console.h"
 #include "Platform/MainThread.h"
-#include "Platform/SignalsBlocked.h"
 #include "Shared/ZQLog.h"
 #include "Shared/ZQTaskEx.h"
-
-#include <system_error>
-#include <thread>
 
 namespace {
 
@@ -28,22 +25,14 @@ std::chrono::seconds wholeSeconds(ZQTaskEx::Timeout time)
 template <typename Work>
 auto ZQTaskEx::withTimeout(Timeout time, Work work)
 {
-    std::stop_source timer;
-    try {
-        const platform::SignalsBlocked blocked;
-        std::jthread thread([self = shared_from_this(), seconds = wholeSeconds(time)] {
+    if (!platform::startBackgroundThread([self = shared_from_this(), seconds = wholeSeconds(time)] {
             self->setupTimeout(seconds);
-        });
-        timer = thread.get_stop_source();
-        thread.detach();
-    } catch (const std::system_error &error) {
-        platform::consoleLog(QStringLiteral("No time-out for a task: %@"),
-                             QString::fromUtf8(error.what()));
+        })) {
+        platform::consoleLog(QStringLiteral("No time-out for a task: no thread to be had"));
     }
     m_task.clear();
     auto result = work(&m_task);
     m_task.clear();
-    timer.request_stop(); // only a mark, the thread sleeps on: kept on purpose
     return result;
 }
 

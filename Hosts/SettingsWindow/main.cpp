@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Hosts/SettingsWindow/SettingsWindow.h"
+#include "Platform/BackgroundThread.h"
 #include "Platform/PreferencePaneLoader.h"
 
 #include <QApplication>
@@ -11,7 +12,6 @@
 #include <fontconfig/fontconfig.h>
 
 #include <cstdio>
-#include <thread>
 
 namespace {
 
@@ -28,7 +28,7 @@ int fail(const QString &message, int code)
 // text only; it takes as long as a good part of the rest.
 class FontPreload {
 public:
-    FontPreload() : m_thread([] { ::FcInit(); }) {}
+    FontPreload() : m_thread(platform::startThread([] { ::FcInit(); })) {}
     ~FontPreload() { wait(); }
     FontPreload(const FontPreload &) = delete;
     FontPreload &operator=(const FontPreload &) = delete;

@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 using platform::propertyListFromData;
 using platform::propertyListToXml;
@@ -46,8 +47,12 @@ private Q_SLOTS:
     void realsAreWrittenExactly();
     void otherNumberTypesAreWrittenAsIntegersAndReals();
     void datesAreWrittenInUtcToTheSecond();
-    void charactersThatXmlCannotHoldBecomeReplacementCharacters_data();
-    void charactersThatXmlCannotHoldBecomeReplacementCharacters();
+    void aZeroKeepsItsSign();
+    void yearsHaveFourDigits();
+    void whatNoFormCanHoldBecomesReplacementCharacters_data();
+    void whatNoFormCanHoldBecomesReplacementCharacters();
+    void whatXmlCannotHoldIsWrittenInTheBinaryForm_data();
+    void whatXmlCannotHoldIsWrittenInTheBinaryForm();
     void aNullIsLeftOut();
     void whatIsNoPropertyListIsNotWritten_data();
     void whatIsNoPropertyListIsNotWritten();
@@ -157,20 +162,42 @@ void PropertyListWritingTest::datesAreWrittenInUtcToTheSecond()
     QCOMPARE(writtenAndRead(east), QVariant(QDateTime({2025, 12, 31}, {23, 30}, Qt::UTC)));
 }
 
-void PropertyListWritingTest::charactersThatXmlCannotHoldBecomeReplacementCharacters_data()
+void PropertyListWritingTest::aZeroKeepsItsSign()
+{
+    QCOMPARE(body(-0.0), QByteArray("<real>-0.0</real>\n"));
+    QVERIFY(std::signbit(writtenAndRead(-0.0).toDouble()));
+    QVERIFY(!std::signbit(writtenAndRead(0.0).toDouble()));
+}
+
+void PropertyListWritingTest::yearsHaveFourDigits()
+{
+    QCOMPARE(body(QDateTime({1, 2, 3}, {4, 5, 6}, Qt::UTC)),
+             QByteArray("<date>0001-02-03T04:05:06Z</date>\n"));
+    const auto date = [](int year) { return QDateTime({year, 12, 31}, {23, 59, 59}, Qt::UTC); };
+    QCOMPARE(body(QVariantMap{{QStringLiteral("a"), date(99)},
+                              {QStringLiteral("b"), QStringLiteral("<date>9-1-1</date>")},
+                              {QStringLiteral("c"), QVariantList{date(999), date(1000)}}}),
+             QByteArray("<dict>\n"
+                        "\t<key>a</key>\n"
+                        "\t<date>0099-12-31T23:59:59Z</date>\n"
+                        "\t<key>b</key>\n"
+                        "\t<string>&lt;date&gt;9-1-1&lt;/date&gt;</string>\n"
+                        "\t<key>c</key>\n"
+                        "\t<array>\n"
+                        "\t\t<date>0999-12-31T23:59:59Z</date>\n"
+                        "\t\t<date>1000-12-31T23:59:59Z</date>\n"
+                        "\t</array>\n"
+                        "</dict>\n"));
+}
+
+void PropertyListWritingTest::whatNoFormCanHoldBecomesReplacementCharacters_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("expected");
     const auto replacement = QString(QChar(0xFFFD));
-    for (ushort code = 0; code < 0x20; ++code) {
-        if (code != '\t' && code != '\n' && code != '\r') {
-            QTest::addRow("U+%04X", code) << QString(QChar(code)) << replacement;
-        }
-    }
     const QChar high(0xD83C);
     const QChar low(0xDFB9);
-    QTest::newRow("U+FFFE") << QString(QChar(0xFFFE)) << replacement;
-    QTest::newRow("U+FFFF") << QString(QChar(0xFFFF)) << replacement;
+    QTest::newRow("zero") << QString(QChar(0)) << replacement;
     QTest::newRow("first half at the end") << QString(high) << replacement;
     QTest::newRow("first half, letter")
         << QString(high) + QLatin1Char('a') << replacement + QLatin1Char('a');
@@ -179,12 +206,51 @@ void PropertyListWritingTest::charactersThatXmlCannotHoldBecomeReplacementCharac
     QTest::newRow("first half twice") << QString(high) + high + low << replacement + high + low;
 }
 
-void PropertyListWritingTest::charactersThatXmlCannotHoldBecomeReplacementCharacters()
+void PropertyListWritingTest::whatNoFormCanHoldBecomesReplacementCharacters()
 {
     QFETCH(QString, text);
     QFETCH(QString, expected);
     QCOMPARE(writtenAndRead(text).toString(), expected);
     QCOMPARE(writtenAndRead(QVariantMap{{text, true}}), QVariant(QVariantMap{{expected, true}}));
+}
+
+void PropertyListWritingTest::whatXmlCannotHoldIsWrittenInTheBinaryForm_data()
+{
+    QTest::addColumn<QVariantMap>("dictionary");
+    const auto row = [](const QString &name, const QVariantMap &dictionary) {
+        QTest::newRow(qUtf8Printable(name)) << dictionary;
+    };
+    std::vector<ushort> codes{0xFFFE, 0xFFFF};
+    for (ushort code = 1; code < 0x20; ++code) {
+        if (code != '\t' && code != '\n' && code != '\r') {
+            codes.push_back(code);
+        }
+    }
+    for (const auto code : codes) {
+        const auto text = QLatin1Char('a') + QString(QChar(code)) + QChar(0x20AC);
+        const auto name = QStringLiteral("U+%1").arg(code, 4, 16, QLatin1Char('0'));
+        row(name, {{QStringLiteral("a"), text}});
+        row(name + QStringLiteral(" in a key"), {{text, qlonglong(1)}});
+    }
+    for (const auto year : {-10000, -2, -1, 10000, 12345, 100000}) {
+        const QDateTime date({year, 2, 3}, {4, 5, 6}, Qt::UTC);
+        row(QStringLiteral("year %1").arg(year), {{QStringLiteral("a"), QVariantList{date}}});
+    }
+    row(QStringLiteral("with everything else"),
+        {{QStringLiteral("a"), QStringLiteral("\x1B")},
+         {QStringLiteral("b"),
+          QVariantList{QDateTime({1, 2, 3}, {4, 5, 6}, Qt::UTC), 0.1, qlonglong(-5),
+                       std::numeric_limits<qulonglong>::max(), QByteArray(""), true,
+                       QVariantMap{{QStringLiteral("CF$UID"), qlonglong(3)}}}}});
+}
+
+void PropertyListWritingTest::whatXmlCannotHoldIsWrittenInTheBinaryForm()
+{
+    QFETCH(QVariantMap, dictionary);
+    const auto data = platform::propertyListToData(dictionary);
+    QVERIFY(data.startsWith("bplist00"));
+    QCOMPARE(propertyListFromData(data), std::optional<QVariant>(dictionary));
+    QCOMPARE(propertyListToXml(dictionary), QByteArray());
 }
 
 void PropertyListWritingTest::aNullIsLeftOut()

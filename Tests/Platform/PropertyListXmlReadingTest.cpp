@@ -43,6 +43,8 @@ private Q_SLOTS:
     void realsAreReadWithAPointWhereTheUserWritesAComma();
     void datesAreUtcToTheSecond_data();
     void datesAreUtcToTheSecond();
+    void whatWouldBecomeAnotherValueIsNoPropertyList_data();
+    void whatWouldBecomeAnotherValueIsNoPropertyList();
     void dataAreBase64WithWhiteSpaceAnywhere();
     void referencesAndSectionsInTextAreResolved();
     void textIsKeptAsItStands();
@@ -123,12 +125,11 @@ void PropertyListXmlReadingTest::integersOf64BitsAreReadSignedOrUnsigned_data()
     row("18446744073709551615", std::numeric_limits<qulonglong>::max());
     row("-9223372036854775808", std::numeric_limits<qlonglong>::min());
     // The library reads numbers as C does: a leading 0 means octal, what follows the digits does
-    // not count, nothing is 0, and too many digits are the largest number.
+    // not count and nothing is 0.
     row("010", qlonglong(8));
     row("12a", qlonglong(12));
     row("1.5", qlonglong(1));
     row("", qlonglong(0));
-    row("18446744073709551616", std::numeric_limits<qulonglong>::max());
 }
 
 void PropertyListXmlReadingTest::integersOf64BitsAreReadSignedOrUnsigned()
@@ -210,11 +211,8 @@ void PropertyListXmlReadingTest::datesAreUtcToTheSecond_data()
     row("4001-01-01T00:00:00Z", QDateTime({4001, 1, 1}, {0, 0, 0}, QTimeZone::utc()));
     row("9999-12-31T23:59:59Z", QDateTime({9999, 12, 31}, {23, 59, 59}, QTimeZone::utc()));
     row("0999-12-31T23:59:59Z", QDateTime({999, 12, 31}, {23, 59, 59}, QTimeZone::utc()));
-    row("0000-01-01T00:00:00Z", {});
-    // The library carries over a day too many and takes what is no date at all for 1970.
-    row("2025-02-29T00:00:00Z", QDateTime({2025, 3, 1}, {0, 0, 0}, QTimeZone::utc()));
-    row("yesterday", QDateTime({1970, 1, 1}, {0, 0, 0}, QTimeZone::utc()));
-    row("", QDateTime({1970, 1, 1}, {0, 0, 0}, QTimeZone::utc()));
+    row("0000-02-29T00:00:00Z", QDateTime({-1, 2, 29}, {0, 0, 0}, QTimeZone::utc()));
+    row("\n 2026-01-31T23:59:59Z\t", QDateTime({2026, 1, 31}, {23, 59, 59}, QTimeZone::utc()));
 }
 
 void PropertyListXmlReadingTest::datesAreUtcToTheSecond()
@@ -222,6 +220,34 @@ void PropertyListXmlReadingTest::datesAreUtcToTheSecond()
     QFETCH(QByteArray, digits);
     QFETCH(QVariant, expected);
     QCOMPARE(element("<date>" + digits + "</date>").value_or(QVariant()), expected);
+}
+
+void PropertyListXmlReadingTest::whatWouldBecomeAnotherValueIsNoPropertyList_data()
+{
+    QTest::addColumn<QByteArray>("xml");
+    const auto row = [](const char *xml) { QTest::newRow(xml) << QByteArray(xml); };
+    for (const auto *date :
+         {"<date>12345-01-01T00:00:00Z</date>", "<date>999-01-01T00:00:00Z</date>",
+          "<date>-001-01-01T00:00:00Z</date>", "<date>2025-02-29T00:00:00Z</date>",
+          "<date>2025-13-01T00:00:00Z</date>", "<date>2025-01-01T24:00:00Z</date>",
+          "<date>2025-01-01T00:00:61Z</date>", "<date>2025-01-01T00:00:00.5Z</date>",
+          "<date>2025-01-01T00:00:00</date>", "<date>2025-01-01</date>", "<date>yesterday</date>",
+          "<date></date>", "<date/>", "<date a=\"b\">yesterday</date>",
+          "<date><![CDATA[2025-01-01T00:00:00Z]]></date>"}) {
+        row(date);
+    }
+    for (const auto *integer :
+         {"<integer>18446744073709551616</integer>", "<integer> +99999999999999999999</integer>",
+          "<integer>0x10000000000000000</integer>", "<integer>-9223372036854775809</integer>",
+          "<integer>-99999999999999999999</integer>"}) {
+        row(integer);
+    }
+}
+
+void PropertyListXmlReadingTest::whatWouldBecomeAnotherValueIsNoPropertyList()
+{
+    QFETCH(QByteArray, xml);
+    QVERIFY(!element(xml));
 }
 
 void PropertyListXmlReadingTest::dataAreBase64WithWhiteSpaceAnywhere()

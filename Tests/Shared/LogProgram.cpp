@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -93,6 +94,44 @@ void limitFiles(rlim_t size)
     ::setrlimit(RLIMIT_FSIZE, &limit);
 }
 
+// In a child that is forked and ends itself. Waits for its end.
+void logInChild(const QString &text, void (*end)(int))
+{
+    const auto child = ::fork();
+    if (child == 0) {
+        ZQLog::appendLog(text);
+        end(0);
+    }
+    auto status = -1;
+    ::waitpid(child, &status, 0);
+    if (status != 0) {
+        qWarning("the child ended with %d", status);
+        std::_Exit(4);
+    }
+}
+
+// The same many times, while other threads log all the time.
+void logInBusyChild(const QString &text)
+{
+    std::atomic<bool> isOver = false;
+    std::array<std::thread, 2> threads;
+    for (auto &thread : threads) {
+        thread = std::thread([&] {
+            while (!isOver) {
+                ZQLog::appendLog(QStringLiteral("busy"));
+                ZQLog::fastAppendLog(QStringLiteral("busy"));
+            }
+        });
+    }
+    for (auto i = 0; i < 50; ++i) {
+        logInChild(text, std::exit);
+    }
+    isOver = true;
+    for (auto &thread : threads) {
+        thread.join();
+    }
+}
+
 void printState()
 {
     const auto &log = ZQLog::sharedController();
@@ -169,6 +208,9 @@ const std::map<QString, Command> &commands()
              std::_Exit(0);
          }},
         {QStringLiteral("exit"), [](const QString &) { std::exit(0); }},
+        {QStringLiteral("child"), [](const QString &text) { logInChild(text, std::exit); }},
+        {QStringLiteral("short-child"), [](const QString &text) { logInChild(text, std::_Exit); }},
+        {QStringLiteral("busy-child"), [](const QString &text) { logInBusyChild(text); }},
         {QStringLiteral("exit-on-thread"),
          [](const QString &) { std::thread([] { std::exit(0); }).join(); }},
     };

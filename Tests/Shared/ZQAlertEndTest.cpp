@@ -4,6 +4,7 @@
 #include "Shared/ZQAlert.h"
 #include "Shared/ZQLog.h"
 #include "Tests/Support/AlertWatcher.h"
+#include "Tests/Support/Faults/Faults.h"
 #include "Tests/Support/OnWorker.h"
 
 #include <QApplication>
@@ -12,6 +13,7 @@
 #include <QProcess>
 #include <QTest>
 
+#include <cerrno>
 #include <cstring>
 
 using namespace std::chrono_literals;
@@ -48,6 +50,7 @@ private Q_SLOTS:
     void aTimedAlertThatIsAnsweredReturnsTheUsersCode();
     void theTimerFiresOnAnAlertThatIsGone();
     void theTimerOverwritesAnEarlierAnswer();
+    void withoutAThreadTheTimerStillEndsTheAlert();
     void anIntervalOfZeroOrLessAnswersAtOnce();
     void theLongestIntervalWaits();
     void aDestroyedParentEndsTheWaitAsEscDoes();
@@ -120,6 +123,21 @@ void ZQAlertEndTest::theTimerOverwritesAnEarlierAnswer()
     timer.join();
     QCOMPARE(object.returnCode(), 1);
     QVERIFY(object.alertEnded());
+}
+
+void ZQAlertEndTest::withoutAThreadTheTimerStillEndsTheAlert()
+{
+    const auto ask = [](qint64 seconds) {
+        const test::Faults faults({test::Thread, 1, test::Fate::Fails, EAGAIN, true, false});
+        return askFor(seconds);
+    };
+    QCOMPARE(ask(1), 1);
+    QCOMPARE(ask(0), 1);
+    QCOMPARE(ask(std::numeric_limits<qint64>::min()), 1);
+    QCOMPARE(test::onWorker([&] { return ask(1); }), 1);
+    const test::AlertWatcher watcher(
+        [](AlertPanel &alert) { test::click(alert, "alternateButton"); });
+    QCOMPARE(ask(std::numeric_limits<qint64>::max()), 0);
 }
 
 void ZQAlertEndTest::anIntervalOfZeroOrLessAnswersAtOnce()

@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include <thread>
+#include <utility>
 
 // Which calls wait for the file, and what the end of the process does to what still waits.
 class ZQLogWaitingTest : public QObject {
@@ -29,6 +30,10 @@ private Q_SLOTS:
     void theEndAbandons20PendingEntries_data();
     void theEndAbandons20PendingEntries();
     void afterTheEndEntriesAreNeitherWrittenNorWaitedFor();
+    void aForkedChildThatLogsALineAndEndsHasItWritten_data();
+    void aForkedChildThatLogsALineAndEndsHasItWritten();
+    void aForkedChildEndsWhateverTheLogIsAt();
+    void aForkedChildEndsWhileTheLogIsStuck();
 
     void anUncaughtExceptionIsLoggedAndPrinted_data();
     void anUncaughtExceptionIsLoggedAndPrinted();
@@ -209,6 +214,51 @@ void ZQLogWaitingTest::afterTheEndEntriesAreNeitherWrittenNorWaitedFor()
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(body(programsFile()), QStringList(text("before")));
     QVERIFY(run.output.last().startsWith(text("queue 10 ")));
+}
+
+void ZQLogWaitingTest::aForkedChildThatLogsALineAndEndsHasItWritten_data()
+{
+    QTest::addColumn<QString>("end");
+    QTest::newRow("exit") << text("child");
+    QTest::newRow("_Exit") << text("short-child");
+}
+
+void ZQLogWaitingTest::aForkedChildThatLogsALineAndEndsHasItWritten()
+{
+    QFETCH(QString, end);
+    const auto run =
+        test::runLogProgram({text("new"), text("finish"), text("append=before"), end + text("=one"),
+                             text("append=between"), end + text("=two"), text("append=after")});
+    QCOMPARE(run.exitCode, 0);
+    auto lines = body(programsFile());
+    // The parent's own come at their own time, and once.
+    for (const auto *own : {"before", "between", "after"}) {
+        QCOMPARE(lines.removeAll(text(own)), 1);
+    }
+    QCOMPARE(lines, (QStringList{text("one"), text("two")}));
+}
+
+void ZQLogWaitingTest::aForkedChildEndsWhateverTheLogIsAt()
+{
+    const auto run = test::runLogProgram({text("new"), text("busy-child=line"), text("finish")});
+    QCOMPARE(run.exitCode, 0);
+    auto lines = QStringList();
+    for (auto number = 5; number >= 1; --number) {
+        const auto file = generation(number, text("LogProgram"));
+        lines += QFile::exists(file) ? body(file) : QStringList();
+    }
+    QVERIFY(lines.contains(text("line")));
+    for (const auto &line : std::as_const(lines)) {
+        QVERIFY2(!line.startsWith(text("BAD")), qPrintable(line));
+    }
+}
+
+void ZQLogWaitingTest::aForkedChildEndsWhileTheLogIsStuck()
+{
+    const auto run = test::runLogProgram(
+        stuck() + QStringList{text("append=second"), text("child=third"), text("release")});
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(body(programsFile()), QStringList(text("second")));
 }
 
 void ZQLogWaitingTest::anUncaughtExceptionIsLoggedAndPrinted_data()

@@ -276,7 +276,7 @@ void ZQTaskExFaultsTest::withoutAThreadThereIsNoTimeoutButTheResult()
     }
     QCOMPARE(code, 7);
     QCOMPARE(m_console->lines().mid(m_oldLines),
-             QStringList(text("No time-out for a task: Resource temporarily unavailable")));
+             QStringList(text("No time-out for a task: no thread to be had")));
 }
 
 void ZQTaskExFaultsTest::asynchronousOutputIsWholeOrAnExceptionIsLogged()
