@@ -5,6 +5,7 @@
 #include "Platform/DistributedNotificationCenter.h"
 #include "Platform/PreferencePane.h"
 #include "Platform/WorkerThreads.h"
+#include "Preference Pane/AuthorizationUse.h"
 #include "Preference Pane/RunningActions.h"
 
 #include <QTimer>
@@ -104,6 +105,9 @@ public:
     // Where the listener is installed as a login job. Computed afresh each time.
     static QString jobFilePath();
 
+    // Ends this pane's use of the authorisation while its view is hidden.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 protected:
     void setProcessing(bool processing);
     // What every start and stop does around its own steps; method is for the log.
@@ -145,5 +149,6 @@ private:
     std::future<QString> m_systemProfile;
     RunningActions m_actions;
     std::unique_ptr<platform::DistributedObserver> m_statusObserver;
+    std::optional<AuthorizationUse> m_authorizationUse; // nothing while the pane is left
     platform::WorkerThreads m_workers;
 };
