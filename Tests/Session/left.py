@@ -39,12 +39,13 @@ def scene():
     check_job_file(bundle)
 
     # Left again while a worker uses it: that is done to its end.
+    pane.forget_words()
     pane.come_back(lambda: show(OURS))
     pane.settled(on=True)
     before = authentications()
     pane.slide()
     agent.give_password(session.ADMINISTRATOR_PASSWORD)
-    pane.wait_for("Disconnecting...")
+    pane.wait_to_hear("Disconnecting...")
     expect(len(helpers()) == 1, f"the authorisation is held: {helpers()}")
     leave(pane)
     wait_until(lambda: not helpers(), "the authorisation to end")
