@@ -2,20 +2,21 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Authorization.h"
 #include "Platform/ChildExit.h"
+#include "Platform/Console.h"
 #include "Platform/FileContents.h"
+#include "Platform/ProcessDescriptor.h"
 #include "Platform/ToolRequest.h"
 
-#include <QDeadlineTimer>
-
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstring>
 #include <mutex>
+#include <optional>
 
 namespace platform {
 namespace {
@@ -24,8 +25,6 @@ namespace {
 // that it is our helper.
 constexpr const char *variable = "OSTREL_AUTHORIZATION";
 
-constexpr int longestWait = 2000; // milliseconds for the helper's sign of life
-
 int announcedDescriptor()
 {
     bool isNumber = false;
@@ -33,19 +32,32 @@ int announcedDescriptor()
     return isNumber && number > STDERR_FILENO && ::fcntl(number, F_GETFD) >= 0 ? number : -1;
 }
 
-// The process that made the other end; 0 where that is not root's or the socket is another kind.
-pid_t rootBehind(int socket)
+// The process that made the other end; nothing where the socket is another kind.
+std::optional<ucred> processBehind(int socket)
 {
     int kind = 0;
     socklen_t size = sizeof kind;
     if (::getsockopt(socket, SOL_SOCKET, SO_TYPE, &kind, &size) != 0 || kind != SOCK_SEQPACKET) {
-        return 0;
+        return {};
     }
     ucred peer{};
     size = sizeof peer;
-    return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == 0
-               ? peer.pid
-               : 0;
+    return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? std::optional(peer)
+                                                                            : std::nullopt;
+}
+
+// The socket for requests, which our parent sends once it has named us to the helper; not open
+// where it has not.
+Descriptor socketFromParent(int channel)
+{
+    const auto parent = processBehind(channel);
+    if (!parent || parent->pid != ::getppid() || !becomesReadable(channel, longestToolStart)) {
+        return {};
+    }
+    auto packet = receivePacket(channel);
+    return packet && packet->bytes == toolGreeting && packet->descriptors.size() == 1
+               ? std::move(packet->descriptors.front())
+               : Descriptor();
 }
 
 // Only root sees the link to the program of root's process; its first argument everybody does, and
@@ -63,25 +75,10 @@ bool runsProgram(pid_t process, const QByteArray &path)
     return arguments && arguments->split('\0').first() == path;
 }
 
-bool answers(int socket)
+bool isOurHelper(int socket, const QByteArray &path)
 {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-        return false;
-    }
-    const Descriptor reply(ends[0]);
-    Descriptor theirs(ends[1]);
-    if (!sendPacket(socket, encodeToolRequest({}), {theirs.number()})) {
-        return false;
-    }
-    theirs.close();
-    pollfd readable{reply.number(), POLLIN, 0};
-    const QDeadlineTimer end(longestWait);
-    int ready = 0;
-    do {
-        ready = ::poll(&readable, 1, static_cast<int>(end.remainingTime()));
-    } while (ready < 0 && errno == EINTR);
-    return ready == 1 && receiveToolReply(reply.number()) == 0;
+    const auto helper = processBehind(socket);
+    return helper && helper->uid == 0 && helper->pid > 0 && runsProgram(helper->pid, path);
 }
 
 } // namespace
@@ -95,26 +92,43 @@ std::shared_ptr<Authorization> Authorization::handedDown()
     if (number < 0 || isTaken) {
         return nullptr;
     }
-    const auto process = rootBehind(number);
-    if (process <= 0 || !runsProgram(process, helperPath()) || !answers(number)) {
+    auto socket = socketFromParent(number);
+    if (!socket.isOpen() || !isOurHelper(socket.number(), helperPath())) {
+        return nullptr;
+    }
+    auto authorization = std::shared_ptr<Authorization>(new Authorization);
+    authorization->m_socket = std::move(socket);
+    if (authorization->answerTo({}, -1) != 0) {
         return nullptr;
     }
     isTaken = true;
-    ::fcntl(number, F_SETFD, FD_CLOEXEC);
-    auto authorization = std::shared_ptr<Authorization>(new Authorization);
-    authorization->m_socket = Descriptor(number);
+    ::close(number);
     return authorization;
 }
 
 Authorization::Inheritance Authorization::handDown() const
 {
-    if (!m_socket.isOpen()) {
+    std::array<int, 2> ends{};
+    if (!m_socket.isOpen() ||
+        ::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
         return {};
     }
-    Inheritance inheritance{Descriptor(::fcntl(m_socket.number(), F_DUPFD_CLOEXEC, 3)), {}};
+    Inheritance inheritance{Descriptor(ends[0]), {}, Descriptor(ends[1])};
     inheritance.environmentEntry =
         QByteArray(variable) + '=' + QByteArray::number(inheritance.descriptor.number());
     return inheritance;
+}
+
+bool Authorization::nameChild(pid_t child, Inheritance inheritance) const
+{
+    const auto process = openProcess(child);
+    const auto answer = process.isOpen() ? answerTo({}, process.number()) : std::optional(errno);
+    if (answer != 0) {
+        consoleLog(QStringLiteral("Unable to hand the authorisation down: %@"),
+                   QString::fromUtf8(std::strerror(answer.value_or(errno))));
+        return false;
+    }
+    return sendPacket(inheritance.ours.number(), toolGreeting, {m_socket.number()});
 }
 
 } // namespace platform

@@ -7,8 +7,8 @@
 #include "Platform/Console.h"
 #include "Platform/FileName.h"
 #include "Platform/PasswordAgent.h"
-#include "Platform/SystemCommand.h"
 #include "Platform/ToolRequest.h"
+#include "Platform/TrustedPath.h"
 #include "Platform/WorkerThreads.h"
 
 #include <fcntl.h>
@@ -91,6 +91,14 @@ bool waitForHelper(int channel, PasswordAgent *agent)
     return false;
 }
 
+// A helper that does not take its requests any more holds nobody up.
+void limitSending(int socket)
+{
+    const timeval limit{std::chrono::duration_cast<std::chrono::seconds>(longestToolStart).count(),
+                        0};
+    ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+}
+
 // Says in words why pkexec has not started the helper. Its exit statuses are in pkexec(1); the
 // reasons that share one only its message tells apart.
 AuthorizationStatus explainRefusal(int exitStatus, const QString &message)
@@ -138,10 +146,9 @@ std::shared_ptr<Authorization> Authorization::create(AuthorizationStatus *status
                    helper);
         return nullptr;
     }
-    if (!isChangedOnlyByRoot(helper)) {
-        consoleLog(text("%@ is not run as administrator, because others than root can change it or "
-                        "a folder above it."),
-                   helper);
+    if (const auto trusted = openTrusted(helperPath().toStdString()); !trusted.file.isOpen()) {
+        consoleLog(text("%@ is not run as administrator: %@"), helper,
+                   text(trusted.objection.c_str()));
         return nullptr;
     }
     if (::access(pkexecPath, X_OK) != 0) {
@@ -208,10 +215,19 @@ AuthorizationStatus Authorization::startHelper(PasswordAgent *agent)
     auto greeting = receivePacket(channel->ours.number());
     if (!greeting || greeting->bytes != toolGreeting || greeting->descriptors.size() != 1) {
         channel->ours.close();
+        if (greeting && greeting->bytes != toolGreeting) {
+            consoleLog(text("Unable to ask for the administrator's authorisation: %@ is of another "
+                            "version. Install it with: sudo cmake --install BUILD_FOLDER "
+                            "--component system"),
+                       fileNameFromBytes(helperPath()));
+            helper->reapInBackground();
+            return AuthorizationStatus::Internal;
+        }
         helper->wait();
         return explainRefusal(helper->status(), pendingText(errors->ours.number()));
     }
     m_socket = std::move(greeting->descriptors.front());
+    limitSending(m_socket.number());
     m_helper = std::move(helper);
     return AuthorizationStatus::Success;
 }
@@ -223,12 +239,34 @@ bool Authorization::isAlive() const
            ::poll(&end, 1, 0) == 0;
 }
 
+// The helper's answer to a request that comes with this descriptor (negative: none); nothing, with
+// the reason in errno, where none has come. The authorisation is lost then.
+std::optional<std::int32_t> Authorization::answerTo(const std::vector<std::string> &request,
+                                                    int descriptor) const
+{
+    auto reply = newPipe();
+    if (!reply) {
+        return errno;
+    }
+    const int pipe = reply->theirs.number();
+    const auto bytes = encodeToolRequest(request);
+    const bool isSent = descriptor < 0 ? sendPacket(m_socket.number(), bytes, {pipe})
+                                       : sendPacket(m_socket.number(), bytes, {pipe, descriptor});
+    reply->theirs.close();
+    const auto answer =
+        isSent ? receiveToolReply(reply->ours.number(), longestToolStart) : std::nullopt;
+    if (!answer) {
+        m_isLost.store(true, std::memory_order_relaxed); // its end of the socket may close later
+    }
+    return answer;
+}
+
 Authorization::Tool Authorization::run(const QString &path, const QStringList &arguments,
                                        Output output) const
 {
-    QList<QByteArray> texts{fileNameBytes(path)};
+    std::vector<std::string> texts{fileNameBytes(path).toStdString()};
     for (const auto &argument : arguments) {
-        texts += fileNameBytes(argument);
+        texts.push_back(fileNameBytes(argument).toStdString());
     }
     const auto request = encodeToolRequest(texts);
     if (request.size() > longestToolRequest) {
@@ -237,27 +275,22 @@ Authorization::Tool Authorization::run(const QString &path, const QStringList &a
     if (!decodeToolRequest(request)) {
         return failure(AuthorizationStatus::ToolExecuteFailure, path, text(std::strerror(EINVAL)));
     }
-    auto reply = newPipe();
     auto stream = newPipe();
-    if (!reply || !stream) {
+    if (!stream) {
         return failure(AuthorizationStatus::ToolExecuteFailure, path, text(std::strerror(errno)));
     }
-    const bool isSent = output == Output::Wanted
-                            ? sendPacket(m_socket.number(), request,
-                                         {reply->theirs.number(), stream->theirs.number()})
-                            : sendPacket(m_socket.number(), request, {reply->theirs.number()});
-    reply->theirs.close();
-    stream->theirs.close();
-    const auto answer = isSent ? receiveToolReply(reply->ours.number()) : std::nullopt;
+    const auto answer = answerTo(texts, output == Output::Wanted ? stream->theirs.number() : -1);
     if (!answer) {
-        m_isLost.store(true, std::memory_order_relaxed); // its end of the socket may close later
         return failure(AuthorizationStatus::Internal, path,
-                       text("the authorisation helper has ended"));
+                       errno == ETIMEDOUT || errno == EAGAIN
+                           ? text("the authorisation helper does not answer")
+                           : text("the authorisation helper has ended"));
     }
+    stream->theirs.close();
     if (*answer != 0) {
         return failure(AuthorizationStatus::ToolExecuteFailure, path,
                        *answer == EPERM
-                           ? text("others than root can change it, or a folder above it")
+                           ? text("others than root can change it, or a folder or link on the way")
                            : text(std::strerror(*answer)));
     }
     return {AuthorizationStatus::Success,

@@ -10,15 +10,13 @@ namespace platform {
 // What to run for the command at this path: the file itself where there is one; else our own
 // executable of that name in the private folder; else the system's command of that name in its
 // usual folders. The path as it is where there is none of them. For root, only a file that nobody
-// but root can change is taken. No environment variable is looked at.
+// but root can change is taken. Our own "/usr/sbin/chown" goes before the system's where no group
+// "wheel" exists, since only ours knows "root:wheel" then. No environment variable is looked at.
 QString systemCommand(const QString &path);
 
 // The private folder of our own commands, "libexec/ostrel" beside the folders of the program and
 // the pane: in the build folder as well as where it is installed. That of the installation where
 // there is none.
 QString privateCommandFolder();
-
-// Whether nobody but root can change the file or what its path leads to.
-bool isChangedOnlyByRoot(const QString &path);
 
 } // namespace platform

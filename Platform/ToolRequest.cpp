@@ -2,10 +2,14 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/ToolRequest.h"
 
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdint>
 #include <cstring>
+#include <iterator>
 
 namespace platform {
 namespace {
@@ -17,23 +21,23 @@ union ControlBuffer {
     std::array<char, CMSG_SPACE(sizeof(int) * mostDescriptors) + CMSG_SPACE(sizeof(ucred))> bytes;
 };
 
-void appendNumber(QByteArray &bytes, qsizetype number)
+void appendNumber(std::string &bytes, std::size_t number)
 {
     const auto value = static_cast<std::uint32_t>(number);
     std::array<char, sizeof value> text{};
     std::memcpy(text.data(), &value, sizeof value);
-    bytes.append(text.data(), static_cast<int>(text.size()));
+    bytes.append(text.data(), text.size());
 }
 
-// Takes the number at the position; nothing where the bytes end before it does.
-std::optional<std::uint32_t> takeNumber(const QByteArray &bytes, int *position)
+// Takes the number at the beginning; nothing where the bytes end before it does.
+std::optional<std::uint32_t> takeNumber(std::string_view &bytes)
 {
     std::uint32_t value = 0;
-    if (bytes.size() - *position < static_cast<int>(sizeof value)) {
+    if (bytes.size() < sizeof value) {
         return {};
     }
-    std::memcpy(&value, bytes.constData() + *position, sizeof value);
-    *position += static_cast<int>(sizeof value);
+    std::memcpy(&value, bytes.data(), sizeof value);
+    bytes.remove_prefix(sizeof value);
     return value;
 }
 
@@ -63,9 +67,9 @@ void takeControlMessages(const msghdr &message, Packet *packet)
 
 } // namespace
 
-QByteArray encodeToolRequest(const QList<QByteArray> &toolAndArguments)
+std::string encodeToolRequest(const std::vector<std::string> &toolAndArguments)
 {
-    QByteArray bytes;
+    std::string bytes;
     appendNumber(bytes, toolAndArguments.size());
     for (const auto &text : toolAndArguments) {
         appendNumber(bytes, text.size());
@@ -74,36 +78,35 @@ QByteArray encodeToolRequest(const QList<QByteArray> &toolAndArguments)
     return bytes;
 }
 
-std::optional<QList<QByteArray>> decodeToolRequest(const QByteArray &bytes)
+std::optional<std::vector<std::string>> decodeToolRequest(std::string_view bytes)
 {
-    int position = 0;
-    const auto count = takeNumber(bytes, &position);
+    const auto count = takeNumber(bytes);
     if (!count) {
         return {};
     }
-    QList<QByteArray> texts;
+    std::vector<std::string> texts;
     for (std::uint32_t i = 0; i < *count; ++i) {
-        const auto length = takeNumber(bytes, &position);
-        if (!length || *length > static_cast<std::uint32_t>(bytes.size() - position)) {
+        const auto length = takeNumber(bytes);
+        if (!length || *length > bytes.size()) {
             return {};
         }
-        const auto text = bytes.mid(position, static_cast<int>(*length));
-        if (text.contains('\0')) {
+        const auto text = bytes.substr(0, *length);
+        if (text.find('\0') != std::string_view::npos) {
             return {}; // the system would take it for its end
         }
-        texts += text;
-        position += static_cast<int>(*length);
+        texts.emplace_back(text);
+        bytes.remove_prefix(*length);
     }
-    if (position != bytes.size() || (!texts.isEmpty() && texts.first().isEmpty())) {
+    if (!bytes.empty() || (!texts.empty() && texts.front().empty())) {
         return {};
     }
     return texts;
 }
 
-bool sendPacket(int socket, const QByteArray &bytes, std::initializer_list<int> descriptors)
+bool sendPacket(int socket, std::string_view bytes, std::initializer_list<int> descriptors)
 {
-    auto content = bytes;
-    iovec part{content.data(), static_cast<std::size_t>(content.size())};
+    std::string content(bytes);
+    iovec part{content.data(), content.size()};
     ControlBuffer control{};
     msghdr message{};
     message.msg_iov = &part;
@@ -122,14 +125,14 @@ bool sendPacket(int socket, const QByteArray &bytes, std::initializer_list<int> 
     do {
         sent = ::sendmsg(socket, &message, MSG_NOSIGNAL);
     } while (sent < 0 && errno == EINTR);
-    return sent == bytes.size();
+    return sent >= 0 && static_cast<std::size_t>(sent) == bytes.size();
 }
 
 std::optional<Packet> receivePacket(int socket)
 {
     Packet packet;
     packet.bytes.resize(longestToolRequest);
-    iovec part{packet.bytes.data(), static_cast<std::size_t>(packet.bytes.size())};
+    iovec part{packet.bytes.data(), packet.bytes.size()};
     ControlBuffer control{};
     msghdr message{};
     message.msg_iov = &part;
@@ -144,20 +147,37 @@ std::optional<Packet> receivePacket(int socket)
         takeControlMessages(message, &packet); // what comes with an empty packet is closed, too
     }
     if (size > 0) {
-        packet.bytes.resize(static_cast<int>(size));
+        packet.bytes.resize(static_cast<std::size_t>(size));
         packet.isWhole = (message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) == 0;
         return packet;
     }
     return {};
 }
 
-std::optional<std::int32_t> receiveToolReply(int pipe)
+bool becomesReadable(int descriptor, std::chrono::milliseconds limit)
+{
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + limit;
+    pollfd readable{descriptor, POLLIN, 0};
+    int ready = 0;
+    do {
+        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+        ready = ::poll(&readable, 1, static_cast<int>(std::max<std::int64_t>(rest, 0)));
+    } while (ready < 0 && errno == EINTR);
+    return ready > 0;
+}
+
+std::optional<std::int32_t> receiveToolReply(int pipe, std::chrono::milliseconds limit)
 {
     std::array<char, sizeof(std::int32_t)> bytes{};
-    std::size_t size = 0;
-    while (size < bytes.size()) {
+    for (std::size_t size = 0; size < bytes.size();) {
+        if (!becomesReadable(pipe, limit)) {
+            errno = ETIMEDOUT;
+            return {};
+        }
         const auto more = ::read(pipe, bytes.data() + size, bytes.size() - size);
         if (more == 0 || (more < 0 && errno != EINTR)) {
+            errno = EPIPE;
             return {};
         }
         size += more > 0 ? static_cast<std::size_t>(more) : 0;

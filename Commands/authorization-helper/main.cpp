@@ -4,22 +4,25 @@
 // authorization-helper: runs tools as root for the process that polkit has let start it.
 //
 // pkexec starts it once the administrator's password is given, with one end of a socket as standard
-// input. It sends back one end of another socket, the one for requests, and serves whoever holds
-// that until nobody does. There is no name by which anybody else could reach it. A request comes
+// input. It sends back one end of another socket, the one for requests, and serves over that the
+// process that has started it, and such children as that names. There is no name by which anybody
+// else could reach it, and who takes the socket out of that process is refused. A request comes
 // with a pipe for the answer, so that any number of threads and processes may share the socket; see
-// Platform/ToolRequest.h for its bytes. Nothing that the client has (environment, folder, umask,
-// signals, descriptors) reaches the tools.
+// Platform/ToolRequest.h for its bytes. Plain C++ over the system's calls, to be read in one
+// sitting.
 
-#include "Platform/CleanProcess.h"
-#include "Platform/Descriptor.h"
-#include "Platform/FileName.h"
-#include "Platform/SystemCommand.h"
+#include "Commands/authorization-helper/CleanState.h"
+#include "Commands/authorization-helper/Served.h"
+#include "Commands/authorization-helper/Tool.h"
+#include "Platform/LogText.h"
 #include "Platform/ToolRequest.h"
 
 #include <fcntl.h>
-#include <sys/prctl.h>
+#include <poll.h>
+#include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -30,12 +33,21 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
+#include <map>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
 using platform::Descriptor;
+
+// A line for the administrator, as sudo and pkexec write one.
+void note(uid_t user, const std::string &line)
+{
+    ::syslog(LOG_AUTHPRIV | LOG_NOTICE, "for user %u: %.4000s", user, line.c_str());
+}
 
 // Whom polkit has asked about: pkexec's word, which only root can have put there.
 std::optional<uid_t> userOfPkexec()
@@ -48,36 +60,6 @@ std::optional<uid_t> userOfPkexec()
     uid_t user = 0;
     const auto [rest, error] = std::from_chars(text, end, user);
     return error == std::errc() && rest == end ? std::optional(user) : std::nullopt;
-}
-
-// The socket by which we were started belongs to that user.
-bool wasStartedBy(uid_t user)
-{
-    ucred peer{};
-    socklen_t size = sizeof peer;
-    return ::getsockopt(STDIN_FILENO, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&
-           peer.uid == user;
-}
-
-// Makes this process the same whoever has started it.
-void forgetStarter()
-{
-    ::prctl(PR_SET_PDEATHSIG, 0); // the thread that has asked may end; the socket tells of the rest
-    ::setsid();                   // the keys of a terminal are not for us
-    ::clearenv();
-    ::umask(022);
-    ::close_range(STDERR_FILENO + 1, ~0U, 0);
-    sigset_t none;
-    ::sigemptyset(&none);
-    ::sigprocmask(SIG_SETMASK, &none, nullptr);
-    for (int number = 1; number < NSIG; ++number) {
-        std::signal(number, SIG_DFL);
-    }
-    std::signal(SIGCHLD, SIG_IGN); // the system reaps what we start
-    std::signal(SIGPIPE, SIG_IGN); // nobody may be waiting for an answer any more
-    if (::chdir("/") != 0) {
-        std::exit(EXIT_FAILURE);
-    }
 }
 
 // The socket that takes the requests, after its other end has been sent to the starter.
@@ -105,101 +87,191 @@ void leaveStandardDescriptors()
     }
 }
 
+// Where the ends of the tools are told.
+Descriptor watchTools()
+{
+    sigset_t ends;
+    ::sigemptyset(&ends);
+    ::sigaddset(&ends, SIGCHLD);
+    ::sigprocmask(SIG_BLOCK, &ends, nullptr);
+    std::signal(SIGPIPE, SIG_IGN); // nobody may be waiting for an answer any more
+    return Descriptor(::signalfd(-1, &ends, SFD_CLOEXEC | SFD_NONBLOCK));
+}
+
 bool isPipe(const Descriptor &descriptor)
 {
     struct stat status {};
     return ::fstat(descriptor.number(), &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
-// A line for the administrator, as sudo and pkexec write one.
-void note(uid_t user, const QByteArray &path, const QList<QByteArray> &arguments)
+// Who has given up does not want the tool to start any more.
+bool isAwaited(const Descriptor &pipe)
 {
-    auto line = path;
-    for (const auto &argument : arguments) {
-        line += ' ' + argument.toPercentEncoding(" /:;,=+@!()[]{}*?&$#'\"");
-    }
-    ::syslog(LOG_AUTHPRIV | LOG_NOTICE, "for user %u: %s", user, line.left(4000).constData());
+    pollfd reader{pipe.number(), 0, 0};
+    return ::poll(&reader, 1, 0) == 0;
 }
 
-// 0, or the system's error number.
-int startTool(uid_t user, QList<QByteArray> words, int output)
-{
-    const auto asked = words.takeFirst();
-    if (!asked.startsWith('/')) {
-        return ENOENT;
+class Service {
+public:
+    Service(uid_t user, Served &served, Descriptor requests, Descriptor ends)
+        : m_user(user), m_served(served), m_requests(std::move(requests)), m_ends(std::move(ends))
+    {
     }
-    // What is there is run or refused; only in place of a file that is missing another is looked
-    // for.
-    const bool isThere = ::access(asked.constData(), F_OK) == 0;
-    const auto name = platform::fileNameFromBytes(asked);
-    const auto tool = isThere ? name : platform::systemCommand(name);
-    const auto path = platform::fileNameBytes(tool);
-    if (::access(path.constData(), X_OK) != 0) {
-        return errno;
-    }
-    if (!platform::isChangedOnlyByRoot(tool)) {
-        return EPERM;
-    }
-    note(user, path, words);
-    int error = 0;
-    platform::startCleanProcess(path, words, {-1, output, -1}, &error);
-    return error;
-}
 
-int serve(uid_t user, const platform::Packet &packet)
-{
-    if (!packet.sender || packet.sender->uid != user) {
-        return EPERM;
+    // Until nobody is there any more that could ask; the tools that still run are then awaited,
+    // since a bad end is to be told.
+    void run()
+    {
+        while (m_requests.isOpen() || !m_tools.empty()) {
+            std::array<pollfd, 3> events{pollfd{m_ends.number(), POLLIN, 0},
+                                         pollfd{m_requests.number(), POLLIN, 0},
+                                         pollfd{m_served.starter(), POLLIN, 0}};
+            const auto watched = m_requests.isOpen() ? events.size() : 1;
+            if (::poll(events.data(), watched, -1) < 0) {
+                continue;
+            }
+            reap();
+            if (events[2].revents != 0) {
+                m_requests.close();
+            } else if (events[1].revents != 0) {
+                takeRequest((events[1].revents & POLLHUP) != 0);
+            }
+        }
     }
-    if (!packet.isWhole) {
-        return E2BIG;
-    }
-    const auto request = platform::decodeToolRequest(packet.bytes);
-    if (!request || packet.descriptors.size() > 2) {
-        return EINVAL;
-    }
-    if (request->isEmpty()) {
-        return 0;
-    }
-    const bool hasOutput = packet.descriptors.size() == 2;
-    if (hasOutput && !isPipe(packet.descriptors[1])) {
-        return EINVAL;
-    }
-    return startTool(user, *request, hasOutput ? packet.descriptors[1].number() : -1);
-}
 
-void answer(const platform::Packet &packet, std::int32_t result)
-{
-    if (packet.descriptors.empty() || !isPipe(packet.descriptors.front())) {
-        return;
+private:
+    void takeRequest(bool isLeft)
+    {
+        auto packet = platform::receivePacket(m_requests.number());
+        if (!packet) {
+            if (isLeft) { // not only an empty packet
+                m_requests.close();
+            }
+            return;
+        }
+        const std::int32_t result = serve(*packet);
+        if (!packet->descriptors.empty() && isPipe(packet->descriptors.front())) {
+            const int pipe = packet->descriptors.front().number();
+            ::fcntl(pipe, F_SETFL, O_NONBLOCK); // a full one is the client's own affair
+            while (::write(pipe, &result, sizeof result) < 0 && errno == EINTR) {
+            }
+        }
     }
-    std::array<char, sizeof result> bytes{};
-    std::memcpy(bytes.data(), &result, sizeof result);
-    const int pipe = packet.descriptors.front().number();
-    ::fcntl(pipe, F_SETFL, O_NONBLOCK); // a full one is the client's own affair
-    while (::write(pipe, bytes.data(), bytes.size()) < 0 && errno == EINTR) {
+
+    // 0, or the system's error number.
+    int serve(platform::Packet &packet)
+    {
+        const auto sender = packet.sender.value_or(ucred{});
+        if (!packet.sender || sender.uid != m_user || !m_served.contains(sender.pid)) {
+            if (std::exchange(m_lastRefused, sender.pid) != sender.pid) {
+                note(m_user, "refused process " + std::to_string(sender.pid) + " of user " +
+                                 std::to_string(sender.uid) + ", which is not the one that asked");
+            }
+            return EPERM;
+        }
+        if (!packet.isWhole) {
+            return E2BIG;
+        }
+        const auto words = platform::decodeToolRequest(packet.bytes);
+        auto &descriptors = packet.descriptors;
+        if (!words || descriptors.empty() || descriptors.size() > 2 || !isPipe(descriptors[0])) {
+            return EINVAL;
+        }
+        const bool hasMore = descriptors.size() == 2;
+        if (words->empty()) {
+            return hasMore ? takeChild(sender.pid, std::move(descriptors[1])) : 0;
+        }
+        if (hasMore && !isPipe(descriptors[1])) {
+            return EINVAL;
+        }
+        return isAwaited(descriptors[0]) ? start(*words, hasMore ? descriptors[1].number() : -1)
+                                         : ECANCELED;
     }
-}
+
+    int takeChild(pid_t parent, Descriptor child)
+    {
+        return m_served.isStarter(parent) ? m_served.add(std::move(child)) : EPERM;
+    }
+
+    int start(const std::vector<std::string> &words, int output)
+    {
+        auto tool = findTool(words);
+        auto line = platform::logText(tool.path);
+        for (std::size_t i = 1; i < words.size(); ++i) {
+            line += ' ' + platform::logText(words[i]);
+        }
+        if (tool.error != 0) {
+            note(m_user, "refused, " + tool.objection + ": " + line);
+            return tool.error;
+        }
+        note(m_user, line);
+        pid_t process = -1;
+        const int error = startTool(tool, output, &process);
+        if (error == 0) {
+            m_tools[process] = platform::logText(tool.path);
+        } else {
+            note(m_user, "not started, " + std::string(std::strerror(error)) + ": " + line);
+        }
+        return error;
+    }
+
+    void reap()
+    {
+        std::array<signalfd_siginfo, 8> told{};
+        while (::read(m_ends.number(), told.data(), sizeof told) > 0) {
+        }
+        int status = 0;
+        for (pid_t process = 0; (process = ::waitpid(-1, &status, WNOHANG)) > 0;) {
+            const auto tool = m_tools.find(process);
+            if (tool == m_tools.end()) {
+                continue; // it could not be started
+            }
+            if (WIFSIGNALED(status)) {
+                note(m_user, tool->second + " was ended by signal " +
+                                 std::to_string(WTERMSIG(status)) + " (" +
+                                 ::strsignal(WTERMSIG(status)) + ')');
+            } else if (WEXITSTATUS(status) != 0) {
+                note(m_user,
+                     tool->second + " ended with status " + std::to_string(WEXITSTATUS(status)));
+            }
+            m_tools.erase(tool);
+        }
+    }
+
+    const uid_t m_user;
+    Served &m_served;
+    Descriptor m_requests; // closed when nobody is served any more
+    const Descriptor m_ends;
+    pid_t m_lastRefused = -1;             // told once
+    std::map<pid_t, std::string> m_tools; // that run, with their paths for the log
+};
 
 } // namespace
 
 int main()
 {
+    ::close_range(STDERR_FILENO + 1, ~0U, 0);
     const auto user = userOfPkexec();
-    if (!user || !wasStartedBy(*user)) {
+    Served served(STDIN_FILENO, user.value_or(0));
+    if (!user || served.starter() < 0) {
         std::fputs("authorization-helper is started by pkexec only, for a program of Ostrel's\n",
                    stderr);
         return EXIT_FAILURE;
     }
-    forgetStarter();
+    bool isFatal = false;
+    const auto left = cleanState(&isFatal);
     ::openlog("ostrel-authorization-helper", LOG_PID, LOG_AUTHPRIV);
-    const auto requests = openForRequests();
+    if (!left.empty()) {
+        const auto line = "of the program that asks this cannot be undone: " + left;
+        note(*user, line);
+        std::fprintf(stderr, "%s\n", line.c_str()); // it tells its console where it is fatal
+    }
+    auto ends = watchTools();
+    auto requests = isFatal ? Descriptor() : openForRequests();
     if (!requests.isOpen()) {
         return EXIT_FAILURE;
     }
     leaveStandardDescriptors();
-    while (const auto packet = platform::receivePacket(requests.number())) {
-        answer(*packet, serve(*user, *packet));
-    }
+    Service(*user, served, std::move(requests), std::move(ends)).run();
     return EXIT_SUCCESS;
 }

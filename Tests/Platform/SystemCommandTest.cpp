@@ -2,11 +2,14 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/SystemCommand.h"
 
+#include "Platform/TrustedPath.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTest>
 
+#include <grp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -37,7 +40,8 @@ private Q_SLOTS:
     void aCommandThatNobodyHasKeepsItsPath();
     void rootRunsOnlyWhatOnlyRootCanChange();
     void aPathElsewhereIsLeftAsItIs();
-    void aFolderThatOthersMayWriteToIsNotRootsAlone();
+    void rootRunsNothingThroughALinkOfOthers();
+    void ourOwnChownIsRunWhereNoGroupWheelExists();
 };
 
 void SystemCommandTest::aCommandThatIsThereIsRunAsAsked()
@@ -74,7 +78,6 @@ void SystemCommandTest::rootRunsOnlyWhatOnlyRootCanChange()
     QCOMPARE(platform::systemCommand(path), isRoot ? text("/usr/bin/mkdir") : path);
     QCOMPARE(::chmod(path.toUtf8().constData(), 0755), 0);
     QCOMPARE(platform::systemCommand(path), path);
-    QCOMPARE(platform::isChangedOnlyByRoot(path), isRoot);
     QVERIFY(QFile::remove(path));
 }
 
@@ -85,15 +88,32 @@ void SystemCommandTest::aPathElsewhereIsLeftAsItIs()
     }
 }
 
-void SystemCommandTest::aFolderThatOthersMayWriteToIsNotRootsAlone()
+void SystemCommandTest::rootRunsNothingThroughALinkOfOthers()
 {
-    QVERIFY(QDir().mkpath(text("/Library/open/inner")));
-    makeExecutable(text("/Library/open/inner/tool"), 0755);
+    const auto isRoot = ::geteuid() == 0;
+    const auto path = text("/usr/sbin/mkdir");
+    QVERIFY(QDir().mkpath(text("/Library/open")));
+    QVERIFY(QFile::link(text("/usr/bin/mkdir"), text("/Library/open/tool")));
+    QVERIFY(QFile::link(text("/Library/open/tool"), path));
     QCOMPARE(::chmod("/Library/open", 0777), 0);
-    QVERIFY(!platform::isChangedOnlyByRoot(text("/Library/open/inner/tool")));
-    QVERIFY(QFile::link(text("/Library/open/inner/tool"), text("/Library/link")));
-    QVERIFY(!platform::isChangedOnlyByRoot(text("/Library/link")));
-    QVERIFY(!platform::isChangedOnlyByRoot(text("/Library/missing")));
+    QCOMPARE(platform::systemCommand(path), isRoot ? text("/usr/bin/mkdir") : path);
+    QCOMPARE(::chmod("/Library/open", 0755), 0);
+    QCOMPARE(platform::systemCommand(path), path);
+    QVERIFY(QFile::remove(path));
+}
+
+// As where "/usr/sbin" and "/usr/bin" are one folder.
+void SystemCommandTest::ourOwnChownIsRunWhereNoGroupWheelExists()
+{
+    const auto path = text("/usr/sbin/chown");
+    const auto ours = platform::privateCommandFolder() + text("/chown");
+    const bool isOursTrusted =
+        ::geteuid() != 0 || platform::openTrusted(ours.toStdString()).file.isOpen();
+    makeExecutable(path, 0755);
+    QVERIFY(::getgrnam("wheel") == nullptr);
+    QCOMPARE(platform::systemCommand(path), isOursTrusted ? ours : path);
+    QCOMPARE(platform::systemCommand(text("/usr/bin/touch")), text("/usr/bin/touch"));
+    QVERIFY(QFile::remove(path));
 }
 
 QTEST_GUILESS_MAIN(SystemCommandTest)

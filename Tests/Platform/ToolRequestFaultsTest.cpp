@@ -95,7 +95,7 @@ private:
 
 void ToolRequestFaultsTest::aRequestArrivesWholeOrIsNotSent()
 {
-    const auto request = platform::encodeToolRequest({"/bin/echo", QByteArray(60000, 'x')});
+    const auto request = platform::encodeToolRequest({"/bin/echo", std::string(60000, 'x')});
     Ends channel;
     test::underEveryFault(
         test::Message, [&] { channel = sockets(); },
@@ -140,8 +140,9 @@ void ToolRequestFaultsTest::aReplyThatComesInPiecesIsWhole()
             QVERIFY(writeAll(pipe.theirs, reply(ENOENT) + reply(1)));
         },
         [&] {
-            return platform::receiveToolReply(pipe.ours.number()) == ENOENT &&
-                   platform::receiveToolReply(pipe.ours.number()) == 1;
+            return platform::receiveToolReply(pipe.ours.number(), platform::longestToolStart) ==
+                       ENOENT &&
+                   platform::receiveToolReply(pipe.ours.number(), platform::longestToolStart) == 1;
         },
         [](bool isRight) { return isRight ? QString() : text("another reply"); });
 }
@@ -157,7 +158,7 @@ void ToolRequestFaultsTest::aReplyThatCannotBeReadOrEndsEarlyIsNone()
             QVERIFY(writeAll(pipe.theirs, reply(ENOENT)));
         },
         [&] {
-            received = platform::receiveToolReply(pipe.ours.number());
+            received = platform::receiveToolReply(pipe.ours.number(), platform::longestToolStart);
             return received.has_value();
         },
         [&](bool isThere) {
@@ -167,7 +168,8 @@ void ToolRequestFaultsTest::aReplyThatCannotBeReadOrEndsEarlyIsNone()
         pipe = newPipe();
         QVERIFY(writeAll(pipe.theirs, reply(0).left(size)));
         pipe.theirs.close();
-        QVERIFY(!platform::receiveToolReply(pipe.ours.number()).has_value());
+        QVERIFY(!platform::receiveToolReply(pipe.ours.number(), platform::longestToolStart)
+                     .has_value());
     }
 }
 
@@ -183,7 +185,7 @@ void ToolRequestFaultsTest::whereNoDescriptorIsFreeAPacketIsNotWhole()
         packet = platform::receivePacket(channel.ours.number());
     }
     QVERIFY(packet.has_value());
-    QCOMPARE(packet->bytes, QByteArray(platform::toolGreeting));
+    QCOMPARE(packet->bytes, std::string(platform::toolGreeting));
     QVERIFY(!packet->isWhole);
     QVERIFY(packet->descriptors.empty());
     QCOMPARE(test::openDescriptors(), before);

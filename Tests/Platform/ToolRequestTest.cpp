@@ -11,6 +11,7 @@
 
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <random>
@@ -32,9 +33,9 @@ Sockets sockets()
     return {platform::Descriptor(ends[0]), platform::Descriptor(ends[1])};
 }
 
-QByteArray number(std::uint32_t value)
+std::string number(std::uint32_t value)
 {
-    QByteArray bytes(static_cast<int>(sizeof value), '\0');
+    std::string bytes(sizeof value, '\0');
     std::memcpy(bytes.data(), &value, sizeof value);
     return bytes;
 }
@@ -54,16 +55,17 @@ private Q_SLOTS:
     void aPacketThatIsTooLongIsToldFromAWholeOne();
     void theEndOfTheConnectionIsNoPacket();
     void sendingToNobodyFailsWithoutASignal();
+    void aReplyThatDoesNotComeIsNotWaitedForLongerThanTheLimit();
     void aSignalInterruptsNeitherSendingNorReceiving();
 };
 
 void ToolRequestTest::whatIsEncodedIsDecoded()
 {
-    const QList<QList<QByteArray>> requests{
+    const std::vector<std::vector<std::string>> requests{
         {},
         {"/bin/true"},
         {"/bin/rm", "-Rdf", "/Library/a b"},
-        {"/bin/x", "", "\xFF\xFE", "line\nbreak", QByteArray(100000, 'x')}};
+        {"/bin/x", "", "\xFF\xFE", "line\nbreak", std::string(100000, 'x')}};
     for (const auto &request : requests) {
         const auto decoded = platform::decodeToolRequest(platform::encodeToolRequest(request));
         QVERIFY(decoded.has_value());
@@ -74,8 +76,8 @@ void ToolRequestTest::whatIsEncodedIsDecoded()
 void ToolRequestTest::bytesThatEndEarlyOrGoOnAreNoRequest()
 {
     const auto whole = platform::encodeToolRequest({"/bin/echo", "text", ""});
-    for (int size = 0; size < whole.size(); ++size) {
-        QVERIFY2(!platform::decodeToolRequest(whole.left(size)), qPrintable(QString::number(size)));
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        QVERIFY2(!platform::decodeToolRequest(whole.substr(0, size)), std::to_string(size).c_str());
     }
     QVERIFY(!platform::decodeToolRequest(whole + 'x'));
 }
@@ -92,7 +94,7 @@ void ToolRequestTest::numbersThatPromiseTooMuchAreNoRequest()
 void ToolRequestTest::aTextWithANulIsNoRequest()
 {
     QVERIFY(!platform::decodeToolRequest(
-        platform::encodeToolRequest({"/bin/rm", QByteArray("/Library\0x", 10)})));
+        platform::encodeToolRequest({"/bin/rm", std::string("/Library\0x", 10)})));
 }
 
 void ToolRequestTest::aRequestWithoutAToolIsNone()
@@ -107,8 +109,7 @@ void ToolRequestTest::anyBytesAreTakenOrRefused()
     for (int i = 0; i < 20000; ++i) {
         auto bytes = whole;
         for (int changes = 0; changes < 3; ++changes) {
-            bytes[static_cast<int>(random() % static_cast<unsigned>(bytes.size()))] =
-                static_cast<char>(random());
+            bytes[random() % bytes.size()] = static_cast<char>(random());
         }
         const auto decoded = platform::decodeToolRequest(bytes);
         if (decoded) {
@@ -130,13 +131,13 @@ void ToolRequestTest::descriptorsTravelWithTheirPacket()
     {
         const auto with = platform::receivePacket(ends.second.number());
         QVERIFY(with && with->isWhole);
-        QCOMPARE(with->bytes, QByteArray("with"));
+        QCOMPARE(with->bytes, std::string("with"));
         QCOMPARE(with->descriptors.size(), std::size_t(1));
         QCOMPARE(::fcntl(with->descriptors.front().number(), F_GETFD), FD_CLOEXEC);
         QCOMPARE(::write(with->descriptors.front().number(), "x", 1), ssize_t(1));
         const auto without = platform::receivePacket(ends.second.number());
         QVERIFY(without && without->isWhole);
-        QCOMPARE(without->bytes, QByteArray("without"));
+        QCOMPARE(without->bytes, std::string("without"));
         QVERIFY(without->descriptors.empty());
     }
     std::array<char, 2> buffer{};
@@ -148,10 +149,10 @@ void ToolRequestTest::aPacketThatIsTooLongIsToldFromAWholeOne()
 {
     const auto ends = sockets();
     QVERIFY(
-        platform::sendPacket(ends.first.number(), QByteArray(platform::longestToolRequest, 'x')));
+        platform::sendPacket(ends.first.number(), std::string(platform::longestToolRequest, 'x')));
     QVERIFY(platform::receivePacket(ends.second.number())->isWhole);
     QVERIFY(platform::sendPacket(ends.first.number(),
-                                 QByteArray(platform::longestToolRequest + 1, 'x')));
+                                 std::string(platform::longestToolRequest + 1, 'x')));
     QVERIFY(!platform::receivePacket(ends.second.number())->isWhole);
 }
 
@@ -171,6 +172,16 @@ void ToolRequestTest::sendingToNobodyFailsWithoutASignal()
     ends.second.close();
     QVERIFY(!platform::sendPacket(ends.first.number(), "lost"));
     QVERIFY(!platform::sendPacket(-1, "lost"));
+}
+
+void ToolRequestTest::aReplyThatDoesNotComeIsNotWaitedForLongerThanTheLimit()
+{
+    std::array<int, 2> pipe{};
+    QCOMPARE(::pipe2(pipe.data(), O_CLOEXEC), 0);
+    const platform::Descriptor reading(pipe[0]);
+    const platform::Descriptor writing(pipe[1]);
+    QVERIFY(!platform::receiveToolReply(reading.number(), std::chrono::milliseconds(10)));
+    QCOMPARE(errno, ETIMEDOUT);
 }
 
 void ToolRequestTest::aSignalInterruptsNeitherSendingNorReceiving()
@@ -195,7 +206,7 @@ void ToolRequestTest::aSignalInterruptsNeitherSendingNorReceiving()
     std::atomic<bool> allSent = true;
     std::thread sender([&] {
         for (int i = 0; i < packets; ++i) {
-            allSent = allSent && platform::sendPacket(ends.first.number(), QByteArray(60000, 'x'));
+            allSent = allSent && platform::sendPacket(ends.first.number(), std::string(60000, 'x'));
         }
     });
     while (!received) {

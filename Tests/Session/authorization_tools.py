@@ -5,7 +5,9 @@
 
 usage: authorization_tools.py PROGRAM      (in desktop-session --no-agent --install)
 """
+import ctypes
 import os
+import resource
 import signal
 import stat
 import subprocess
@@ -14,6 +16,20 @@ import unittest
 
 from authorization_program import (ACTION, FOLDER, GRANT, HELPER, ODD_NAMES, PASSWORD, Program, WithPassword,
                                    console, exists, helpers, make_file, session, wait_until)
+
+
+SWAPPER = """
+import os, sys
+own, link, other = sys.argv[1:]
+while True:
+    for target in "/bin/true", own:
+        os.symlink(target, other)
+        os.rename(other, link)
+"""
+
+
+def helper_log():
+    return session.journal("--identifier=ostrel-authorization-helper")
 
 
 class Tools(WithPassword):
@@ -58,6 +74,54 @@ class Tools(WithPassword):
         self.assertEqual(self.ask("exec", "true"), "-2")
         wait_until(lambda: "others than root can change it" in console(), "the words")
 
+    def test_a_link_of_the_users_is_not_followed(self):
+        link = f"{session.HOME}/link"
+        os.symlink("/bin/true", link)
+        self.addCleanup(os.unlink, link)
+        self.assertEqual(self.ask("exec", link), "-60031")
+        session.root(["ln", "-sfn", "/bin/true", "/tmp/link"])
+        self.addCleanup(session.root, ["rm", "-f", "/tmp/link"])
+        self.assertEqual(self.ask("exec", "/tmp/link"), "-60031")  # everybody writes to its folder
+        session.root(["ln", "-s", link, "/Library/t/link"])
+        self.assertEqual(self.ask("exec", "/Library/t/link"), "-60031")
+
+    def test_a_link_that_is_swapped_meanwhile_runs_nothing_of_the_users(self):
+        own, link, other = (f"{session.HOME}/{name}" for name in ("own", "link", "other"))
+        with open(own, "w", encoding="utf-8") as script:
+            script.write("#!/bin/sh\n: >/Library/t/taken-over\n")
+        os.chmod(own, 0o755)
+        swapper = subprocess.Popen(["python3", "-c", SWAPPER, own, link, other])
+        try:
+            wait_until(lambda: os.path.lexists(link), "the link")
+            for _ in range(300):
+                self.ask("exec-wait", link)
+        finally:
+            swapper.kill()
+            swapper.wait()
+        self.assertFalse(exists("/Library/t/taken-over"))
+
+    def test_a_tool_sees_the_name_it_was_asked_by(self):
+        session.root(["ln", "-s", "/bin/cat", "/Library/t/by another name"])
+        for name in "/bin/cat", "/Library/t/by another name":
+            self.assertEqual(self.program.output_of(name, "/proc/self/cmdline"),
+                             f"{name}\0/proc/self/cmdline\0")
+
+    def test_scripts_of_roots_are_run(self):
+        make_file("/Library/t/script", "#! /bin/sh -e\necho \"$0:$1\"\n")
+        self.assertEqual(self.ask("exec", "/Library/t/script"), "-60031")  # not executable
+        session.root(["chmod", "755", "/Library/t/script"])
+        self.assertEqual(self.program.output_of("/Library/t/script", "a b"), "/Library/t/script:a b\n")
+
+    def test_the_interpreter_of_a_script_is_judged(self):
+        own = f"{session.HOME}/sh"
+        session.user(["cp", "/bin/sh", own])
+        for interpreter in own, "/Library/t/inner", "sh", "/" + "x" * 300, "":
+            make_file("/Library/t/script", f"#!{interpreter}\n: >/Library/t/taken-over\n")
+            make_file("/Library/t/inner", "#!/bin/sh\n")
+            session.root(["chmod", "755", "/Library/t/script", "/Library/t/inner"])
+            self.assertEqual(self.ask("exec-wait", "/Library/t/script"), "-60031", interpreter)
+        self.assertFalse(exists("/Library/t/taken-over"))
+
     def test_too_many_arguments_are_refused_and_nothing_is_lost(self):
         self.assertEqual(self.ask("exec", "/bin/true", "x" * 70000, "x" * 70000), "-60031")
         self.assertEqual(self.ask("exec", "/bin/true"), "0")
@@ -68,6 +132,11 @@ class Tools(WithPassword):
         self.assertEqual(self.ask("exec-wait", "/usr/sbin/chown", "root:wheel", "/Library/t/job"), "0")
         status = os.stat("/Library/t/job")
         self.assertEqual((status.st_uid, status.st_gid), (0, 0))
+
+    def test_chown_knows_the_group_wheel_where_the_systems_has_its_path(self):
+        session.root(["ln", "-s", "/usr/bin/chown", "/usr/sbin/chown"])
+        self.addCleanup(session.root, ["rm", "-f", "/usr/sbin/chown"])
+        self.test_chown_knows_the_group_wheel()
 
     def test_chown_takes_the_group_wheel_where_there_is_one(self):
         session.root(["sh", "-c", "echo wheel:x:4711: >>/etc/group"])
@@ -93,7 +162,28 @@ class Tools(WithPassword):
     def test_what_was_run_is_in_the_journal(self):
         self.ask("exec", "/bin/echo", "for the", "journal\n")
         wait_until(lambda: "for user 1000: /bin/echo for the journal%0A" in
-                   session.journal("--identifier=ostrel-authorization-helper"), "the line")
+                   helper_log(), "the line")
+
+    def test_a_line_break_does_not_reach_the_journal(self):
+        name = "/Library/t/two\nlines\x1b[31m"
+        session.root(["cp", "/bin/true", name])
+        self.assertEqual(self.ask("exec-wait", name, "three\nlines"), "0")
+        wait_until(lambda: "for user 1000: /Library/t/two%0Alines%1B[31m three%0Alines" in helper_log(),
+                   "the line")
+        self.assertFalse([line for line in helper_log().splitlines() if not line.startswith("for user ")])
+
+    def test_a_tool_that_ends_badly_is_in_the_journal(self):
+        self.assertEqual(self.ask("exec-wait", "/bin/false"), "0")
+        wait_until(lambda: "for user 1000: /bin/false ended with status 1" in helper_log(), "the line")
+        self.assertEqual(self.ask("exec-wait", "/bin/sh", "-c", "kill -KILL $$"), "0")
+        wait_until(lambda: "for user 1000: /bin/sh was ended by signal 9 (Killed)" in helper_log(),
+                   "the line")
+
+    def test_a_bad_end_is_told_also_when_the_program_has_ended(self):
+        self.ask("exec", "/bin/sh", "-c", "sleep 1; exit 7")
+        self.program.kill()
+        wait_until(lambda: "for user 1000: /bin/sh ended with status 7" in helper_log(), "the line")
+        wait_until(lambda: not helpers(), "the helper to end")
 
 
 class Safety(WithPassword):
@@ -124,6 +214,86 @@ class Safety(WithPassword):
             self.assertEqual(int(status["SigBlk"], 16), 0)
             self.assertEqual(int(status["SigIgn"], 16) & 0x7fffffff, 0)  # without the C library's own
             self.assertEqual(program.output_of("/bin/ls", "/proc/self/fd"), "0\n1\n2\n3\n")
+
+    @staticmethod
+    def with_limits(limits):
+        """A program that is limited so before it starts: by resource, the soft limit and the hard one."""
+        def limit():
+            for number, (soft, hard) in limits.items():
+                resource.setrlimit(number, (soft, resource.getrlimit(number)[1] if hard is None else hard))
+        return Program(preexec_fn=limit)
+
+    def test_the_limits_of_the_client_have_no_effect(self):
+        make_file("/Library/t/big", "x" * (1 << 20))
+        small = {resource.RLIMIT_FSIZE: 64 << 10, resource.RLIMIT_CORE: 64 << 10, resource.RLIMIT_NOFILE: 100,
+                 resource.RLIMIT_CPU: 50, resource.RLIMIT_DATA: 2 << 30, resource.RLIMIT_STACK: 1 << 20}
+        with self.with_limits({number: (soft, None) for number, soft in small.items()}) as program:
+            self.assertEqual(program.ask("start-with", "admin", PASSWORD), "yes")
+            self.assertEqual(program.ask("exec-wait", "/bin/cp", "/Library/t/big", "/Library/t/copy"), "0")
+            limits = program.output_of("/bin/cat", "/proc/self/limits")
+        self.assertEqual(os.path.getsize("/Library/t/copy"), 1 << 20)
+        self.assertEqual(limits, self.program.output_of("/bin/cat", "/proc/self/limits"))
+        soft = {line[:25].strip(): line[25:].split()[0] for line in limits.splitlines()[1:]}
+        for name in "Max file size", "Max cpu time", "Max data size", "Max address space":
+            self.assertEqual(soft[name], "unlimited")
+
+    def test_a_limit_that_cannot_be_undone_lets_no_tool_run_by_halves(self):
+        make_file("/Library/t/big", "x" * (1 << 20))
+        with self.with_limits({resource.RLIMIT_FSIZE: (64 << 10, 64 << 10)}) as program:
+            cap_sys_resource = 1 << 24
+            capabilities = session.root(["sed", "-n", "s/^CapEff:\t//p", "/proc/self/status"]).output
+            if int(capabilities, 16) & cap_sys_resource:
+                self.assertEqual(program.ask("start-with", "admin", PASSWORD), "yes")
+                program.ask("exec-wait", "/bin/cp", "/Library/t/big", "/Library/t/copy")
+                self.assertEqual(os.path.getsize("/Library/t/copy"), 1 << 20)
+            else:  # as root of a container
+                self.assertEqual(program.ask("start-with", "admin", PASSWORD), "no")
+                wait_until(lambda: "cannot be undone: resource limit 1 (setrlimit): Operation not "
+                           "permitted" in console(), "the words")
+
+    def test_the_priority_of_the_client_has_no_effect(self):
+        def slow_down():
+            os.nice(15)
+            os.sched_setscheduler(0, os.SCHED_BATCH, os.sched_param(0))
+            os.sched_setaffinity(0, {min(os.sched_getaffinity(0))})
+            library = ctypes.CDLL(None)
+            subprocess.run(["ionice", "-c", "3", "-p", str(os.getpid())], check=True)
+            library.prctl(29, 500_000_000)  # PR_SET_TIMERSLACK
+            library.personality(0x0020000)  # UNAME26
+            with open("/proc/self/oom_score_adj", "w", encoding="ascii") as score:
+                score.write("1000")
+        with Program(preexec_fn=slow_down) as program:
+            self.assertEqual(program.ask("start-with", "admin", PASSWORD), "yes")
+            state = program.output_of("/bin/cat", "/proc/self/stat").rpartition(")")[2].split()
+            self.assertEqual(state[19 - 3], "0")  # nice
+            self.assertEqual(state[41 - 3], "0")  # SCHED_OTHER
+            self.assertEqual(program.output_of("/usr/bin/ionice"), "none: prio 0\n")
+            self.assertEqual(program.output_of("/usr/bin/nproc"), f"{os.cpu_count()}\n")
+            self.assertEqual(program.output_of("/bin/cat", "/proc/self/oom_score_adj",
+                                               "/proc/self/timerslack_ns", "/proc/self/personality"),
+                             "0\n50000\n00000000\n")
+
+    def test_the_clients_cgroup_has_no_hold_on_a_tool(self):
+        group = "/sys/fs/cgroup/scene-of-client"
+        with Program() as program:
+            session.root(["sh", "-c", f"mkdir -p {group} && echo {program.pid} >{group}/cgroup.procs"])
+            self.assertEqual(program.ask("start-with", "admin", PASSWORD), "yes")
+            session.root(["mkfifo", "/Library/t/go"])
+            program.ask("exec", "/bin/sh", "-c", "read go </Library/t/go; : >/Library/t/done")
+            try:
+                session.root(["sh", "-c", f"echo 1 >{group}/cgroup.freeze"])
+                session.root(["sh", "-c", "echo go >/Library/t/go &"])
+                wait_until(lambda: exists("/Library/t/done"), "the tool to get to its end")
+            finally:
+                session.root(["sh", "-c", f"echo 0 >{group}/cgroup.freeze"])
+
+    def test_the_helper_is_built_of_little(self):
+        libraries = {line.split()[0].split("/")[-1].split(".")[0] for line in
+                     session.user(["ldd", HELPER]).output.splitlines()
+                     if line.split()[0].startswith("lib")}
+        sanitizers = {"libasan", "libtsan", "libubsan"}
+        self.assertIn("libc", libraries)
+        self.assertEqual(libraries - sanitizers - {"libstdc++", "libgcc_s", "libc", "libm"}, set())
 
     def test_nobody_else_can_reach_the_helper(self):
         folder = f"/proc/{self.program.pid}/fd"

@@ -41,9 +41,13 @@ def program_of(window):
         return os.path.basename(file.read().split("\0")[0])
 
 
-def our_windows():
-    return subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "ostrel-settings"],
+def visible_windows(pattern, part="--name"):
+    return subprocess.run(["xdotool", "search", "--onlyvisible", part, pattern],
                           capture_output=True, text=True).stdout.split()
+
+
+def our_windows():
+    return visible_windows("ostrel-settings", "--class")
 
 
 def ask_for_file(pane, letter, title):
@@ -66,8 +70,7 @@ def scene():
     with open(MANUAL, "a", encoding="utf-8"):
         pass
     name = os.listdir(f"{BUNDLE}/Contents/Resources/Default Layouts")[0]
-    for title in "Before", "During":
-        shutil.copy(f"{BUNDLE}/Contents/Resources/Default Layouts/{name}", f"{session.HOME}/{title}.okl")
+    shutil.copy(f"{BUNDLE}/Contents/Resources/Default Layouts/{name}", f"{session.HOME}/Shared.okl")
     folder = note_what_is_opened()
     pane = Pane([f"{BUILD}/bin/ostrel-settings", "--pane", BUNDLE, "--page", "keyboard"], status="Not loaded",
                 QT_QPA_PLATFORMTHEME="xdgdesktopportal", PATH=f"{folder}:{os.environ['PATH']}")
@@ -75,16 +78,16 @@ def scene():
     window, program = ask_for_file(pane, "i", "Import Presets")
     pane.picture("1-before")
     expect(program == PORTAL, f"without an authorisation the dialog is the desktop's: {program}")
-    give_file(window, f"{session.HOME}/Before.okl")
-    wait_until(lambda: os.path.exists(f"{PRESETS}/Before.okl"), "the import")
+    subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "Escape"], check=True)
+    wait_until(lambda: window not in visible_windows("Import Presets"), "the dialog to close")
 
     turn_on(pane)
     expect(len(helpers()) == 1, f"the authorisation is held: {helpers()}")
     window, _ = ask_for_file(pane, "i", "Import Presets")
     pane.picture("2-during")
-    give_file(window, f"{session.HOME}/During.okl")
-    wait_until(lambda: os.path.exists(f"{PRESETS}/During.okl"), "the import")
-    window, _ = ask_for_file(pane, "x", "Export “During”")
+    give_file(window, f"{session.HOME}/Shared.okl")
+    wait_until(lambda: os.path.exists(f"{PRESETS}/Shared.okl"), "the import")
+    window, _ = ask_for_file(pane, "x", "Export “Shared”")
     give_file(window, f"{session.HOME}/Exported.okl")
     wait_until(lambda: os.path.exists(f"{session.HOME}/Exported.okl"), "the export")
     pane.window.click("Leave feedback")

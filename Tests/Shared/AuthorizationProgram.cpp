@@ -111,6 +111,8 @@ QByteArray handDown(const QStringList &words)
     pid_t child = -1;
     ::posix_spawn(&child, "/proc/self/exe", &actions, nullptr, pointers.data(), environment.data());
     ::posix_spawn_file_actions_destroy(&actions);
+    inheritance.descriptor.close();
+    reference->nameChild(child, std::move(inheritance));
     int status = 0;
     ::waitpid(child, &status, 0);
     return QByteArray::number(WEXITSTATUS(status));

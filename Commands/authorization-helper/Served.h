@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Descriptor.h"
+
+#include <sys/types.h>
+
+#include <vector>
+
+// The processes whose requests are carried out: the one that has started us, and its children that
+// it has named. Each is held by a descriptor, so that no later process is taken for it.
+class Served {
+public:
+    // Pins the process that has started us, which must have made this socket as this user; else
+    // nobody is served.
+    Served(int socket, uid_t user);
+
+    // Readable when the process has ended that has started us; negative where there was none.
+    int starter() const { return m_processes.empty() ? -1 : m_processes.front().pinned.number(); }
+
+    bool isStarter(pid_t process) const;
+
+    // Whether what this process has sent came from one that is served.
+    bool contains(pid_t process) const;
+
+    // Serves the process of this descriptor, too. 0, or the system's error number: EINVAL where it
+    // is none of a living process, EPERM where that is no child of the one that has started us.
+    int add(platform::Descriptor process);
+
+private:
+    struct Process {
+        platform::Descriptor pinned;
+        pid_t number;
+    };
+    std::vector<Process> m_processes; // the first has started us
+};

@@ -1,0 +1,136 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Commands/authorization-helper/Tool.h"
+
+#include "Platform/CommandPath.h"
+#include "Platform/TrustedPath.h"
+
+#include <fcntl.h>
+#include <linux/close_range.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <string_view>
+
+namespace {
+
+using platform::Descriptor;
+
+// The interpreter and its one argument, if it has one, from the first line of a script; none for a
+// file that is no script. As the kernel reads them: from no more than 256 bytes.
+std::vector<std::string> interpreterOf(int file)
+{
+    const Descriptor contents(
+        ::open(("/proc/self/fd/" + std::to_string(file)).c_str(), O_RDONLY | O_CLOEXEC));
+    std::array<char, 256> bytes{};
+    const auto size = ::pread(contents.number(), bytes.data(), bytes.size(), 0);
+    std::string_view line(bytes.data(), static_cast<std::size_t>(size < 0 ? 0 : size));
+    if (line.substr(0, 2) != "#!") {
+        return {};
+    }
+    if (line.size() == bytes.size() && line.find('\n') == std::string_view::npos) {
+        return {""}; // cut off, it would be another interpreter's
+    }
+    constexpr std::string_view blanks = " \t";
+    line = line.substr(2, line.find('\n') - 2);
+    line.remove_prefix(std::min(line.find_first_not_of(blanks), line.size()));
+    line = line.substr(0, line.find_last_not_of(blanks) + 1);
+    const auto end = std::min(line.find_first_of(blanks), line.size());
+    std::vector<std::string> words{std::string(line.substr(0, end))};
+    line.remove_prefix(end);
+    line.remove_prefix(std::min(line.find_first_not_of(blanks), line.size()));
+    if (!line.empty()) {
+        words.emplace_back(line);
+    }
+    return words;
+}
+
+std::vector<char *> pointers(std::vector<std::string> &texts)
+{
+    std::vector<char *> result;
+    result.reserve(texts.size() + 1);
+    for (auto &text : texts) {
+        result.push_back(text.data());
+    }
+    result.push_back(nullptr);
+    return result;
+}
+
+// In the child; returns only when the file cannot be run.
+void become(int file, int output, char *const *words, char *const *environment)
+{
+    if (output >= 0) {
+        ::dup2(output, STDOUT_FILENO);
+    }
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    std::signal(SIGPIPE, SIG_DFL);
+    ::close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
+    ::syscall(SYS_execveat, file, "", words, environment, AT_EMPTY_PATH); // NOLINT(*-vararg)
+}
+
+} // namespace
+
+Tool findTool(const std::vector<std::string> &words)
+{
+    Tool tool;
+    tool.path = platform::commandPath(words.front());
+    tool.arguments = words;
+    tool.arguments.front() = tool.path;
+    auto trusted = platform::openTrusted(tool.path);
+    if (trusted.file.isOpen() &&
+        ::faccessat(trusted.file.number(), "", X_OK, AT_EACCESS | AT_EMPTY_PATH) != 0) {
+        tool.error = errno;
+        tool.objection = std::strerror(tool.error);
+        return tool;
+    }
+    if (const auto interpreter = interpreterOf(trusted.file.number()); !interpreter.empty()) {
+        tool.arguments.insert(tool.arguments.begin(), interpreter.begin(), interpreter.end());
+        trusted = platform::openTrusted(interpreter.front());
+        if (!interpreterOf(trusted.file.number()).empty()) {
+            trusted = {{}, {}, ENOEXEC, "the interpreter is a script itself"};
+        }
+    }
+    tool.file = std::move(trusted.file);
+    tool.error = trusted.error;
+    tool.objection = std::move(trusted.objection);
+    return tool;
+}
+
+// The error comes over a pipe that a successful start closes.
+int startTool(Tool &tool, int output, pid_t *process)
+{
+    std::vector<std::string> variables{"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LANG=C.UTF-8"};
+    const auto arguments = pointers(tool.arguments);
+    const auto environment = pointers(variables);
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return errno;
+    }
+    const Descriptor reading(ends[0]);
+    Descriptor writing(ends[1]);
+    *process = ::fork();
+    if (*process == 0) {
+        become(tool.file.number(), output, arguments.data(), environment.data());
+        const int error = errno;
+        [[maybe_unused]] const auto size = ::write(writing.number(), &error, sizeof error);
+        ::_exit(127);
+    }
+    if (*process < 0) {
+        return errno;
+    }
+    writing.close();
+    int error = 0;
+    ssize_t size = -1;
+    do {
+        size = ::read(reading.number(), &error, sizeof error);
+    } while (size < 0 && errno == EINTR);
+    return size == sizeof error ? error : 0;
+}
