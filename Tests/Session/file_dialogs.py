@@ -72,19 +72,28 @@ def scene():
     name = os.listdir(f"{BUNDLE}/Contents/Resources/Default Layouts")[0]
     shutil.copy(f"{BUNDLE}/Contents/Resources/Default Layouts/{name}", f"{session.HOME}/Shared.okl")
     folder = note_what_is_opened()
-    pane = Pane([f"{BUILD}/bin/ostrel-settings", "--pane", BUNDLE, "--page", "keyboard"], status="Not loaded",
-                QT_QPA_PLATFORMTHEME="xdgdesktopportal", PATH=f"{folder}:{os.environ['PATH']}")
 
+    def opened_pane():
+        return Pane([f"{BUILD}/bin/ostrel-settings", "--pane", BUNDLE, "--page", "keyboard"],
+                    status="Not loaded", QT_QPA_PLATFORMTHEME="xdgdesktopportal",
+                    PATH=f"{folder}:{os.environ['PATH']}")
+
+    pane = opened_pane()
     window, program = ask_for_file(pane, "i", "Import Presets")
     pane.picture("1-before")
     expect(program == PORTAL, f"without an authorisation the dialog is the desktop's: {program}")
     subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "Escape"], check=True)
     wait_until(lambda: window not in visible_windows("Import Presets"), "the dialog to close")
+    pane.close()
+
+    # Another process: the portal remembers whom it has once recognised.
+    pane = opened_pane()
 
     turn_on(pane)
     expect(len(helpers()) == 1, f"the authorisation is held: {helpers()}")
-    window, _ = ask_for_file(pane, "i", "Import Presets")
+    window, program = ask_for_file(pane, "i", "Import Presets")
     pane.picture("2-during")
+    expect(program == "ostrel-settings", f"with one it is our own: {program}")
     give_file(window, f"{session.HOME}/Shared.okl")
     wait_until(lambda: os.path.exists(f"{PRESETS}/Shared.okl"), "the import")
     window, _ = ask_for_file(pane, "x", "Export “Shared”")
