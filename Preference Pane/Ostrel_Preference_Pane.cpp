@@ -13,8 +13,7 @@
 #include <QFileInfo>
 
 Ostrel_Preference_Pane::Ostrel_Preference_Pane(const platform::Bundle &bundle)
-    : PreferencePane(bundle), m_ui(std::make_unique<Ui::Ostrel_Preference_Pane>()),
-      m_authorizationUse(std::in_place)
+    : PreferencePane(bundle), m_ui(std::make_unique<Ui::Ostrel_Preference_Pane>())
 {
 }
 
@@ -23,26 +22,13 @@ Ostrel_Preference_Pane::~Ostrel_Preference_Pane()
     if (m_mainView != nullptr) {
         savePortIfEdited();
         m_ui->masterSwitch->disconnect(this);
-        m_mainView->removeEventFilter(this);
     }
     m_statusTimer.reset();
     m_statusObserver.reset();
     // The last calls of the workers onto the main thread still find the controls.
     m_workers.end();
-    m_authorizationUse.reset();
+    m_authorization.end();
     invalidateTimeOut();
-}
-
-bool Ostrel_Preference_Pane::eventFilter(QObject *watched, QEvent *event)
-{
-    // A settings application may keep the modules that it does not show. A minimised window's pane
-    // has not been left: the system reports that, not a program.
-    if (event->type() == QEvent::Hide && !event->spontaneous()) {
-        m_authorizationUse.reset();
-    } else if (event->type() == QEvent::Show && !m_authorizationUse) {
-        m_authorizationUse.emplace();
-    }
-    return PreferencePane::eventFilter(watched, event);
 }
 
 QWidget *Ostrel_Preference_Pane::loadMainView(QWidget *parent)
@@ -53,7 +39,7 @@ QWidget *Ostrel_Preference_Pane::loadMainView(QWidget *parent)
     m_mainView = new QWidget(parent);
     m_ui->setupUi(m_mainView);
     m_ui->keyboard->setBundle(bundle());
-    m_mainView->installEventFilter(this);
+    m_authorization.follow(m_mainView);
     connectControls();
     mainViewDidLoad();
     return m_mainView;

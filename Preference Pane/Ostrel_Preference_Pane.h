@@ -5,8 +5,8 @@
 #include "Platform/DistributedNotificationCenter.h"
 #include "Platform/PreferencePane.h"
 #include "Platform/WorkerThreads.h"
-#include "Preference Pane/AuthorizationUse.h"
 #include "Preference Pane/RunningActions.h"
+#include "Preference Pane/ShownPaneAuthorization.h"
 
 #include <QTimer>
 #include <QVariant>
@@ -88,13 +88,12 @@ public:
     void invalidateTimeOut();
     /// timedOut reports "Timed out".
     void timedOut();
-
     /// setupClient starts the listener. On a worker.
     void setupClient();
     /// stopClient stops the listener. On a worker.
     void stopClient();
-    /// launchClientAfterDelay starts the listener by hand when it is not up after 15 seconds, for
-    /// which it keeps a processor busy. On a worker.
+    /// launchClientAfterDelay starts the listener by hand when it is not up after 15 seconds of
+    /// spinning. On a worker.
     void launchClientAfterDelay();
     /// reloadClientIfNew has the service manager load the listener anew when the pane's version
     /// changed; ends the loading. On a worker.
@@ -104,9 +103,6 @@ public:
 
     // Where the listener is installed as a login job. Computed afresh each time.
     static QString jobFilePath();
-
-    // Ends this pane's use of the authorisation while its view is hidden.
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 protected:
     void setProcessing(bool processing);
@@ -149,6 +145,6 @@ private:
     std::future<QString> m_systemProfile;
     RunningActions m_actions;
     std::unique_ptr<platform::DistributedObserver> m_statusObserver;
-    std::optional<AuthorizationUse> m_authorizationUse; // nothing while the pane is left
+    ShownPaneAuthorization m_authorization;
     platform::WorkerThreads m_workers;
 };
