@@ -39,14 +39,12 @@ def scene():
     check_job_file(bundle)
 
     # Left again while a worker uses it: that is done to its end.
-    pane.forget_words()
     pane.come_back(lambda: show(OURS))
     pane.settled(on=True)
     before = authentications()
     pane.slide()
     agent.give_password(session.ADMINISTRATOR_PASSWORD)
-    pane.wait_to_hear("Disconnecting...")
-    expect(len(helpers()) == 1, f"the authorisation is held: {helpers()}")
+    wait_until(lambda: len(helpers()) == 1, "the stop to begin")
     leave(pane)
     wait_until(lambda: not helpers(), "the authorisation to end")
     expect(authentications() == before + 1, "the password was asked for anew")
