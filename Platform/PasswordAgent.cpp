@@ -52,15 +52,21 @@ std::optional<uid_t> uidOfUser(const QByteArray &name)
     return found != nullptr ? std::optional(entry.pw_uid) : std::nullopt;
 }
 
-bool sendText(int socket, QByteArray text)
+// As one line, without a copy of the text, which may be the password.
+bool sendLine(int socket, const QByteArray &text)
 {
-    text += '\n';
+    char lineBreak = '\n';
+    std::array<iovec, 2> parts{
+        iovec{const_cast<char *>(text.constData()), static_cast<std::size_t>(text.size())},
+        iovec{&lineBreak, 1}};
+    msghdr message{};
+    message.msg_iov = parts.data();
+    message.msg_iovlen = parts.size();
     ssize_t sent = -1;
     do {
-        sent =
-            ::send(socket, text.constData(), static_cast<std::size_t>(text.size()), MSG_NOSIGNAL);
+        sent = ::sendmsg(socket, &message, MSG_NOSIGNAL);
     } while (sent < 0 && errno == EINTR);
-    return sent == text.size();
+    return sent == text.size() + 1;
 }
 
 // The next line without its break; nothing at the end and after too long a silence.
@@ -94,18 +100,18 @@ bool converse(int socket, const QByteArray &cookie, const QByteArray &user,
               const QByteArray &password)
 {
     QByteArray pending;
-    if (!sendText(socket, cookie)) {
+    if (!sendLine(socket, cookie)) {
         return false;
     }
     bool passwordSent = false;
     while (const auto line = receiveLine(socket, &pending)) {
         if (line->startsWith("PAM_PROMPT_ECHO_OFF")) {
-            if (passwordSent || !sendText(socket, password)) {
+            if (passwordSent || !sendLine(socket, password)) {
                 return false; // asked again, or for something else: there is nothing more to say
             }
             passwordSent = true;
         } else if (line->startsWith("PAM_PROMPT_ECHO_ON")) {
-            if (!sendText(socket, user)) {
+            if (!sendLine(socket, user)) {
                 return false;
             }
         } else if (*line == "SUCCESS") {
@@ -136,6 +142,7 @@ PasswordAgent::PasswordAgent(const QString &user, const QString &password)
 
 PasswordAgent::~PasswordAgent()
 {
+    // Nothing shares these bytes: they are only ever passed by reference.
     ::explicit_bzero(m_password.data(), static_cast<std::size_t>(m_password.size()));
 }
 

@@ -47,7 +47,8 @@ private:
     bool authenticate(const QByteArray &cookie) const;
 
     QByteArray m_user;
-    QByteArray m_password;
+    QByteArray
+        m_password; // the one copy of it, wiped at the end; the caller's text is the caller's
     QByteArray m_authority; // the bus name of polkit, which alone may ask
     std::unique_ptr<sd_bus, BusDeleter> m_bus;
     std::unique_ptr<sd_bus_slot, SlotDeleter> m_object;

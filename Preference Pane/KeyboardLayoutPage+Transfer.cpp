@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 // Importing, exporting and restoring presets.
+#include "Platform/DesktopFileDialog.h"
 #include "Platform/DistributedNotificationCenter.h"
 #include "Platform/PathText.h"
 #include "Preference Pane/KeyboardLayoutPage.h"
@@ -27,6 +28,7 @@ QString kindOfFiles()
 QFileDialog *fileSheet(QWidget *page, const QString &title)
 {
     auto *dialog = new QFileDialog(page->window(), title, QDir::homePath(), kindOfFiles());
+    dialog->setOption(QFileDialog::DontUseNativeDialog, !platform::canShowDesktopFileDialog());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(Qt::WindowModal);
     return dialog;

@@ -57,6 +57,7 @@ void Ostrel_Preference_Pane::runClientOperation(const char *method,
     // switch and isProcessing keep two operations apart.
     std::mutex lock;
     const std::lock_guard locked(lock);
+    const AuthorizationUse use; // also beyond the pane's own
     setProcessing(true);
     try {
         operation();

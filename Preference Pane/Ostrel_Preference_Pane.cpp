@@ -28,6 +28,7 @@ Ostrel_Preference_Pane::~Ostrel_Preference_Pane()
     m_statusObserver.reset();
     // The last calls of the workers onto the main thread still find the controls.
     m_workers.end();
+    m_authorization.end();
     invalidateTimeOut();
 }
 
@@ -39,6 +40,7 @@ QWidget *Ostrel_Preference_Pane::loadMainView(QWidget *parent)
     m_mainView = new QWidget(parent);
     m_ui->setupUi(m_mainView);
     m_ui->keyboard->setBundle(bundle());
+    m_authorization.follow(m_mainView);
     connectControls();
     const QPointer<QWidget> view(m_mainView);
     mainViewDidLoad();

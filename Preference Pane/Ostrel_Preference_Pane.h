@@ -6,6 +6,7 @@
 #include "Platform/PreferencePane.h"
 #include "Platform/WorkerThreads.h"
 #include "Preference Pane/RunningActions.h"
+#include "Preference Pane/ShownPaneAuthorization.h"
 
 #include <QTimer>
 #include <QVariant>
@@ -87,7 +88,6 @@ public:
     void invalidateTimeOut();
     /// timedOut reports "Timed out".
     void timedOut();
-
     /// setupClient starts the listener. On a worker.
     void setupClient();
     /// stopClient stops the listener. On a worker.
@@ -146,5 +146,6 @@ private:
     std::future<QString> m_systemProfile;
     RunningActions m_actions;
     std::unique_ptr<platform::DistributedObserver> m_statusObserver;
+    ShownPaneAuthorization m_authorization;
     platform::WorkerThreads m_workers;
 };

@@ -6,6 +6,7 @@
 #include "Platform/FileName.h"
 #include "Platform/StandardFolders.h"
 #include "Platform/SystemCommand.h"
+#include "Platform/UntraceableProcess.h"
 #include "Shared/ZQLocalPaths.h"
 #include "Shared/ZQLog.h"
 #include "Shared/ZQTaskEx.h"
@@ -22,6 +23,41 @@ using platform::AuthorizationStatus;
 
 constexpr std::int32_t noSuchTool = -2;
 constexpr std::int32_t notAuthorized = -1;
+
+// Nobody else of this user's may come by the authorisation as long as anybody here holds it. The
+// members end in the opposite order.
+struct Guarded {
+    platform::UntraceableProcess untraceable;
+    std::shared_ptr<Authorization> authorization;
+};
+
+// Says so on the system console. To be asked while this process is untraceable.
+bool isTraced()
+{
+    const auto tracer = platform::tracerOfThisProcess();
+    if (tracer != 0) {
+        platform::consoleLog(
+            QStringLiteral("No administrator's authorisation for this process while it is traced "
+                           "by process %d, which could use it."),
+            tracer);
+    }
+    return tracer != 0;
+}
+
+std::shared_ptr<Authorization> createAuthorization(AuthorizationStatus *status)
+{
+    if (isTraced()) {
+        *status = AuthorizationStatus::Internal;
+        return nullptr;
+    }
+    return Authorization::create(status);
+}
+
+std::shared_ptr<Authorization> handedDownAuthorization()
+{
+    auto authorization = Authorization::handedDown();
+    return authorization != nullptr && isTraced() ? nullptr : authorization;
+}
 
 // Returns when the tool has closed its output, which most do by ending.
 void readToEnd(const platform::Descriptor &output)
@@ -54,9 +90,10 @@ ZQAuthorization &ZQAuthorization::sharedController()
 
 ZQAuthorization::ZQAuthorization(WithGUI withGUI)
     : m_hasGUI(withGUI == WithGUI::Yes),
-      m_userDirectory(platform::isRunningAsRoot() ? QString() : ZQLocalPaths::userDirectory()),
-      m_authRef(Authorization::handedDown())
+      m_userDirectory(platform::isRunningAsRoot() ? QString() : ZQLocalPaths::userDirectory())
 {
+    const platform::UntraceableProcess untraceable;
+    setAuthRef(handedDownAuthorization());
 }
 
 ZQAuthorization::~ZQAuthorization()
@@ -72,6 +109,11 @@ std::shared_ptr<Authorization> ZQAuthorization::authRef() const
 
 void ZQAuthorization::setAuthRef(std::shared_ptr<Authorization> authRef)
 {
+    if (authRef != nullptr) {
+        const auto guarded = std::make_shared<Guarded>();
+        guarded->authorization = std::move(authRef);
+        authRef = {guarded, guarded->authorization.get()};
+    }
     const std::lock_guard lock(m_mutex);
     m_authRef.swap(authRef); // what was there ends after the lock
 }
@@ -101,8 +143,9 @@ bool ZQAuthorization::authStart()
     if (isAuthorized()) {
         return true; // another thread was asked meanwhile
     }
+    const platform::UntraceableProcess untraceable; // before there is anything to take
     auto status = AuthorizationStatus::Success;
-    auto reference = Authorization::create(&status);
+    auto reference = createAuthorization(&status);
     if (reference != nullptr) {
         status = reference->acquire();
     }
@@ -124,8 +167,9 @@ bool ZQAuthorization::authStartWithUser(const QString &user, const QString &pass
         return false;
     }
     const std::lock_guard acquiring(m_acquiring);
+    const platform::UntraceableProcess untraceable; // before there is anything to take
     auto status = AuthorizationStatus::Success;
-    auto reference = Authorization::create(&status);
+    auto reference = createAuthorization(&status);
     setAuthRef(nullptr);
     if (reference == nullptr) {
         platform::consoleLog(QStringLiteral("Unable to create authRef - error %d"),

@@ -3,14 +3,18 @@
 # SPDX-License-Identifier: MIT
 """The administrator's authorisation with the desktop's own dialog.
 
-usage: authorization_dialog.py PROGRAM      (in desktop-session --install)
+usage: authorization_dialog.py PROGRAM PICTURE_FOLDER      (in desktop-session --install)
 """
 import os
+import sys
 import unittest
 
-from authorization_program import Program, console, helpers, session, wait_until
+from authorization_program import GRANT, Program, console, helpers, session, wait_until
 import agent
+import attacker
 import desktop
+
+PICTURES = sys.argv.pop(1)
 
 
 class Dialog(unittest.TestCase):
@@ -31,13 +35,24 @@ class Dialog(unittest.TestCase):
         self.assertEqual(self.program.ask("authorized"), "no")
         wait_until(lambda: not helpers(), "the helper to end")
 
-    def test_the_dialog_says_what_it_is_for(self):
+    def test_the_dialog_says_what_it_grants(self):
         self.program.send("start")
         agent.wait_for_dialog()
-        desktop.Application("polkit-kde-authentication-agent-1").wait_for_label(
-            "Authentication is required to install or remove the Ostrel listener")
+        dialog = desktop.Application("polkit-kde-authentication-agent-1")
+        dialog.wait_for_label("The Ostrel pane installs or removes its listener. " + GRANT)
+        desktop.screenshot(f"{PICTURES}/authorization_dialog-words.png")
         agent.cancel()
         self.program.answer()
+
+    def test_nobody_gets_into_the_process_while_the_password_is_asked_for(self):
+        self.program.ask("authorized")
+        address = attacker.an_address(self.program.pid)
+        self.program.send("start-on-worker")
+        agent.wait_for_dialog()
+        self.assertEqual(attacker.successes(self.program.pid, address), [])
+        agent.cancel()
+        self.assertEqual(self.program.answer(), "no")
+        self.assertEqual(len(attacker.successes(self.program.pid, address)), attacker.COUNT)
 
     def test_an_operation_asks_by_itself(self):
         self.program.send("exec-wait", "/bin/mkdir", "/Library/asked")

@@ -15,6 +15,8 @@ import session  # noqa: E402
 ACTION = "com.corvane.ostrel.administer"
 FOLDER = "/usr/local/libexec/ostrel"
 HELPER = f"{FOLDER}/authorization-helper"
+GRANT = ("Whoever enters an administrator's password lets this program change any file of this computer "
+         "as administrator until the pane is closed.")
 PATIENCE = 60
 PROGRAM = sys.argv.pop(1)
 PASSWORD = session.ADMINISTRATOR_PASSWORD

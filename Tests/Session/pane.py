@@ -147,9 +147,18 @@ class Pane:
         self.window = desktop.Application(program)
         if status is not None:
             self.wait_for(status)
+        self._wait_until_loaded(before)
+
+    def _wait_until_loaded(self, before):
         # Until the pane has written its version down it ignores the switch.
         wait_until(lambda: self._stamp() != before, "the pane to have loaded")
         time.sleep(0.5)
+
+    def come_back(self, show):
+        """Shows the pane again in an application that has shown something else meanwhile."""
+        before = self._stamp()
+        show()
+        self._wait_until_loaded(before)
 
     @staticmethod
     def _stamp():

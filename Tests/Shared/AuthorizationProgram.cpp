@@ -12,12 +12,15 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/uio.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstdio>
+#include <fstream>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -163,6 +166,83 @@ QByteArray renewWhileToolsRun()
     return yesOrNo(authorization().isAuthorized());
 }
 
+// A thread that only waits, for somebody to trace.
+QByteArray idleThread()
+{
+    std::thread([] {
+        for (;;) {
+            ::pause();
+        }
+    }).detach();
+    return "done";
+}
+
+// Tells this process's number and waits for a line; for a child program that is looked at
+// meanwhile.
+QByteArray hold()
+{
+    authorization();
+    platform::printLine(QStringLiteral("= %1").arg(::getpid()));
+    std::string line;
+    std::getline(std::cin, line);
+    return "done";
+}
+
+// How often the readable memory of this process has these bytes, each of them one less here so that
+// they are not found themselves. Reads itself as a stranger would: what is not there is no crash.
+int copiesInMemory(const QByteArray &lessened)
+{
+    static std::array<char, 1024 * 1024> buffer{};
+    const auto size = static_cast<std::size_t>(lessened.size());
+    const auto isCopy = [&lessened, size](const char *bytes) {
+        for (std::size_t i = 0; i < size; ++i) {
+            if (bytes[i] != static_cast<char>(lessened.at(static_cast<int>(i)) + 1)) {
+                return false;
+            }
+        }
+        return true;
+    };
+    int copies = 0;
+    std::ifstream maps("/proc/self/maps");
+    const auto own = reinterpret_cast<std::uintptr_t>(buffer.data());
+    for (std::string line; std::getline(maps, line);) {
+        std::uintptr_t begin = 0;
+        std::uintptr_t end = 0;
+        if (std::sscanf(line.c_str(), "%lx-%lx", &begin, &end) != 2) {
+            continue;
+        }
+        // The pieces overlap, so that none hides a copy.
+        for (auto from = begin; from + size <= end; from += buffer.size() - size + 1) {
+            iovec to{buffer.data(), std::min(buffer.size(), end - from)};
+            iovec source{reinterpret_cast<void *>(from), to.iov_len};
+            const auto read = ::process_vm_readv(::getpid(), &to, 1, &source, 1, 0);
+            for (std::size_t i = 0; read > 0 && i + size <= static_cast<std::size_t>(read); ++i) {
+                const bool isBuffer = from + i + size > own && from + i < own + buffer.size();
+                copies += !isBuffer && isCopy(buffer.data() + i) ? 1 : 0;
+            }
+        }
+    }
+    return copies;
+}
+
+// authStartWithUser: with a password of which each character came one less; the answer, and how
+// many copies of the password there are then, in UTF-8 and in the caller's UTF-16.
+QByteArray copiesAfterStartWith(const QStringList &words)
+{
+    const auto lessened = words.at(1);
+    QString password(lessened.size(), Qt::Uninitialized);
+    QByteArray wide;
+    for (int i = 0; i < lessened.size(); ++i) {
+        const auto unit = lessened.at(i).unicode();
+        password[i] = QChar(static_cast<char16_t>(unit + 1));
+        wide += static_cast<char>(unit);
+        wide += '\xff';
+    }
+    const auto isStarted = authorization().authStartWithUser(words.first(), password);
+    return yesOrNo(isStarted) + ' ' + QByteArray::number(copiesInMemory(lessened.toLatin1())) +
+           ' ' + QByteArray::number(copiesInMemory(wide));
+}
+
 using Command = std::function<QByteArray(const QStringList &words)>;
 
 Command onPath(bool (ZQAuthorization::*operation)(const QString &))
@@ -230,6 +310,9 @@ const std::map<QString, Command> &commands()
          [](const QStringList &) { return renewWhileToolsRun(); }},
         {QStringLiteral("hand-down"), handDown},
         {QStringLiteral("become"), become},
+        {QStringLiteral("idle-thread"), [](const QStringList &) { return idleThread(); }},
+        {QStringLiteral("hold"), [](const QStringList &) { return hold(); }},
+        {QStringLiteral("copies-after-start-with"), copiesAfterStartWith},
     };
     return all;
 }
