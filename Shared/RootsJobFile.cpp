@@ -37,8 +37,8 @@ QString temporaryName(const QString &folder)
 
 } // namespace
 
-RootsJobFile::RootsJobFile(const QString &path, QByteArray contents)
-    : m_path(path), m_contents(std::move(contents))
+RootsJobFile::RootsJobFile(QString path, QByteArray contents)
+    : m_path(std::move(path)), m_contents(std::move(contents))
 {
 }
 

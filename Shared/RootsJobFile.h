@@ -10,7 +10,7 @@
 // can write to it for ever, whosoever it becomes. What is done here may ask for the authorisation.
 class RootsJobFile {
 public:
-    RootsJobFile(const QString &path, QByteArray contents);
+    RootsJobFile(QString path, QByteArray contents);
 
     // Why others than root could put something else in the file's place, now or later; null where
     // nobody could. Root's tools follow paths, so that they must not be used there.
