@@ -11,6 +11,7 @@
 #include "Platform/FileName.h"
 
 #include <cstdio>
+#include <exception>
 #include <new>
 
 namespace {
@@ -46,6 +47,9 @@ int main(int count, char **values)
         return run(count, values);
     } catch (const std::bad_alloc &) {
         std::fputs("ditto: Cannot allocate memory\n", stderr); // which takes none
+        return failed;
+    } catch (const std::exception &exception) {
+        std::fprintf(stderr, "ditto: %s\n", exception.what());
         return failed;
     }
 }
