@@ -25,7 +25,7 @@ bool wasTraceable = false;
 pid_t tracerOfThread(const QString &thread)
 {
     const auto status =
-        contentsOfFile(QStringLiteral("/proc/self/task/%1/status").arg(thread), 64 * 1024)
+        contentsOfFile(QStringLiteral("/proc/self/task/%1/status").arg(thread), 65536)
             .value_or(QByteArray());
     const QByteArray key("\nTracerPid:");
     const auto start = status.indexOf(key);
