@@ -271,12 +271,6 @@ Removal TreeRemoval::run(int open)
 
 } // namespace
 
-Removal removeInFolder(int folder, const QByteArray &name, const QString &folderPath,
-                       Obstinacy /*obstinacy*/)
-{
-    return TreeRemoval(folder, name, folderPath).run();
-}
-
 Removal removeOpenFolder(int folder, const QByteArray &name, int open, const QString &folderPath)
 {
     return TreeRemoval(folder, name, folderPath).run(open);
@@ -290,7 +284,7 @@ FileError removeItem(const QString &path)
     }
     const auto end = path.lastIndexOf(fileNameFromBytes(place.name));
     const auto folder = end == 0 ? QStringLiteral(".") : path.left(end - 1);
-    return removeInFolder(place.folder.number(), place.name, folder).error;
+    return TreeRemoval(place.folder.number(), place.name, folder).run().error;
 }
 
 } // namespace platform

@@ -14,18 +14,13 @@ namespace platform {
 // those that stay have the mode that they had.
 FileError removeItem(const QString &path);
 
-enum class Obstinacy { MakeFoldersWritable };
-
 struct Removal {
     FileError error;
     bool hasRemovedAnything = false;
 };
 
-// The same in an open folder; paths in errors begin with the name of that folder.
-Removal removeInFolder(int folder, const QByteArray &name, const QString &folderPath,
-                       Obstinacy obstinacy = Obstinacy::MakeFoldersWritable);
-
-// The same with a folder that is open for reading, and with no other that has the name by now.
+// Removes the folder that is open for reading and has this name in another open one, and none that
+// has the name by now; paths in errors begin with the path of the other one.
 Removal removeOpenFolder(int folder, const QByteArray &name, int open, const QString &folderPath);
 
 } // namespace platform

@@ -15,7 +15,6 @@
 #include <chrono>
 #include <future>
 #include <memory>
-#include <optional>
 
 namespace Ui {
 class Ostrel_Preference_Pane;

@@ -11,10 +11,10 @@ if(OSTREL_SANITIZE MATCHES "thread")
 endif()
 
 # ostrel_test(NAME SOURCES... LIBRARIES... [AS user root] [SESSION_BUS] [X_SERVER] [WAYLAND]
-#             [OWN_COMMANDS])
+#             [OWN_COMMANDS] [WHEEL])
 # Builds a Qt test and registers it once per account; the default is both accounts.
 function(ostrel_test name)
-  cmake_parse_arguments(arg "SESSION_BUS;X_SERVER;WAYLAND;OWN_COMMANDS" "" "SOURCES;LIBRARIES;AS" ${ARGN})
+  cmake_parse_arguments(arg "SESSION_BUS;X_SERVER;WAYLAND;OWN_COMMANDS;WHEEL" "" "SOURCES;LIBRARIES;AS" ${ARGN})
   if(NOT arg_AS)
     set(arg_AS user root)
   endif()
@@ -32,6 +32,9 @@ function(ostrel_test name)
   endif()
   if(arg_OWN_COMMANDS)
     list(APPEND options --own-commands)
+  endif()
+  if(arg_WHEEL)
+    list(APPEND options --wheel)
   endif()
   foreach(account IN LISTS arg_AS)
     add_test(NAME ${name}.${account}
