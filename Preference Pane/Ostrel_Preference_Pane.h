@@ -15,6 +15,7 @@
 #include <chrono>
 #include <future>
 #include <memory>
+#include <optional>
 
 namespace Ui {
 class Ostrel_Preference_Pane;
@@ -49,8 +50,7 @@ public:
     void observeSwitch();
     /// enableDisableClient: starts or stops the listener on a worker, as the switch says.
     void enableDisableClient();
-    /// updateEnabledStatus: derives the switch from whether the listener is up (job file there, and
-    /// a status line that does not say otherwise), and the enabling of the controls.
+    /// updateEnabledStatus: derives the switch (from job file and status line) and what is enabled.
     void updateEnabledStatus(ChangeSwitch changeSwitch = ChangeSwitch::Yes);
     /// disableInterface disables the master switch and nothing else.
     void disableInterface();
