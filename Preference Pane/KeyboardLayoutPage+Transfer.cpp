@@ -224,16 +224,16 @@ void KeyboardLayoutPage::restorePreset()
         return;
     }
     const QPointer<KeyboardLayoutPage> self(this);
-    const presets::KeptPreset removed = m_removed.last();
+    const presets::KeptPreset removed = m_removed.takeLast();
     QString error;
     const QString title = removed.putBack(&error);
     if (self == nullptr) {
         return; // closed while a password was asked for
     }
     if (title.isNull()) {
+        m_removed.append(removed);
         alert(tr("“%1” cannot be restored").arg(removed.title()), error);
         return;
     }
-    m_removed.removeLast();
     presetChangedOutside(title);
 }

@@ -48,11 +48,12 @@ void connectMenu(QComboBox *menu, QObject *context, const std::function<void()> 
     // A screen reader selects in the list without going there, and nothing would choose the item.
     // Keys and mouse do both, one after the other.
     auto *list = menu->view();
-    const auto choose = [menu, list] {
+    const auto choose = [menu, list, told] {
         const auto selected = list->selectionModel()->selectedIndexes();
         if (selected.size() == 1 && selected.first() != list->currentIndex()) {
             menu->hidePopup();
             menu->setCurrentIndex(selected.first().row());
+            *told = -1; // nothing is activated
         }
     };
     QObject::connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, context,

@@ -4,6 +4,7 @@
 #include "Platform/LeadingInteger.h"
 #include "Platform/PropertyList.h"
 #include "Platform/TextFormat.h"
+#include "Preference Pane/AuthorizationUse.h"
 #include "Preference Pane/ListenerPreferences.h"
 #include "Preference Pane/OstrelNames.h"
 #include "Preference Pane/Ostrel_Preference_Pane.h"
@@ -28,6 +29,7 @@ int state(const QCheckBox *box)
 // Writes to the temporary folder and has an administrator move the file into place.
 bool writeWithAuthorization(const QVariantMap &preferences)
 {
+    const AuthorizationUse use; // the pane may be hidden by now
     const QString temporary =
         ZQLocalPaths::tempDirectory() + QLatin1Char('/') + names::listenerFile;
     if (!platform::writeDictionaryToFile(preferences, temporary)) {
@@ -104,6 +106,7 @@ bool Ostrel_Preference_Pane::saveAtOnce()
 {
     m_portTimer.stop();
     const bool written = keys::write(withControls(*m_ui, keys::load()));
+    m_isUnsaved = !written;
     if (written) {
         updateEnabledStatus(ChangeSwitch::No);
     }
@@ -115,6 +118,7 @@ void Ostrel_Preference_Pane::savePrefs()
     if (saveAtOnce()) {
         return;
     }
+    m_isUnsaved = false; // asked about from here on
     const QPointer<Ostrel_Preference_Pane> self(this);
     const QPointer<QWidget> window(m_mainView->window());
     if (!writeWithAuthorization(withControls(*m_ui, keys::load()))) {
@@ -127,7 +131,7 @@ void Ostrel_Preference_Pane::savePrefs()
 // Nobody can be asked any more then.
 void Ostrel_Preference_Pane::savePortBeforeClosing()
 {
-    if (!m_portTimer.isActive()) {
+    if (!m_portTimer.isActive() && !m_isUnsaved) {
         return;
     }
     if (!saveAtOnce()) {

@@ -110,8 +110,7 @@ private:
     bool isListenerUp() const;
     void connectControls();
     void showPreferences(const QVariantMap &preferences);
-    // Below the status line until the user closes it; none for a null text.
-    void showNotice(const QString &text);
+    void showNotice(const QString &text); // below the status line until closed; none for null
     void showPortHint();
     // False where the file cannot be written without a question.
     bool saveAtOnce();
@@ -142,6 +141,7 @@ private:
     std::unique_ptr<QTimer> m_messageTimer;
     std::unique_ptr<QTimer> m_statusTimer;
     QTimer m_portTimer;
+    bool m_isUnsaved = false; // a change waits for its questions to be asked
     std::future<QString> m_systemProfile;
     RunningActions m_actions;
     std::unique_ptr<platform::DistributedObserver> m_statusObserver;

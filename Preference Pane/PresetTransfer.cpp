@@ -6,6 +6,7 @@
 #include "Platform/PathText.h"
 #include "Platform/PropertyList.h"
 #include "Platform/PropertyListLimits.h"
+#include "Preference Pane/AuthorizationUse.h"
 #include "Preference Pane/PresetFiles.h"
 #include "Shared/ZQFileManager.h"
 
@@ -34,6 +35,7 @@ std::optional<QByteArray> contents(const QString &path)
 
 bool writeUserFile(const QString &title, const QByteArray &bytes, QString *error)
 {
+    const AuthorizationUse use; // the pane may be hidden by now
     const QString folder = userFolder();
     if (!ZQFileManager::fileExistsAtPath(folder)) {
         ZQFileManager::createDirectory(folder);

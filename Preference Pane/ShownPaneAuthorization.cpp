@@ -12,6 +12,7 @@ void ShownPaneAuthorization::follow(QWidget *view)
 void ShownPaneAuthorization::end()
 {
     m_isEnded = true;
+    m_use.emplace(); // also of what was asked for while the view was hidden
     m_use.reset();
 }
 

@@ -8,6 +8,7 @@
 #include "Platform/PathText.h"
 #include "Platform/PropertyList.h"
 #include "Platform/TextFormat.h"
+#include "Preference Pane/AuthorizationUse.h"
 #include "Preference Pane/OstrelNames.h"
 #include "Preference Pane/PresetFiles.h"
 #include "Preference Pane/ZQKeyboardLayoutAppBrowser.h"
@@ -81,6 +82,7 @@ void ZQKeyboardLayoutAppBrowser::appBrowseDidEnd(platform::ApplicationPanel *pan
 
 void ZQKeyboardLayoutAppBrowser::addPresetFor(const QString &path, const QString &identifier)
 {
+    const AuthorizationUse use; // the pane may be hidden by now
     const QPointer<ZQKeyboardLayoutAppBrowser> self(this);
     const QString title = platform::deletingPathExtension(platform::lastPathComponent(path));
     const QString folder = presets::userFolder();
@@ -123,6 +125,7 @@ void ZQKeyboardLayoutAppBrowser::removeApplication()
     if (answer != platform::AlertDefaultReturn) {
         return;
     }
+    const AuthorizationUse use; // the pane may be hidden by now
     const QString path = presets::userFile(title);
     const presets::KeptPreset removed(title);
     const bool gone = ZQFileManager::trashFile(path, 20s) && !ZQFileManager::fileExistsAtPath(path);

@@ -5,6 +5,7 @@
 #include "Platform/DistributedNotificationCenter.h"
 #include "Platform/PathText.h"
 #include "Platform/PropertyList.h"
+#include "Preference Pane/AuthorizationUse.h"
 #include "Preference Pane/OstrelNames.h"
 #include "Preference Pane/PresetFiles.h"
 #include "Preference Pane/ZQKeyboardLayoutEditController.h"
@@ -31,6 +32,7 @@ QVariantMap ZQKeyboardLayoutEditController::keysToWrite() const
 
 void ZQKeyboardLayoutEditController::updatePresetFile()
 {
+    const AuthorizationUse use; // the pane may be hidden by now
     // Always the user's folder: the pane's own bundle is never written to.
     const QString target =
         presets::userFolder() + QLatin1Char('/') + platform::lastPathComponent(m_currentFile);

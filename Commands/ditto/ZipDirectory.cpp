@@ -17,6 +17,7 @@ using Number = std::uint64_t;
 
 constexpr Number endSize = 22;
 constexpr Number longestComment = 65535;
+constexpr Number longestPadding = 10240; // libarchive fills up its last block in a pipe
 constexpr Number locatorSize = 20;
 constexpr Number longEndSize = 56;
 constexpr Number recordSize = 46;
@@ -233,6 +234,7 @@ const char *DirectoryReader::readHeaders()
 bool DirectoryReader::holdsAHeader(Number size) const
 {
     constexpr Number most = 65536;
+    constexpr auto oldestVersion = 10U;
     constexpr auto newestVersion = 63U;
     constexpr auto lastSystem = 19U;
     constexpr auto lastMethod = 99U;
@@ -242,7 +244,8 @@ bool DirectoryReader::holdsAHeader(Number size) const
              at != std::string::npos && at < most && bytes.size() - at > headerSize;
              at = bytes.find(headerMark, at + 1)) {
             const auto nameSize = zipNumber(bytes, at + 26, 2);
-            if (zipNumber(bytes, at + 4, 1) <= newestVersion &&
+            const auto version = zipNumber(bytes, at + 4, 1);
+            if (version >= oldestVersion && version <= newestVersion &&
                 zipNumber(bytes, at + 5, 1) <= lastSystem &&
                 zipNumber(bytes, at + 8, 2) <= lastMethod && nameSize > 0 &&
                 start + at + headerSize + nameSize <= size) {
@@ -262,16 +265,21 @@ bool readZipDirectory(int file, const QByteArray &path, std::vector<ZipEntry> &e
         return complain(path, errno);
     }
     const auto fileSize = static_cast<Number>(status.st_size);
-    const auto start = fileSize - std::min(fileSize, endSize + longestComment);
+    const auto start = fileSize - std::min(fileSize, endSize + longestComment + longestPadding);
     const auto tail = readAt(file, start, fileSize - start);
     QByteArray complaint = path + ": is no zip archive, or one that is cut short";
+    constexpr auto mostEnds = 10; // each has the directory read that it tells of
     auto ends = 0;
     auto wholeOnes = 0;
     // A comment may hold the mark, and what looks like an end; so may an archive in the archive.
     for (auto at = tail.find(endMark); at != std::string::npos; at = tail.find(endMark, at + 1)) {
-        if (tail.size() - at < endSize ||
-            zipNumber(tail, at + 20, 2) != tail.size() - at - endSize) {
+        const auto left = tail.size() - at;
+        const auto size = left < endSize ? endSize : endSize + zipNumber(tail, at + 20, 2);
+        if (size > left || tail.find_first_not_of('\0', at + size) != std::string::npos) {
             continue;
+        }
+        if (ends == mostEnds) {
+            return complain(path, "holds too many directories");
         }
         DirectoryReader reader(file, start + at, tail.substr(at, endSize));
         if (const auto *const reason = reader.read(); reason == nullptr) {

@@ -28,8 +28,8 @@ struct ZipEntry {
 };
 
 // Reads the directory of an open file, entries in the order of their bytes, and holds it against
-// the whole file (PKWARE's APPNOTE.TXT): one end record that reaches to the end of the file, the
-// directory right in front of it with as many entries as it says, each entry in bytes of its own
-// and under the same name there, and no entry that the directory does not know. False after a
-// complaint, which has the path.
+// the whole file (PKWARE's APPNOTE.TXT): one end record that reaches to the end of the file,
+// but for zeros, the directory right in front of it with as many entries as it says, each entry in
+// bytes of its own and under the same name there, and no entry that the directory does not know.
+// False after a complaint, which has the path.
 bool readZipDirectory(int file, const QByteArray &path, std::vector<ZipEntry> &entries);

@@ -135,8 +135,17 @@ class Structure(DittoTest):
         self.assert_refused(archive(comment=archive(Entry(b"evil"))), b"two")
 
     def test_what_follows_the_end_is_refused(self):
-        for more in b"x", b"\n", b"\0" * 1000:
+        for more in b"x", b"\n", b"\0x", b"\0" * 20000:
             self.assert_refused(archive(Entry(b"file")) + more)
+
+    def test_zeros_that_fill_up_the_last_block_may_follow_the_end(self):
+        self.assertEqual(self.opened(archive(Entry(b"file")) + b"\0" * 1000), {b"file": b"contents"})
+
+    def test_many_directories_are_not_all_read(self):
+        ends = b""
+        for _ in range(2000):
+            ends = end(1, 46, 0, ends)
+        self.assert_refused(archive(Entry(b"file"), comment=ends), b"too many")
 
     def test_entries_that_share_bytes_are_refused(self):
         self.assert_refused(archive(Entry(b"one"), Entry(b"one", offset=0)), b"overlap")

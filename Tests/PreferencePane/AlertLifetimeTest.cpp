@@ -27,6 +27,7 @@ private Q_SLOTS:
     void cleanup();
     void thePaneMayGoWhileItsAlertWaits_data();
     void thePaneMayGoWhileItsAlertWaits();
+    void aPortThatCannotBeSavedAtClosingIsToldWithoutWaiting_data();
     void aPortThatCannotBeSavedAtClosingIsToldWithoutWaiting();
     void thePageMayGoWhileOneOfItsAlertsWaits_data();
     void thePageMayGoWhileOneOfItsAlertsWaits();
@@ -224,14 +225,26 @@ void AlertLifetimeTest::thePaneMayGoWhileItsAlertWaits()
     QTRY_COMPARE(host.count(), 1);
 }
 
+void AlertLifetimeTest::aPortThatCannotBeSavedAtClosingIsToldWithoutWaiting_data()
+{
+    QTest::addColumn<bool>("isFinished");
+    QTest::newRow("while it is typed") << false;
+    QTest::newRow("right after the field was left") << true;
+}
+
 void AlertLifetimeTest::aPortThatCannotBeSavedAtClosingIsToldWithoutWaiting()
 {
+    QFETCH(bool, isFinished);
     PaneFixture fixture(std::chrono::seconds(60));
     PaneFixture::writePreferences({{QStringLiteral("customPortSet"), 1}});
     fixture.open();
     fixture.pane().showPage(QStringLiteral("network"));
-    QTest::keyClicks(fixture.control<QLineEdit>("networkCustomPortText"), QStringLiteral("1"));
+    auto *port = fixture.control<QLineEdit>("networkCustomPortText");
+    QTest::keyClicks(port, QStringLiteral("1"));
     writable(PaneFixture::preferencesFolder(), false);
+    if (isFinished) {
+        Q_EMIT port->editingFinished(); // as a window does that closes
+    }
     fixture.closePane();
     auto *alert = test::visibleAlert();
     QVERIFY(alert != nullptr);

@@ -18,6 +18,7 @@ private Q_SLOTS:
     void thePaneThatIsLeftEndsIt();
     void ofTwoPanesTheLastOneEndsIt();
     void aPaneThatIsHiddenHasBeenLeft();
+    void whatIsGivenToAHiddenPaneEndsWithIt();
     void aStartOrStopUnderWayKeepsIt();
     void aPaneThatWasNeverShownEndsItToo();
 };
@@ -78,6 +79,18 @@ void PaneAuthorizationTest::aPaneThatIsHiddenHasBeenLeft()
     const auto second = hold();
     fixture.close();
     QVERIFY(second.expired());
+}
+
+void PaneAuthorizationTest::whatIsGivenToAHiddenPaneEndsWithIt()
+{
+    PaneFixture fixture;
+    fixture.open();
+    fixture.window().show();
+    fixture.window().centralWidget()->hide();
+    const auto late = hold(); // by a question that was open when the page was left
+    QVERIFY(!late.expired());
+    fixture.close();
+    QVERIFY(late.expired());
 }
 
 void PaneAuthorizationTest::aStartOrStopUnderWayKeepsIt()
