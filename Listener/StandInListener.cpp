@@ -16,7 +16,10 @@ StandInListener::StandInListener(QString statusWord)
       m_statusRequests(QStringLiteral("ZQOstrelClientCurrentStatus"),
                        [this](const auto & /*request*/) { say(m_statusWord); }),
       m_disconnects(QStringLiteral("ZQOstrelClientDisconnect"),
-                    [](const auto & /*request*/) { say(QStringLiteral("Disconnected")); }),
+                    [this](const auto & /*request*/) {
+                        say(QStringLiteral("Disconnected"));
+                        m_isDisconnected = true;
+                    }),
       m_relaunches(QStringLiteral("ZQOstrelClientRelaunch"), [this](const auto & /*request*/) {
           say(QStringLiteral("Relaunching..."));
           QTimer::singleShot(relaunchTime, this, [this] { say(m_statusWord); });
@@ -25,8 +28,11 @@ StandInListener::StandInListener(QString statusWord)
     say(m_statusWord);
 }
 
-void StandInListener::say(const QString &word)
+void StandInListener::say(const QString &word) const
 {
+    if (m_isDisconnected) {
+        return;
+    }
     platform::postDistributedNotification(
         {QStringLiteral("ZQOstrelClientStatusUpdate"), {}, {{QStringLiteral("status"), word}}});
 }

@@ -14,9 +14,10 @@ public:
     explicit StandInListener(QString statusWord);
 
 private:
-    static void say(const QString &word);
+    void say(const QString &word) const;
 
     QString m_statusWord;
+    bool m_isDisconnected = false; // nothing more is said until it is started anew
     platform::DistributedObserver m_statusRequests;
     platform::DistributedObserver m_disconnects;
     platform::DistributedObserver m_relaunches;

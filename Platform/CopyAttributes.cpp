@@ -163,9 +163,10 @@ int copyAttributesOfSpecial(const struct stat &status, int folder, const char *n
 int clearAccessLists(int item)
 {
     for (const auto *list : {"system.posix_acl_default", accessList}) {
-        // Of a file, of a file system without lists, of one that knows other attributes only.
+        // Of a file, of a file system without lists, of one that knows other attributes only, of
+        // one that says that what we make is another's (EPERM): it inherits no list of ours.
         if (::fremovexattr(item, list) != 0 && errno != ENODATA && errno != EACCES &&
-            errno != EOPNOTSUPP && errno != EINVAL && errno != ENOSYS) {
+            errno != EOPNOTSUPP && errno != EINVAL && errno != ENOSYS && errno != EPERM) {
             return errno;
         }
     }

@@ -143,7 +143,7 @@ bool isMissing(const QString &path)
     struct stat status {};
     const auto error =
         path.contains(QChar(0)) ? ENOENT : readStatus(path, AT_SYMLINK_NOFOLLOW, status);
-    return error == ENOENT || error == ENOTDIR;
+    return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG || error == ELOOP;
 }
 
 bool isFolderItself(const QString &path)

@@ -50,6 +50,10 @@ int whyNotRemovable(const ItemPlace &place)
         ::fstatat(place.folder.number(), place.name.constData(), &item, AT_SYMLINK_NOFOLLOW) != 0) {
         return errno;
     }
+    // Nobody opens this one to us, be it our own.
+    if (::faccessat(place.folder.number(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
+        return errno;
+    }
     return Removability(place.folder.number(), folder).errorFor(item.st_uid);
 }
 
@@ -59,7 +63,7 @@ FileError moveByCopying(const ItemPlace &from, const QString &source, const Item
     if (const auto error = whyNotRemovable(from); error != 0) {
         return {error, source};
     }
-    clearUnfinishedItems(from.folder.number());
+    clearUnfinishedItemsNowAndThen(from.folder.number());
     CopiedItem copied;
     if (auto error = copyPlace(from, source, to, destination, nullptr, CopyPurpose::Move, copied)) {
         return error;

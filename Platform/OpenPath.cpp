@@ -15,9 +15,16 @@
 namespace platform {
 namespace {
 
+// As a folder first: only then the system mounts what it mounts when it is needed (autofs).
 int openPlainly(int folder, const char *path, int flags, Descriptor &open)
 {
-    open = Descriptor(retried([&] { return ::openat(folder, path, O_PATH | O_CLOEXEC | flags); }));
+    for (const auto asFolder : {O_DIRECTORY, 0}) {
+        open = Descriptor(
+            retried([&] { return ::openat(folder, path, O_PATH | O_CLOEXEC | asFolder | flags); }));
+        if (open.isOpen() || errno != ENOTDIR) {
+            break;
+        }
+    }
     return open.isOpen() ? 0 : errno;
 }
 

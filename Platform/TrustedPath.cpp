@@ -188,7 +188,12 @@ private:
         if (name.empty()) {
             return true;
         }
-        Descriptor next(::openat(m_here.number(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+        // As a folder first: only then the system mounts what it mounts when it is needed (autofs).
+        constexpr auto flags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
+        Descriptor next(::openat(m_here.number(), name.c_str(), flags | O_DIRECTORY));
+        if (!next.isOpen() && errno == ENOTDIR) {
+            next = Descriptor(::openat(m_here.number(), name.c_str(), flags));
+        }
         const auto folder = m_path;
         if (name == "..") {
             m_path.resize(m_path.empty() ? 0 : m_path.rfind('/'));

@@ -39,14 +39,20 @@ constexpr auto mostTries = 100;
 constexpr unsigned long ntfs = 0x5346544e;
 constexpr unsigned long ntfs3 = 0x7366746e;
 constexpr unsigned long cifs = 0xff534d42;
+constexpr unsigned long vboxsf = 0x786f4256;
+constexpr unsigned long hfs = 0x4244;
+constexpr unsigned long udf = 0x15013346;
 
 bool keepsOwnersAndLocks(int folder)
 {
-    constexpr std::array<unsigned long, 13> others{MSDOS_SUPER_MAGIC,
+    constexpr std::array<unsigned long, 16> others{MSDOS_SUPER_MAGIC,
                                                    EXFAT_SUPER_MAGIC,
                                                    ntfs,
                                                    ntfs3,
                                                    cifs,
+                                                   vboxsf,
+                                                   hfs,
+                                                   udf,
                                                    SMB_SUPER_MAGIC,
                                                    SMB2_SUPER_MAGIC,
                                                    NFS_SUPER_MAGIC,
@@ -80,6 +86,13 @@ bool hasName(const struct stat &status, int folder, const QByteArray &name)
            named.st_dev == status.st_dev && named.st_ino == status.st_ino;
 }
 
+// A place is never a mount: what another serves may tell any owner.
+bool isOnDeviceOf(int folder, const struct stat &place)
+{
+    struct stat status {};
+    return ::fstat(folder, &status) == 0 && status.st_dev == place.st_dev;
+}
+
 bool isEmpty(int folder)
 {
     return ::lseek(folder, 0, SEEK_SET) == 0 && !FolderEntries(folder).next();
@@ -89,9 +102,9 @@ void clearIfLeft(int folder, const QByteArray &name)
 {
     const auto left = openFolder(folder, name.constData());
     struct stat status {};
-    if (!left.isOpen() || ::fstat(left.number(), &status) != 0 || status.st_uid != ::geteuid() ||
-        (status.st_mode & comparedBits) != markedMode || lock(left.number()) != 0 ||
-        !hasName(status, folder, name)) {
+    if (!left.isOpen() || ::fstat(left.number(), &status) != 0 || !isOnDeviceOf(folder, status) ||
+        status.st_uid != ::geteuid() || (status.st_mode & comparedBits) != markedMode ||
+        lock(left.number()) != 0 || !hasName(status, folder, name)) {
         return;
     }
     removeOpenFolder(folder, name, left.number(), {});
@@ -115,29 +128,41 @@ int renameClosedFolder(int from, int to, const QByteArray &name)
     return ::chmod(path.constData(), status.st_mode) == 0 || error != 0 ? error : errno;
 }
 
-// The folder that was looked through last, so that a large one is not read for each of many files.
-class LastLook {
+// The folders that were looked through last, so that a large one is not read for each of many
+// files. Two: a move has one where it takes and one where it puts.
+class LastLooks {
 public:
     // Whether that was a moment ago, and it has as many folders in it now as then.
     bool isRecent(const struct stat &folder)
     {
         const std::lock_guard lock(m_mutex);
         const auto now = Clock::now();
-        if (m_folder.st_dev == folder.st_dev && m_folder.st_ino == folder.st_ino &&
-            m_folder.st_nlink == folder.st_nlink && now - m_time < std::chrono::seconds(1)) {
+        auto *look = m_looks.data();
+        for (auto &other : m_looks) {
+            if (other.folder.st_dev == folder.st_dev && other.folder.st_ino == folder.st_ino) {
+                look = &other;
+                break;
+            }
+            look = other.time < look->time ? &other : look;
+        }
+        if (look->folder.st_dev == folder.st_dev && look->folder.st_ino == folder.st_ino &&
+            look->folder.st_nlink == folder.st_nlink &&
+            now - look->time < std::chrono::seconds(1)) {
             return true;
         }
-        m_folder = folder;
-        m_time = now;
+        *look = {folder, now};
         return false;
     }
 
 private:
     using Clock = std::chrono::steady_clock;
+    struct Look {
+        struct stat folder {};
+        Clock::time_point time;
+    };
 
     std::mutex m_mutex;
-    struct stat m_folder {};
-    Clock::time_point m_time;
+    std::array<Look, 2> m_looks;
 };
 
 } // namespace
@@ -153,16 +178,19 @@ UnfinishedItem::~UnfinishedItem()
 int UnfinishedItem::prepare() const
 {
     const auto place = m_place.number();
+    struct stat status {};
+    if (::fstat(place, &status) != 0) {
+        return errno;
+    }
+    if (!isOnDeviceOf(m_folder, status)) {
+        return EACCES;
+    }
     // What the folder around it hands down would open what is in it to others.
     if (const auto error = clearAccessLists(place); error != 0) {
         return error;
     }
     if (!keepsOwnersAndLocks(place)) {
         return 0;
-    }
-    struct stat status {};
-    if (::fstat(place, &status) != 0) {
-        return errno;
     }
     // By name it could be another one by now.
     if (status.st_uid != ::geteuid() || !isEmpty(place)) {
@@ -225,17 +253,24 @@ Removal removeAtOnce(int folder, const QByteArray &name, int open, const QString
     if (!hasName(status, folder, name)) {
         return {{ENOENT, path}, false};
     }
-    if (const auto error = renameInPlace(folder, name, folder, aside); error != 0) {
+    const auto error = renameInPlace(folder, name, folder, aside);
+    if (error == EXDEV) { // a folder of a lower layer of overlayfs keeps its name
+        return removeOpenFolder(folder, name, open, path);
+    }
+    if (error != 0) {
         return {{error, path}, false};
     }
     // From here on it may be cleared by others when this process ends.
     const auto isMarked = lock(open) == 0 && ::fchmod(open, markedMode) == 0;
     auto removal = removeOpenFolder(folder, aside, open, path);
-    if (removal.error && !removal.hasRemovedAnything) {
+    if (removal.error) {
+        // Some of it may have come in meanwhile and be in no copy: it is not for others to clear.
         if (isMarked) {
             ::fchmod(open, status.st_mode & allModeBits);
         }
-        renameInPlace(folder, aside, folder, name);
+        if (!removal.hasRemovedAnything || removal.error.code() == ENOTEMPTY) {
+            renameInPlace(folder, aside, folder, name);
+        }
     }
     return removal;
 }
@@ -263,9 +298,9 @@ void clearUnfinishedItems(int folder)
 
 void clearUnfinishedItemsNowAndThen(int folder)
 {
-    static LastLook lastLook;
+    static LastLooks lastLooks;
     struct stat status {};
-    if (::fstat(folder, &status) == 0 && !lastLook.isRecent(status)) {
+    if (::fstat(folder, &status) == 0 && !lastLooks.isRecent(status)) {
         clearUnfinishedItems(folder);
     }
 }

@@ -59,9 +59,10 @@ bool RootsJobFile::replace() const
     if (::lstat(name.constData(), &old) != 0) {
         return false;
     }
-    const auto script = QStringLiteral(
-        "umask 022; set -C; "
-        "printf %s \"$1\" >\"$2\" && /bin/mv -fT \"$2\" \"$3\" || /bin/rm -f \"$2\"");
+    const auto script =
+        QStringLiteral("umask 022; set -C; "
+                       "printf %s \"$1\" >\"$2\" && { /bin/chgrp --reference=\"$3\" \"$2\"; "
+                       "/bin/mv -fT \"$2\" \"$3\"; } || /bin/rm -f \"$2\"");
     ZQAuthorization::sharedController().authExecTask(
         QStringLiteral("/bin/sh"),
         {QStringLiteral("-c"), script, QStringLiteral("sh"), QString::fromUtf8(m_contents),

@@ -144,13 +144,17 @@ public:
     // that file; so root makes another before it gets its owner.
     void replaceMovedFile()
     {
-        if (m_domain == Domain::Local && m_refusal.isNull() && !m_file.replace()) {
+        m_isMoved = m_domain == Domain::Local && m_refusal.isNull();
+        if (m_isMoved && !m_file.replace()) {
             takeAway();
         }
     }
 
     void setOwnerAndMode(ShouldAuth privileged) const
     {
+        if (m_isTakenAway) {
+            return; // what a move that is late puts there must not become root's
+        }
         // Root's tools follow the links that others plant.
         if (m_folderObjection.isNull()) {
             ::setOwnerAndMode(m_path, m_domain, privileged);
@@ -163,7 +167,11 @@ public:
 
     void load()
     {
-        if (m_domain == Domain::Local && m_refusal.isNull() && !m_file.isInPlace()) {
+        // A move that somebody holds up sets the owner of what has the name by the time it ends: of
+        // the file that is loaded nobody has set any.
+        const auto isRight = m_domain != Domain::Local || !m_refusal.isNull() ||
+                             ((!m_isMoved || m_file.replace()) && m_file.isInPlace());
+        if (m_isTakenAway || !isRight) {
             takeAway();
         }
         if (m_refusal.isNull()) {
@@ -180,6 +188,7 @@ private:
     // No manager is to find it at the next log-in either.
     void takeAway()
     {
+        m_isTakenAway = true;
         m_refusal = QStringLiteral("the file is not root's alone as it was asked for");
         m_file.remove();
     }
@@ -189,6 +198,8 @@ private:
     RootsJobFile m_file;
     QString m_folderObjection; // null: nobody but root can change the folder
     QString m_refusal;         // null: none
+    bool m_isMoved = false;    // by root, from where the user may write
+    bool m_isTakenAway = false;
 };
 
 } // namespace

@@ -12,7 +12,7 @@ function(ostrel_install_folder path)
   install(CODE "
     set(folder \"\$ENV{DESTDIR}${path}\")
     set(missing \"\")
-    while(NOT EXISTS \"\${folder}\")
+    while(folder AND NOT EXISTS \"\${folder}\")
       list(PREPEND missing \"\${folder}\")
       get_filename_component(folder \"\${folder}\" DIRECTORY)
     endwhile()

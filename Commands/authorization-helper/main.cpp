@@ -124,7 +124,7 @@ public:
     {
         while (m_requests.isOpen() || !m_tools.empty()) {
             std::array<pollfd, 3> events{pollfd{m_ends.number(), POLLIN, 0},
-                                         pollfd{m_requests.number(), POLLIN, 0},
+                                         pollfd{m_requests.number(), POLLIN | POLLRDHUP, 0},
                                          pollfd{m_served.starter(), POLLIN, 0}};
             const auto watched = m_requests.isOpen() ? events.size() : 1;
             if (::poll(events.data(), watched, -1) < 0) {
@@ -134,7 +134,7 @@ public:
             if (events[2].revents != 0) {
                 m_requests.close();
             } else if (events[1].revents != 0) {
-                takeRequest((events[1].revents & POLLHUP) != 0);
+                takeRequest((events[1].revents & (POLLHUP | POLLRDHUP)) != 0);
             }
         }
     }

@@ -275,7 +275,8 @@ bool readZipDirectory(int file, const QByteArray &path, std::vector<ZipEntry> &e
     for (auto at = tail.find(endMark); at != std::string::npos; at = tail.find(endMark, at + 1)) {
         const auto left = tail.size() - at;
         const auto size = left < endSize ? endSize : endSize + zipNumber(tail, at + 20, 2);
-        if (size > left || tail.find_first_not_of('\0', at + size) != std::string::npos) {
+        if (size > left || left - size > longestPadding ||
+            tail.find_first_not_of('\0', at + size) != std::string::npos) {
             continue;
         }
         if (ends == mostEnds) {

@@ -77,10 +77,17 @@ class StandIn(unittest.TestCase):
         self.expect("Running")
         post("ZQOstrelClientCurrentStatus")
         self.expect("Running")
-        post("ZQOstrelClientDisconnect")
-        self.expect("Disconnected")
         post("ZQOstrelClientRelaunch")
         self.expect("Relaunching...", "Running")
+
+    def test_nothing_follows_its_last_word(self):
+        self.start()
+        self.expect("Running")
+        for name in "Disconnect", "CurrentStatus", "Relaunch", "Disconnect":
+            post("ZQOstrelClient" + name)
+        self.expect("Disconnected")
+        self.start("--status", "Another")
+        self.expect("Another")
 
     def test_it_takes_another_word(self):
         self.start("--status", "Serving Ann")

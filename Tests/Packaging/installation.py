@@ -75,6 +75,12 @@ class Installation(unittest.TestCase):
         for path, mode in ("", 0o700), ("/usr", 0o700), ("/usr/share", 0o750):
             self.assertEqual(stat.S_IMODE(os.stat(ROOT + path).st_mode), mode, path)
 
+    def test_a_folder_to_install_into_may_be_relative(self):
+        subprocess.run(["cmake", "--install", COPY, "--component", "system"], check=True,
+                       stdout=subprocess.DEVNULL, cwd="/tmp", timeout=60,
+                       env=dict(os.environ, DESTDIR="relative"))
+        self.assertTrue(os.path.isdir("/tmp/relative/usr"))
+
     def test_everything_is_there(self):
         paths = dict(self.installed())
         names = {os.path.basename(path) for path in paths}

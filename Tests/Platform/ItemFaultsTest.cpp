@@ -48,6 +48,7 @@ private Q_SLOTS:
     void anItemMovedToAnotherFileSystemIsNeverLost();
     void aFailedMoveLeavesNothingAtItsDestination_data() { aCopyIsWholeOrNotThere_data(); }
     void aFailedMoveLeavesNothingAtItsDestination();
+    void whatComesIntoAMovedFolderMeanwhileStaysThere();
     void aNeighbourWhoSwapsNamesGetsNoOtherModeChanged();
     void aNeighbourWhoSwapsNamesGetsNothingElseRemoved();
     void aRemovedItemIsGoneOrAnError_data() { aCopyIsWholeOrNotThere_data(); }
@@ -213,6 +214,28 @@ void ItemFaultsTest::aFailedMoveLeavesNothingAtItsDestination()
 }
 
 // The neighbour may write in the folder where the copy is put, but not look into our own.
+void ItemFaultsTest::whatComesIntoAMovedFolderMeanwhileStaysThere()
+{
+    m_other = std::make_unique<test::Folder>(elsewhere);
+    m_copy = *m_other / "copy";
+    prepare(true);
+    const auto writeInto = [&] {
+        for (const auto &name : m_folder->names()) {
+            test::writeFile(*m_folder / name.toStdString() + "/late", "late");
+        }
+    };
+    {
+        const test::Faults faults(
+            {test::Remove, 1, test::Fate::Meddled, 0, true, false, writeInto});
+        platform::moveItem(test::text(m_item), test::text(m_copy));
+        QVERIFY(test::Faults::haveStruck());
+    }
+    QVERIFY(test::exists(m_item + "/late"));
+    // Nor does the next operation clear it.
+    QVERIFY(!platform::copyItem(test::text(m_copy), test::text(*m_folder / "again")));
+    QVERIFY(test::exists(m_item + "/late"));
+}
+
 void ItemFaultsTest::aNeighbourWhoSwapsNamesGetsNoOtherModeChanged()
 {
     test::writeFile(*m_folder / "secret", "secret");

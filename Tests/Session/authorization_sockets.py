@@ -196,6 +196,11 @@ class RawRequests(unittest.TestCase):
             self.assertIn("is started by pkexec only", other.stderr.read())
         ours.close()
 
+    def test_half_a_connection_is_none(self):
+        # Otherwise the helper would be told of its end again and again, and do nothing else.
+        self.requests.shutdown(socket.SHUT_WR)
+        self.assertEqual(self.pkexec.wait(60), 0)
+
     def test_the_helper_ends_with_the_process_that_asked_whoever_holds_the_socket(self):
         with subprocess.Popen([sys.executable, "-c", STARTER, HELPER], stdout=subprocess.PIPE,
                               text=True) as starter:
