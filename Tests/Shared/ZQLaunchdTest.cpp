@@ -136,6 +136,7 @@ private Q_SLOTS:
     void anUnwritableFolderWithoutAuthorisationEndsInAnAlert();
     void afterAPrivilegedMoveOwnershipIsPrivilegedToo();
     void whoHeldTheMovedFileOpenCannotChangeTheJob();
+    void whatALateMoveDoesToTheFileIsUndoneBeforeTheLoad();
     void aLinkInPlaceOfTheMovedFileLeadsRootNowhere();
     void whatIsNotTheFileThatWasMovedIsTakenAway();
     void aMovedFileThatCannotBeReplacedIsNotLoaded();
@@ -357,6 +358,22 @@ void ZQLaunchdTest::whoHeldTheMovedFileOpenCannotChangeTheJob()
     QCOMPARE(QDir(agents).entryList(QDir::Files | QDir::Hidden).size(), 1);
 }
 
+void ZQLaunchdTest::whatALateMoveDoesToTheFileIsUndoneBeforeTheLoad()
+{
+    if (!isRoot()) {
+        QSKIP("an ordinary user would be asked for a password here");
+    }
+    m_recorders.clear();
+    // It gives the file to its old owner, who writes to it; here that is the same user.
+    add(QStringLiteral("/usr/bin/chmod"),
+        QStringLiteral("/opt/bin/chmod \"$@\"; echo HOSTILE >\"$2\""));
+    add(QStringLiteral("/usr/bin/mv"), mvAfter({}));
+    QFile::remove(QStringLiteral("/tmp/loaded"));
+    add(launchctl, QStringLiteral("[ $1 = load ] && cat \"$2\" >/tmp/loaded; exit 0"));
+    QVERIFY(startByMoving());
+    QCOMPARE(contentsOf(QStringLiteral("/tmp/loaded")), platform::propertyListToXml(settings()));
+}
+
 void ZQLaunchdTest::aLinkInPlaceOfTheMovedFileLeadsRootNowhere()
 {
     if (!isRoot()) {
@@ -384,6 +401,7 @@ void ZQLaunchdTest::whatIsNotTheFileThatWasMovedIsTakenAway()
     QVERIFY(startByMoving());
     QVERIFY(!QFile::exists(job));
     QVERIFY(QDir(agents).isEmpty());
+    QVERIFY(CommandRecorder::runs().filter(QStringLiteral("chown")).isEmpty());
     QVERIFY(CommandRecorder::runs().filter(QStringLiteral("launchctl [load]")).isEmpty());
     QVERIFY(console.lines().contains(refusal(notWhatWasAskedFor)));
 }
@@ -400,6 +418,7 @@ void ZQLaunchdTest::aMovedFileThatCannotBeReplacedIsNotLoaded()
     QVERIFY(startByMoving());
     QVERIFY(
         QDir(agents).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).isEmpty());
+    QVERIFY(CommandRecorder::runs().filter(QStringLiteral("chown")).isEmpty());
     QVERIFY(CommandRecorder::runs().filter(QStringLiteral("launchctl [load]")).isEmpty());
     QVERIFY(console.lines().contains(refusal(notWhatWasAskedFor)));
 }
