@@ -106,7 +106,7 @@ bool Ostrel_Preference_Pane::saveAtOnce()
 {
     m_portTimer.stop();
     const bool written = keys::write(withControls(*m_ui, keys::load()));
-    m_isUnsaved = !written;
+    m_saving = written ? Saving::Done : Saving::Waits;
     if (written) {
         updateEnabledStatus(ChangeSwitch::No);
     }
@@ -118,7 +118,7 @@ void Ostrel_Preference_Pane::savePrefs()
     if (saveAtOnce()) {
         return;
     }
-    m_isUnsaved = false; // asked about from here on
+    m_saving = Saving::Done; // asked about from here on
     const QPointer<Ostrel_Preference_Pane> self(this);
     const QPointer<QWidget> window(m_mainView->window());
     if (!writeWithAuthorization(withControls(*m_ui, keys::load()))) {
@@ -131,15 +131,25 @@ void Ostrel_Preference_Pane::savePrefs()
 // Nobody can be asked any more then.
 void Ostrel_Preference_Pane::savePortBeforeClosing()
 {
-    if (!m_portTimer.isActive() && !m_isUnsaved) {
-        return;
-    }
-    if (!saveAtOnce()) {
+    const bool isUnsaved = m_portTimer.isActive() || m_saving == Saving::Waits;
+    if (isUnsaved && !saveAtOnce()) {
         ZQAlert::alertSheetWithMessageText(unwritten(), {}, {}, {}, checkPermissions(),
                                            m_mainView->window(), nullptr, {}, ZQAlert::Block::No,
                                            nullptr);
     }
-    askForRelaunch();
+    if (isUnsaved) {
+        askForRelaunch();
+    }
+    m_saving = Saving::Closed;
+}
+
+void Ostrel_Preference_Pane::saveLater(void (Ostrel_Preference_Pane::*save)())
+{
+    performLater([this, save] {
+        if (m_saving != Saving::Closed) {
+            (this->*save)();
+        }
+    });
 }
 
 void Ostrel_Preference_Pane::settingChanged()
@@ -147,7 +157,7 @@ void Ostrel_Preference_Pane::settingChanged()
     if (m_portTimer.isActive()) {
         networkSettingChanged(); // a new port is saved along with it
     } else if (!saveAtOnce()) {
-        performLater([this] { savePrefs(); });
+        saveLater(&Ostrel_Preference_Pane::savePrefs);
     }
 }
 
@@ -156,7 +166,7 @@ void Ostrel_Preference_Pane::networkSettingChanged()
     if (saveAtOnce()) {
         askForRelaunch();
     } else {
-        performLater([this] { updateNetworkSettings(); });
+        saveLater(&Ostrel_Preference_Pane::updateNetworkSettings);
     }
 }
 

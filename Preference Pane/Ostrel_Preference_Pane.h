@@ -112,9 +112,9 @@ private:
     void showPreferences(const QVariantMap &preferences);
     void showNotice(const QString &text); // below the status line until closed; none for null
     void showPortHint();
-    // False where the file cannot be written without a question.
-    bool saveAtOnce();
+    bool saveAtOnce(); // false where that takes a question
     void savePortBeforeClosing();
+    void saveLater(void (Ostrel_Preference_Pane::*save)());
     // Any change of a control. Asks its questions later, not in the middle of the control's code.
     void settingChanged();
     void networkSettingChanged();
@@ -141,7 +141,7 @@ private:
     std::unique_ptr<QTimer> m_messageTimer;
     std::unique_ptr<QTimer> m_statusTimer;
     QTimer m_portTimer;
-    bool m_isUnsaved = false; // a change waits for its questions to be asked
+    enum class Saving { Done, Waits, Closed } m_saving = Saving::Done; // waits: for its questions
     std::future<QString> m_systemProfile;
     RunningActions m_actions;
     std::unique_ptr<platform::DistributedObserver> m_statusObserver;

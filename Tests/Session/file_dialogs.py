@@ -63,6 +63,7 @@ def ask_for_file(pane, letter, title):
 def give_file(window, path):
     subprocess.run(["xdotool", "windowfocus", "--sync", window, "type", "--delay", "20", path], check=True)
     subprocess.run(["xdotool", "key", "Return"], check=True)
+    wait_until(lambda: window not in our_windows(), "the dialog to close")
 
 
 def scene():
