@@ -4,7 +4,7 @@
 // 200 folders, and as many in one. From the call to the report that it is finished, warm: what is
 // read is in memory.
 #include "Benchmarks/Timing.h"
-#include "Shared/ZQFileManager.h"
+#include "Shared/Files/ZQFileManager.h"
 
 #include <QCoreApplication>
 

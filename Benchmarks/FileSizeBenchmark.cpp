@@ -3,7 +3,7 @@
 // What the size of 100,000 files costs, beside "du -sb", with the files in many folders, in few and
 // in one. Warm: what is measured is the walk, not the disk.
 #include "Benchmarks/Timing.h"
-#include "Shared/ZQFileManager.h"
+#include "Shared/Files/ZQFileManager.h"
 
 #include <fcntl.h>
 #include <spawn.h>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 // What a log call costs its caller and how many lines reach the file, beside asynchronous spdlog
 // with a rotating file. Both write to the sandbox's memory.
-#include "Shared/ZQLog.h"
+#include "Shared/Log/ZQLog.h"
 
 #include <QCoreApplication>
 

@@ -4,12 +4,12 @@
 // reading the same files; a captured shortcut until it is written and announced, beside the
 // replacing of a file of that size by itself; a letter typed into a filter of 5,000 rows until the
 // repaint is done.
-#include "Platform/FileContents.h"
-#include "Platform/PropertyList.h"
-#include "Preference Pane/KeyboardLayoutPage.h"
-#include "Preference Pane/PresetFiles.h"
-#include "Preference Pane/PresetTableView.h"
-#include "Preference Pane/ZQKeyboardLayoutEditController.h"
+#include "Ostrel/PresetFiles.h"
+#include "Platform/Core/Files/FileContents.h"
+#include "Platform/Core/PropertyLists/PropertyList.h"
+#include "Preference Pane/Presets/KeyboardLayoutPage.h"
+#include "Preference Pane/Presets/PresetTableView.h"
+#include "Preference Pane/Presets/ZQKeyboardLayoutEditController.h"
 
 #include <QApplication>
 #include <QDir>

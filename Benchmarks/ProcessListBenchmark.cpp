@@ -3,7 +3,7 @@
 // What one walk through the process list costs, beside a bare scan: readdir and readlinkat, and
 // nothing else. Outside the sandbox there are more processes to see.
 #include "Benchmarks/Timing.h"
-#include "Platform/ProcessList.h"
+#include "Platform/Core/Processes/ProcessList.h"
 
 #include <dirent.h>
 #include <sys/wait.h>

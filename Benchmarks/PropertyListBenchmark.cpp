@@ -4,7 +4,7 @@
 // included, beside libplist used directly: its nodes are made from and taken apart into the
 // simplest values there are.
 #include "Benchmarks/Timing.h"
-#include "Platform/PropertyList.h"
+#include "Platform/Core/PropertyLists/PropertyList.h"
 
 #include <plist/plist.h>
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 // What replacing a file of 2 KB safely costs, beside QSaveFile.
 #include "Benchmarks/Timing.h"
-#include "Platform/FileContents.h"
+#include "Platform/Core/Files/FileContents.h"
 
 #include <QSaveFile>
 

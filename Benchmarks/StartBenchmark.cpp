@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: MIT
 // From the move of the switch to "Launching service...", beside the same commands and pauses run
 // one after the other by a bare posix_spawn. As root of the sandbox, who is asked for no password.
-#include "Platform/MainThread.h"
-#include "Platform/PropertyList.h"
-#include "Platform/SystemCommand.h"
-#include "Preference Pane/Ostrel_Preference_Pane.h"
-#include "Preference Pane/ZQSwitch.h"
+#include "Platform/Core/Basics/SystemCommand.h"
+#include "Platform/Core/PropertyLists/PropertyList.h"
+#include "Platform/Core/Threads/MainThread.h"
+#include "Preference Pane/Pane/Ostrel_Preference_Pane.h"
+#include "Preference Pane/Switch/ZQSwitch.h"
 
 #include <QApplication>
 #include <QDir>

@@ -3,8 +3,8 @@
 // What running a command costs, beside bare system calls and QProcess. Each round measures all, one
 // after the other. With the argument "large" the process holds 1 GiB meanwhile.
 #include "Benchmarks/Timing.h"
-#include "Platform/MainThread.h"
-#include "Shared/ZQTaskEx.h"
+#include "Platform/Core/Threads/MainThread.h"
+#include "Shared/Tasks/ZQTaskEx.h"
 
 #include <QCoreApplication>
 #include <QProcess>

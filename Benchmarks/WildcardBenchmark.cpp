@@ -3,7 +3,7 @@
 // What it costs to list the items that match a pattern among 100,000, beside "find" with the same
 // pattern. Warm: what is measured is the listing, not the disk.
 #include "Benchmarks/Timing.h"
-#include "Shared/ZQFileManager.h"
+#include "Shared/Files/ZQFileManager.h"
 
 #include <fcntl.h>
 #include <spawn.h>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/DistributedNotificationCenter.h"
+#include "Platform/Core/Notifications/DistributedNotificationCenter.h"
 
 #include <QObject>
 #include <QString>

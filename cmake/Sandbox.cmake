@@ -10,36 +10,39 @@ if(OSTREL_SANITIZE MATCHES "thread")
       "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/Tests/Support/thread-sanitizer.supp")
 endif()
 
-# ostrel_test(NAME SOURCES... LIBRARIES... [AS user root] [SESSION_BUS] [X_SERVER] [WAYLAND]
-#             [OWN_COMMANDS] [WHEEL])
-# Builds a Qt test and registers it once per account; the default is both accounts.
-function(ostrel_test name)
-  cmake_parse_arguments(arg "SESSION_BUS;X_SERVER;WAYLAND;OWN_COMMANDS;WHEEL" "" "SOURCES;LIBRARIES;AS" ${ARGN})
+# ostrel_test_program(NAME LIBRARIES...): the program for the test classes of a room. All its calls of
+# the system can be made to fail.
+function(ostrel_test_program name)
+  add_executable(${name})
+  target_link_libraries(${name} PRIVATE TestSupport Faults ${ARGN})
+endfunction()
+
+# ostrel_test(PROGRAM CLASS [AS user root] [SESSION_BUS] [X_SERVER] [WAYLAND] [OWN_COMMANDS] [WHEEL]
+#             [TIMEOUT SECONDS])
+# Adds the class, in a source of its name, to the program and registers it once per account; the default
+# is both accounts.
+function(ostrel_test program class)
+  cmake_parse_arguments(arg "SESSION_BUS;X_SERVER;WAYLAND;OWN_COMMANDS;WHEEL" "TIMEOUT" "AS" ${ARGN})
   if(NOT arg_AS)
     set(arg_AS user root)
   endif()
-  add_executable(${name} ${arg_SOURCES})
-  target_link_libraries(${name} PRIVATE TestSupport ${arg_LIBRARIES} Qt::Test)
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  target_sources(${program} PRIVATE ${class}.cpp)
   set(options "")
-  if(arg_SESSION_BUS)
-    list(APPEND options --session-bus)
-  endif()
-  if(arg_X_SERVER)
-    list(APPEND options --x-server)
-  endif()
-  if(arg_WAYLAND)
-    list(APPEND options --wayland)
-  endif()
-  if(arg_OWN_COMMANDS)
-    list(APPEND options --own-commands)
-  endif()
-  if(arg_WHEEL)
-    list(APPEND options --wheel)
-  endif()
+  foreach(option SESSION_BUS X_SERVER WAYLAND OWN_COMMANDS WHEEL)
+    if(arg_${option})
+      string(TOLOWER "--${option}" flag)
+      string(REPLACE "_" "-" flag "${flag}")
+      list(APPEND options ${flag})
+    endif()
+  endforeach()
   foreach(account IN LISTS arg_AS)
-    add_test(NAME ${name}.${account}
+    add_test(NAME ${class}.${account}
       COMMAND "${OSTREL_SANDBOX}" --as ${account} --build "${PROJECT_BINARY_DIR}" ${options}
-              -- "$<TARGET_FILE:${name}>")
-    set_tests_properties(${name}.${account} PROPERTIES TIMEOUT 120 ENVIRONMENT "${OSTREL_TEST_ENVIRONMENT}")
+              -- "$<TARGET_FILE:${program}>" ${class})
+    set_tests_properties(${class}.${account} PROPERTIES
+      TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "${OSTREL_TEST_ENVIRONMENT}")
   endforeach()
 endfunction()

@@ -1,7 +1,6 @@
 # SPDX-FileCopyrightText: 2026 Corvane
 # SPDX-License-Identifier: MIT
 # Client code for Wayland protocol extensions, made from their descriptions.
-find_package(PkgConfig REQUIRED)
 pkg_get_variable(OSTREL_WAYLAND_SCANNER wayland-scanner wayland_scanner)
 pkg_get_variable(OSTREL_WAYLAND_PROTOCOLS wayland-protocols pkgdatadir)
 if(NOT OSTREL_WAYLAND_SCANNER OR NOT OSTREL_WAYLAND_PROTOCOLS)

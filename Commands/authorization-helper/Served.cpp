@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/authorization-helper/Served.h"
 
-#include "Platform/ProcessDescriptor.h"
+#include "Platform/Core/Processes/ProcessDescriptor.h"
 
 #include <poll.h>
 #include <sys/socket.h>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Descriptor.h"
+#include "Platform/Core/Basics/Descriptor.h"
 
 #include <sys/types.h>
 

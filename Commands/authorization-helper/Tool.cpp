@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/authorization-helper/Tool.h"
 
-#include "Platform/CommandPath.h"
-#include "Platform/TrustedPath.h"
+#include "Platform/Core/Basics/CommandPath.h"
+#include "Platform/Core/Basics/TrustedPath.h"
 
 #include <fcntl.h>
 #include <linux/close_range.h>

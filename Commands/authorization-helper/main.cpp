@@ -14,8 +14,8 @@
 #include "Commands/authorization-helper/CleanState.h"
 #include "Commands/authorization-helper/Served.h"
 #include "Commands/authorization-helper/Tool.h"
-#include "Platform/LogText.h"
-#include "Platform/ToolRequest.h"
+#include "Platform/Core/Authorization/ToolRequest.h"
+#include "Platform/Core/Text/LogText.h"
 
 #include <fcntl.h>
 #include <poll.h>

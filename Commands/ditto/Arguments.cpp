@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/ditto/Arguments.h"
 
-#include "Platform/FileName.h"
+#include "Platform/Core/Text/FileName.h"
 
 #include <QStringList>
 

@@ -5,9 +5,9 @@
 #include "Commands/ditto/Complaint.h"
 #include "Commands/ditto/Interruption.h"
 #include "Commands/ditto/TreeReader.h"
-#include "Platform/FileError.h"
-#include "Platform/FileName.h"
-#include "Platform/ItemPlace.h"
+#include "Platform/Core/Basics/FileError.h"
+#include "Platform/Core/Files/ItemPlace.h"
+#include "Platform/Core/Text/FileName.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/ditto/Destination.h"
 
-#include "Platform/FileError.h"
-#include "Platform/ItemPlace.h"
+#include "Platform/Core/Basics/FileError.h"
+#include "Platform/Core/Files/ItemPlace.h"
 
 #include <QList>
 

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Descriptor.h"
-#include "Platform/UnnamedFile.h"
+#include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Files/UnnamedFile.h"
 
 #include <QByteArray>
 

@@ -6,11 +6,11 @@
 #include "Commands/ditto/Destination.h"
 #include "Commands/ditto/Interruption.h"
 #include "Commands/ditto/ZipReader.h"
-#include "Platform/CreateFolder.h"
-#include "Platform/FileName.h"
-#include "Platform/ItemPlace.h"
-#include "Platform/PathText.h"
-#include "Platform/UnfinishedItem.h"
+#include "Platform/Core/Files/ItemPlace.h"
+#include "Platform/Core/Text/FileName.h"
+#include "Platform/Core/Text/PathText.h"
+#include "Platform/Core/Trees/CreateFolder.h"
+#include "Platform/Core/Trees/UnfinishedItem.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -4,8 +4,8 @@
 
 #include "Commands/ditto/Complaint.h"
 #include "Commands/ditto/Interruption.h"
-#include "Platform/FileError.h"
-#include "Platform/FolderEntries.h"
+#include "Platform/Core/Basics/FileError.h"
+#include "Platform/Core/Files/FolderEntries.h"
 
 #include <fcntl.h>
 #include <sys/resource.h>

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "Commands/ditto/ZipWriter.h"
-#include "Platform/Descriptor.h"
-#include "Platform/ItemPlace.h"
+#include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Files/ItemPlace.h"
 
 #include <sys/stat.h>
 

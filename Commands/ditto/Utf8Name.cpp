@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/ditto/Utf8Name.h"
 
-#include "Platform/FileName.h"
+#include "Platform/Core/Text/FileName.h"
 
 bool isUtf8(const QByteArray &name)
 {

@@ -4,7 +4,7 @@
 
 #include "Commands/ditto/Complaint.h"
 #include "Commands/ditto/ZipFields.h"
-#include "Platform/FileError.h"
+#include "Platform/Core/Basics/FileError.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -4,7 +4,7 @@
 
 #include "Commands/ditto/MemoryReserve.h"
 #include "Commands/ditto/ZipDirectory.h"
-#include "Platform/Descriptor.h"
+#include "Platform/Core/Basics/Descriptor.h"
 
 #include <QByteArray>
 

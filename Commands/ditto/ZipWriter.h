@@ -3,7 +3,7 @@
 #pragma once
 
 #include "Commands/ditto/MemoryReserve.h"
-#include "Platform/UnnamedFile.h"
+#include "Platform/Core/Files/UnnamedFile.h"
 
 #include <QByteArray>
 

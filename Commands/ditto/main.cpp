@@ -8,7 +8,7 @@
 #include "Commands/ditto/Compression.h"
 #include "Commands/ditto/Extraction.h"
 #include "Commands/ditto/Interruption.h"
-#include "Platform/FileName.h"
+#include "Platform/Core/Text/FileName.h"
 
 #include <cstdio>
 #include <exception>

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/job-generator/JobUnits.h"
 
-#include "Platform/Descriptor.h"
-#include "Platform/LaunchUnit.h"
-#include "Platform/LaunchUnitPath.h"
+#include "Commands/Jobs/LaunchUnit.h"
+#include "Commands/Jobs/LaunchUnitPath.h"
+#include "Platform/Core/Basics/Descriptor.h"
 
 #include <dirent.h>
 #include <fcntl.h>

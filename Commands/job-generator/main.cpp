@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
+#include "Commands/Jobs/LaunchSession.h"
 #include "Commands/job-generator/JobUnits.h"
-#include "Platform/LaunchSession.h"
 
 #include <unistd.h>
 

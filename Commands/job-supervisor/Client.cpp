@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/job-supervisor/Client.h"
 
-#include "Commands/job-supervisor/Messages.h"
+#include "Commands/Jobs/Messages.h"
 
 #include <sys/socket.h>
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/job-supervisor/ProgramStart.h"
 
-#include "Platform/Descriptor.h"
+#include "Platform/Core/Basics/Descriptor.h"
 
 #include <fcntl.h>
 #include <sched.h>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/LaunchJob.h"
+#include "Commands/Jobs/LaunchJob.h"
 
 #include <sys/types.h>
 

@@ -3,7 +3,7 @@
 #include "Commands/job-supervisor/SupervisedJob.h"
 
 #include "Commands/job-supervisor/ProgramStart.h"
-#include "Platform/Console.h"
+#include "Platform/Core/Text/Console.h"
 
 #include <sys/wait.h>
 

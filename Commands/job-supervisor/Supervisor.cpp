@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/job-supervisor/Supervisor.h"
 
-#include "Commands/job-supervisor/Messages.h"
+#include "Commands/Jobs/Messages.h"
 
 #include <sys/inotify.h>
 #include <sys/signalfd.h>

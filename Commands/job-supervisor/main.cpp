@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
+#include "Commands/Jobs/LaunchSession.h"
 #include "Commands/job-supervisor/Supervisor.h"
-#include "Platform/LaunchSession.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/launchctl/Commands.h"
 
+#include "Commands/Jobs/LaunchSession.h"
 #include "Commands/launchctl/SupervisorKeeper.h"
 #include "Commands/launchctl/SystemdKeeper.h"
-#include "Platform/LaunchSession.h"
 
 #include <unistd.h>
 

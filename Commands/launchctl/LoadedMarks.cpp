@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/launchctl/LoadedMarks.h"
 
-#include "Platform/Descriptor.h"
+#include "Platform/Core/Basics/Descriptor.h"
 
 #include <dirent.h>
 #include <fcntl.h>

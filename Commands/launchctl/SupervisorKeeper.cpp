@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/launchctl/SupervisorKeeper.h"
 
-#include "Commands/job-supervisor/Messages.h"
-#include "Platform/Descriptor.h"
-#include "Platform/FileName.h"
-#include "Platform/LaunchSession.h"
-#include "Platform/SystemCommand.h"
+#include "Commands/Jobs/LaunchSession.h"
+#include "Commands/Jobs/Messages.h"
+#include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Basics/SystemCommand.h"
+#include "Platform/Core/Text/FileName.h"
 
 #include <poll.h>
 #include <spawn.h>

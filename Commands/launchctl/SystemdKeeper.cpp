@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/launchctl/SystemdKeeper.h"
 
-#include "Platform/LaunchSession.h"
-#include "Platform/LaunchUnit.h"
+#include "Commands/Jobs/LaunchSession.h"
+#include "Commands/Jobs/LaunchUnit.h"
 
 #include <QSet>
 

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/launchctl/UserManager.h"
 
-#include "Platform/Descriptor.h"
-#include "Platform/LaunchSession.h"
+#include "Commands/Jobs/LaunchSession.h"
+#include "Platform/Core/Basics/Descriptor.h"
 
 #include <sys/socket.h>
 #include <sys/un.h>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/system_profiler/NetworkLinks.h"
 
-#include "Platform/Descriptor.h"
+#include "Platform/Core/Basics/Descriptor.h"
 
 #include <linux/if_arp.h>
 #include <linux/if_link.h>

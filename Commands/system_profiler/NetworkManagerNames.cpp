@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/system_profiler/NetworkManagerNames.h"
 
-#include "Platform/Descriptor.h"
+#include "Platform/Core/Basics/Descriptor.h"
 
 #include <sys/socket.h>
 #include <sys/un.h>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/PreferencePane.h"
+#include "Platform/Desktop/PaneLoading/PreferencePane.h"
 
 #include <QMainWindow>
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Hosts/SettingsWindow/SettingsWindow.h"
-#include "Platform/BackgroundThread.h"
-#include "Platform/PreferencePaneLoader.h"
+#include "Platform/Core/Threads/BackgroundThread.h"
+#include "Platform/Desktop/PaneLoading/PreferencePaneLoader.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Hosts/SystemSettings/KcmOstrel.h"
 
-#include "Platform/PreferencePaneLoader.h"
+#include "Platform/Desktop/PaneLoading/PreferencePaneLoader.h"
 
 #include <QLabel>
 #include <QVBoxLayout>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
-#include "Platform/PreferencePane.h"
-#include "Preference Pane/Ostrel_Preference_Pane.h"
-#include "Shared/ZQLog.h"
+#include "Platform/Desktop/PaneLoading/PreferencePane.h"
+#include "Preference Pane/Pane/Ostrel_Preference_Pane.h"
+#include "Shared/Log/ZQLog.h"
 
 #include <mutex>
 

@@ -4,7 +4,7 @@
 // nothing, unless a file beside it tells it otherwise: with "answers" it reports "Running" at its
 // start and when it is asked, and nothing else; with "real/OstrelListener" it becomes that program
 // after a second, as a listener that takes its time to come up.
-#include "Platform/DistributedNotificationCenter.h"
+#include "Platform/Core/Notifications/DistributedNotificationCenter.h"
 
 #include <QCoreApplication>
 

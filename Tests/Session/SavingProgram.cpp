@@ -3,12 +3,12 @@
 // Saves files as the pane does, for tests of whose they are.
 //
 // usage: SavingProgram COMMAND PATH [TIMES]      (prints how often it succeeded)
-#include "Platform/CreateFolder.h"
-#include "Platform/DamagedPropertyList.h"
-#include "Platform/FileContents.h"
-#include "Platform/FileName.h"
-#include "Platform/PrivateFiles.h"
-#include "Platform/PropertyList.h"
+#include "Platform/Core/Files/FileContents.h"
+#include "Platform/Core/Folders/PrivateFiles.h"
+#include "Platform/Core/PropertyLists/DamagedPropertyList.h"
+#include "Platform/Core/PropertyLists/PropertyList.h"
+#include "Platform/Core/Text/FileName.h"
+#include "Platform/Core/Trees/CreateFolder.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 // usage: TreesProgram WORD PATH [ARGUMENT]; writes why that failed, or "done".
-#include "Platform/CopyItem.h"
-#include "Platform/CreateFolder.h"
-#include "Platform/FileName.h"
-#include "Platform/FilePermissions.h"
-#include "Platform/MoveItem.h"
-#include "Platform/PrivateFiles.h"
-#include "Platform/RemoveItem.h"
-#include "Platform/Trash.h"
+#include "Platform/Core/Files/FilePermissions.h"
+#include "Platform/Core/Folders/PrivateFiles.h"
+#include "Platform/Core/Folders/Trash.h"
+#include "Platform/Core/Text/FileName.h"
+#include "Platform/Core/Trees/CopyItem.h"
+#include "Platform/Core/Trees/CreateFolder.h"
+#include "Platform/Core/Trees/MoveItem.h"
+#include "Platform/Core/Trees/RemoveItem.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // TrustedPathProgram PATH USER: what platform::openTrusted() says of a path.
-#include "Platform/TrustedPath.h"
+#include "Platform/Core/Basics/TrustedPath.h"
 
 #include <cstdio>
 #include <cstdlib>

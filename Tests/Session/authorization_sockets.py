@@ -40,14 +40,14 @@ class HandingDown(WithPassword):
         ours, theirs = socket.socketpair(socket.AF_UNIX, socket.SOCK_SEQPACKET)
         pipe = os.pipe()
         for number in theirs.fileno(), FORGED.fileno(), pipe[0], 0, 1, 2, 77, -1, "", "x", "3 ", 1 << 40:
-            with Program({"OSTREL_AUTHORIZATION": str(number)},
+            with Program({"CORVANE_AUTHORIZATION": str(number)},
                          pass_fds=(theirs.fileno(), FORGED.fileno(), pipe[0])) as program:
                 self.assertEqual(program.ask("authorized"), "no", number)
         ours.close()
         theirs.close()
 
     def test_without_the_socket_the_variable_says_nothing(self):
-        with Program({"OSTREL_AUTHORIZATION": "5"}) as program:
+        with Program({"CORVANE_AUTHORIZATION": "5"}) as program:
             self.assertEqual(program.ask("authorized"), "no")
 
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/AlertPanel.h"
+#include "Platform/Desktop/Alerts/AlertPanel.h"
 
 #include <QPointer>
 #include <QTimer>

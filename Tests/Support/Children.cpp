@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Tests/Support/Children.h"
 
-#include "Platform/FileName.h"
+#include "Platform/Core/Text/FileName.h"
 
 #include <QDir>
 #include <QTimer>

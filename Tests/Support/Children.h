@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/ChildProcess.h"
+#include "Platform/Core/Processes/ChildProcess.h"
 
 #include <functional>
 #include <memory>

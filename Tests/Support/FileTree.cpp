@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Tests/Support/FileTree.h"
 
-#include "Platform/FileName.h"
+#include "Platform/Core/Text/FileName.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/MainThread.h"
+#include "Platform/Core/Threads/MainThread.h"
 
 #include <atomic>
 #include <thread>

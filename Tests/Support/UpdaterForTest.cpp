@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Tests/Support/UpdaterForTest.h"
 
-#include "Platform/PropertyList.h"
+#include "Platform/Core/PropertyLists/PropertyList.h"
 #include "Tests/Support/FileTree.h"
 
 #include <QDir>

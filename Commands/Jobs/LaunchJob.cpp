@@ -1,0 +1,193 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Commands/Jobs/LaunchJob.h"
+
+#include "Commands/Jobs/LaunchJobReader.h"
+#include "Commands/Jobs/LaunchSession.h"
+#include "Commands/Jobs/LaunchUnit.h"
+#include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Basics/TrustedPath.h"
+#include "Platform/Core/PropertyLists/PropertyList.h"
+#include "Platform/Core/Text/FileName.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace platform {
+namespace {
+
+// The system takes 255 bytes in a file name; new files have a few more until they are whole.
+constexpr auto longestUnitName = 240;
+bool isControl(QChar character)
+{
+    return character.category() == QChar::Other_Control;
+}
+
+QString systemText(int number)
+{
+    return QString::fromLocal8Bit(std::strerror(number)); // NOLINT(concurrency-mt-unsafe)
+}
+
+// A user's own job runs what the user may change anyway; whatever root runs is to be root's.
+bool isJudged(const QByteArray &file)
+{
+    const auto own = ownLaunchAgentFolder();
+    return ::geteuid() == 0 || own.isEmpty() || !file.startsWith(own + '/');
+}
+
+// Null where the path is root's and this user's alone.
+QString pathObjection(const QByteArray &path, const QString &whatOthersCould)
+{
+    const auto judged =
+        openTrusted({path.constData(), static_cast<std::size_t>(path.size())}, ::geteuid());
+    if (judged.error == EPERM) {
+        return whatOthersCould + QStringLiteral(": ") + QString::fromStdString(judged.objection);
+    }
+    return judged.error == 0 ? QString()
+                             : QStringLiteral("%1 cannot be run: %2")
+                                   .arg(readableName(path), systemText(judged.error));
+}
+
+// The bytes of a file that is fit to be a job's; else why it is not.
+std::optional<QByteArray> trustedContents(const QByteArray &file, QString *reason)
+{
+    struct stat status {};
+    // Asked before as well as after: opening a device may already do something.
+    if (::stat(file.constData(), &status) != 0) {
+        *reason = systemText(errno);
+        return std::nullopt;
+    }
+    *reason = launchFileObjection(status, ::geteuid());
+    if (reason->isNull() && isJudged(file)) {
+        *reason = pathObjection(file, QStringLiteral("others could put another file there"));
+    }
+    if (!reason->isNull()) {
+        return std::nullopt;
+    }
+    const Descriptor descriptor(
+        ::open(file.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)); // NOLINT(*-vararg)
+    if (!descriptor.isOpen() || ::fstat(descriptor.number(), &status) != 0) {
+        *reason = systemText(errno);
+        return std::nullopt;
+    }
+    *reason = launchFileObjection(status, ::geteuid());
+    QByteArray contents(static_cast<int>(maximumLaunchJobSize) + 1, Qt::Uninitialized);
+    auto size = 0;
+    while (reason->isNull() && size < contents.size()) {
+        const auto count = ::read(descriptor.number(), contents.data() + size,
+                                  static_cast<std::size_t>(contents.size() - size));
+        if (count < 0 && errno != EINTR) {
+            *reason = systemText(errno);
+        } else if (count == 0) {
+            contents.truncate(size);
+            return contents;
+        } else if (count > 0) {
+            size += static_cast<int>(count);
+        }
+    }
+    if (reason->isNull()) {
+        *reason = QStringLiteral("larger than any job file");
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+bool isUtf8Name(const QByteArray &bytes)
+{
+    return fileNameFromBytes(bytes).toUtf8() == bytes;
+}
+
+QString readableName(const QByteArray &bytes)
+{
+    auto text = fileNameFromBytes(bytes);
+    auto isSecondHalf = false;
+    for (auto &character : text) {
+        const auto standsForByte = character.isLowSurrogate() && !isSecondHalf;
+        isSecondHalf = character.isHighSurrogate();
+        if (standsForByte || isControl(character) || character.category() == QChar::Other_Format) {
+            character = QChar::ReplacementCharacter;
+        }
+    }
+    return text;
+}
+
+QString launchLabelObjection(const QByteArray &label)
+{
+    const auto text = QString::fromUtf8(label);
+    if (label.isEmpty()) {
+        return QStringLiteral("is empty");
+    }
+    if (label.contains('/') || label.contains('\0') ||
+        std::any_of(text.begin(), text.end(), isControl)) {
+        return QStringLiteral("holds a slash or a control character");
+    }
+    if (!isUtf8Name(label)) {
+        return QStringLiteral("is not UTF-8");
+    }
+    return launchUnitName(label).size() > longestUnitName ? QStringLiteral("is too long")
+                                                          : QString();
+}
+
+QByteArray launchLabelOfFile(const QByteArray &file)
+{
+    const QByteArray name = file.mid(file.lastIndexOf('/') + 1);
+    const QByteArray ending(".plist");
+    const QByteArray label = name.endsWith(ending) ? name.chopped(ending.size()) : QByteArray();
+    return launchLabelObjection(label).isNull() ? label : QByteArray();
+}
+
+QString launchFileObjection(const struct stat &status, uid_t user)
+{
+    if (!S_ISREG(status.st_mode)) {
+        return QStringLiteral("not a regular file");
+    }
+    if (status.st_uid != 0 && status.st_uid != user) {
+        return QStringLiteral("Dubious ownership: the file belongs to another user");
+    }
+    if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        return QStringLiteral("Dubious ownership: others than the owner may write to the file");
+    }
+    return {};
+}
+
+std::optional<LaunchJob> launchJobFromData(const QByteArray &data, const QByteArray &file,
+                                           QString *error)
+{
+    const auto value =
+        data.size() <= maximumLaunchJobSize ? propertyListFromData(data) : std::nullopt;
+    if (!value || value->userType() != QMetaType::QVariantMap) {
+        *error =
+            QStringLiteral("%1: not a property list with a dictionary").arg(readableName(file));
+        return std::nullopt;
+    }
+    return LaunchJobReader(value->toMap(), file).read(error);
+}
+
+QString launchProgramObjection(const LaunchJob &job)
+{
+    return isJudged(job.file)
+               ? pathObjection(job.program, QStringLiteral("others could change what it runs"))
+               : QString();
+}
+
+std::optional<LaunchJob> launchJobFromFile(const QByteArray &file, QString *error)
+{
+    QString reason;
+    const auto contents = trustedContents(file, &reason);
+    auto job = contents ? launchJobFromData(*contents, file, error) : std::nullopt;
+    if (job && !job->isDisabled) {
+        reason = launchProgramObjection(*job);
+    }
+    if (!reason.isNull()) {
+        *error = QStringLiteral("%1: %2").arg(readableName(file), reason);
+        return std::nullopt;
+    }
+    return job;
+}
+
+} // namespace platform

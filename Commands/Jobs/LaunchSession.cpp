@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Commands/Jobs/LaunchSession.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+
+namespace platform {
+namespace {
+
+QByteArray homeFolder()
+{
+    auto home = qgetenv("HOME");
+    if (home.startsWith('/')) {
+        return home;
+    }
+    std::array<char, 16384> buffer{};
+    passwd entry{};
+    passwd *found = nullptr;
+    ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found);
+    return found != nullptr ? QByteArray(found->pw_dir) : QByteArray();
+}
+
+// A folder of this user that nobody else can write to, links not followed.
+bool isOwnFolder(const QByteArray &path, mode_t forbidden)
+{
+    struct stat status {};
+    return ::lstat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == ::geteuid() && (status.st_mode & forbidden) == 0;
+}
+
+bool isOrBecomesPrivate(const QByteArray &path)
+{
+    ::mkdir(path.constData(), S_IRWXU);
+    return isOwnFolder(path, S_IRWXG | S_IRWXO);
+}
+
+} // namespace
+
+QByteArray ownLaunchAgentFolder()
+{
+    auto home = homeFolder();
+    while (home.endsWith('/')) {
+        home.chop(1);
+    }
+    return home.isEmpty() ? home : home + "/Library/LaunchAgents";
+}
+
+QByteArrayList launchAgentFolders()
+{
+    QByteArrayList folders{QByteArrayLiteral("/Library/LaunchAgents")};
+    if (const auto own = ownLaunchAgentFolder(); !own.isEmpty()) {
+        folders << own;
+    }
+    return folders;
+}
+
+QByteArray sessionRuntimeFolder()
+{
+    auto asked = qgetenv("XDG_RUNTIME_DIR");
+    while (asked.size() > 1 && asked.endsWith('/')) {
+        asked.chop(1);
+    }
+    const QByteArray usual = "/run/user/" + QByteArray::number(::geteuid());
+    for (const auto &folder : {asked, usual}) {
+        if (folder.startsWith('/') && isOwnFolder(folder, S_IWGRP | S_IWOTH)) {
+            return folder;
+        }
+    }
+    return {};
+}
+
+QByteArray jobControlFolder()
+{
+    const auto runtime = sessionRuntimeFolder();
+    const QByteArray folder =
+        runtime.isEmpty() ? "/tmp/ostrel-" + QByteArray::number(::geteuid()) : runtime + "/ostrel";
+    return isOrBecomesPrivate(folder) ? folder : QByteArray();
+}
+
+} // namespace platform

@@ -1,0 +1,300 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Platform/Core/Authorization/Authorization.h"
+
+#include "Platform/Core/Authorization/PasswordAgent.h"
+#include "Platform/Core/Authorization/ToolRequest.h"
+#include "Platform/Core/Basics/TrustedPath.h"
+#include "Platform/Core/Processes/ChildExit.h"
+#include "Platform/Core/Processes/CleanProcess.h"
+#include "Platform/Core/Text/Console.h"
+#include "Platform/Core/Text/FileName.h"
+#include "Platform/Core/Threads/WorkerThreads.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <optional>
+
+namespace platform {
+namespace {
+
+constexpr const char *pkexecPath = "/usr/bin/pkexec";
+
+QString text(const char *characters)
+{
+    return QString::fromUtf8(characters);
+}
+
+struct Pair {
+    Descriptor ours;
+    Descriptor theirs;
+};
+
+std::optional<Pair> socketPair(int kind)
+{
+    std::array<int, 2> ends{};
+    if (::socketpair(AF_UNIX, kind | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+        return {};
+    }
+    return Pair{Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+std::optional<Pair> newPipe()
+{
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return {};
+    }
+    return Pair{Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+// What is there without waiting.
+QString pendingText(int descriptor)
+{
+    QByteArray bytes(8 * 1024, '\0');
+    ::fcntl(descriptor, F_SETFL, O_NONBLOCK);
+    const auto size = ::read(descriptor, bytes.data(), static_cast<std::size_t>(bytes.size()));
+    bytes.resize(static_cast<int>(std::max<ssize_t>(size, 0)));
+    return QString::fromUtf8(bytes).simplified();
+}
+
+// Returns when there is something to read in the channel, or its end; lets the agent answer
+// meanwhile. Without polkit's bus the agent is left alone: pkexec ends then. False when this worker
+// is to end, because its pane is closed.
+bool waitForHelper(int channel, PasswordAgent *agent)
+{
+    constexpr int lookRound = 200; // milliseconds
+    bool isAgentThere = agent != nullptr;
+    while (!WorkerThreads::currentThreadIsToEnd()) {
+        std::array<pollfd, 2> events{pollfd{channel, POLLIN, 0}, pollfd{-1, 0, 0}};
+        isAgentThere = isAgentThere && agent->takeEvents(); // some may have been received already
+        if (isAgentThere) {
+            events[1] = agent->events();
+        }
+        if (::poll(events.data(), events.size(), lookRound) < 0) {
+            if (errno != EINTR) {
+                return true;
+            }
+            continue;
+        }
+        if (events[0].revents != 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// A helper that does not take its requests any more holds nobody up.
+void limitSending(int socket)
+{
+    const timeval limit{std::chrono::duration_cast<std::chrono::seconds>(longestToolStart).count(),
+                        0};
+    ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+}
+
+// Says in words why pkexec has not started the helper. Its exit statuses are in pkexec(1); the
+// reasons that share one only its message tells apart.
+AuthorizationStatus explainRefusal(int exitStatus, const QString &message)
+{
+    if (exitStatus == 126) {
+        consoleLine(text("The administrator's authentication was cancelled."));
+        return AuthorizationStatus::Canceled;
+    }
+    if (message.contains(text("No authentication agent"))) {
+        consoleLine(text("No polkit agent is running in this session, so nobody can be asked for "
+                         "the administrator's password. Start the desktop's polkit agent."));
+        return AuthorizationStatus::InteractionNotAllowed;
+    }
+    if (message.contains(text("Not authorized"))) {
+        consoleLine(text("Not authorised as administrator: the dialog was cancelled, the "
+                         "authentication failed, or polkit's rules do not allow it."));
+        return AuthorizationStatus::Denied;
+    }
+    consoleLog(text("Unable to ask for the administrator's authorisation: %@"),
+               message.isEmpty() ? text("pkexec ended with status %1").arg(exitStatus) : message);
+    return AuthorizationStatus::Internal;
+}
+
+Authorization::Tool failure(AuthorizationStatus status, const QString &tool, const QString &reason)
+{
+    consoleLog(text("Unable to run %@ as administrator: %@"), tool, reason);
+    return {status, {}};
+}
+
+} // namespace
+
+// Where it is installed, and nowhere else: what a build folder holds, its owner can change.
+QByteArray Authorization::helperPath()
+{
+    return QByteArrayLiteral(PLATFORM_COMMAND_FOLDER "/authorization-helper");
+}
+
+std::shared_ptr<Authorization> Authorization::create(AuthorizationStatus *status)
+{
+    *status = AuthorizationStatus::Internal;
+    const auto helper = fileNameFromBytes(helperPath());
+    if (::access(helperPath().constData(), F_OK) != 0) {
+        consoleLog(text("Unable to ask for the administrator's authorisation: %@ is not installed. "
+                        "Install it with: sudo cmake --install BUILD_FOLDER --component system"),
+                   helper);
+        return nullptr;
+    }
+    if (const auto trusted = openTrusted(helperPath().toStdString()); !trusted.file.isOpen()) {
+        consoleLog(text("%@ is not run as administrator: %@"), helper,
+                   text(trusted.objection.c_str()));
+        return nullptr;
+    }
+    if (::access(pkexecPath, X_OK) != 0) {
+        consoleLog(text("Unable to ask for the administrator's authorisation: %@ is not installed. "
+                        "Install the package pkexec."),
+                   text(pkexecPath));
+        return nullptr;
+    }
+    *status = AuthorizationStatus::Success;
+    return std::shared_ptr<Authorization>(new Authorization);
+}
+
+Authorization::~Authorization()
+{
+    m_socket.close();
+    if (m_helper != nullptr) {
+        m_helper->reapInBackground();
+    }
+}
+
+AuthorizationStatus Authorization::acquire()
+{
+    return startHelper(nullptr);
+}
+
+AuthorizationStatus Authorization::acquire(const QString &user, const QString &password)
+{
+    PasswordAgent agent(user, password);
+    QString error;
+    if (!agent.start(&error)) {
+        consoleLog(text("Unable to ask for the administrator's authorisation: polkit does not "
+                        "answer (%@)."),
+                   error);
+        return AuthorizationStatus::Internal;
+    }
+    return startHelper(&agent);
+}
+
+AuthorizationStatus Authorization::startHelper(PasswordAgent *agent)
+{
+    auto channel = socketPair(SOCK_SEQPACKET);
+    auto errors = newPipe();
+    int error = errno;
+    pid_t process = -1;
+    if (channel && errors) {
+        process = startCleanProcess(
+            pkexecPath, {QByteArrayLiteral("--disable-internal-agent"), helperPath()},
+            {channel->theirs.number(), -1, errors->theirs.number()}, &error);
+    }
+    if (process < 0) {
+        consoleLog(text("Unable to ask for the administrator's authorisation: %@"),
+                   text(std::strerror(error)));
+        return AuthorizationStatus::Internal;
+    }
+    channel->theirs.close();
+    errors->theirs.close();
+    auto helper = std::make_shared<ChildExit>(process);
+    if (!waitForHelper(channel->ours.number(), agent)) {
+        helper->signal(SIGTERM); // the dialog goes with pkexec
+        channel->ours.close();
+        helper->wait();
+        return AuthorizationStatus::Canceled;
+    }
+    auto greeting = receivePacket(channel->ours.number());
+    if (!greeting || greeting->bytes != toolGreeting || greeting->descriptors.size() != 1) {
+        channel->ours.close();
+        if (greeting && greeting->bytes != toolGreeting) {
+            consoleLog(text("Unable to ask for the administrator's authorisation: %@ is of another "
+                            "version. Install it with: sudo cmake --install BUILD_FOLDER "
+                            "--component system"),
+                       fileNameFromBytes(helperPath()));
+            helper->reapInBackground();
+            return AuthorizationStatus::Internal;
+        }
+        helper->wait();
+        return explainRefusal(helper->status(), pendingText(errors->ours.number()));
+    }
+    m_socket = std::move(greeting->descriptors.front());
+    limitSending(m_socket.number());
+    m_helper = std::move(helper);
+    return AuthorizationStatus::Success;
+}
+
+bool Authorization::isAlive() const
+{
+    pollfd end{m_socket.number(), 0, 0};
+    return m_socket.isOpen() && !m_isLost.load(std::memory_order_relaxed) &&
+           ::poll(&end, 1, 0) == 0;
+}
+
+// The helper's answer to a request that comes with this descriptor (negative: none); nothing, with
+// the reason in errno, where none has come. The authorisation is lost then.
+std::optional<std::int32_t> Authorization::answerTo(const std::vector<std::string> &request,
+                                                    int descriptor) const
+{
+    auto reply = newPipe();
+    if (!reply) {
+        return errno;
+    }
+    const int pipe = reply->theirs.number();
+    const auto bytes = encodeToolRequest(request);
+    const bool isSent = descriptor < 0 ? sendPacket(m_socket.number(), bytes, {pipe})
+                                       : sendPacket(m_socket.number(), bytes, {pipe, descriptor});
+    reply->theirs.close();
+    const auto answer =
+        isSent ? receiveToolReply(reply->ours.number(), longestToolStart) : std::nullopt;
+    if (!answer) {
+        m_isLost.store(true, std::memory_order_relaxed); // its end of the socket may close later
+    }
+    return answer;
+}
+
+Authorization::Tool Authorization::run(const QString &path, const QStringList &arguments,
+                                       Output output) const
+{
+    std::vector<std::string> texts{fileNameBytes(path).toStdString()};
+    for (const auto &argument : arguments) {
+        texts.push_back(fileNameBytes(argument).toStdString());
+    }
+    const auto request = encodeToolRequest(texts);
+    if (request.size() > longestToolRequest) {
+        return failure(AuthorizationStatus::ToolExecuteFailure, path, text(std::strerror(E2BIG)));
+    }
+    if (!decodeToolRequest(request)) {
+        return failure(AuthorizationStatus::ToolExecuteFailure, path, text(std::strerror(EINVAL)));
+    }
+    auto stream = newPipe();
+    if (!stream) {
+        return failure(AuthorizationStatus::ToolExecuteFailure, path, text(std::strerror(errno)));
+    }
+    const auto answer = answerTo(texts, output == Output::Wanted ? stream->theirs.number() : -1);
+    if (!answer) {
+        return failure(AuthorizationStatus::Internal, path,
+                       errno == ETIMEDOUT || errno == EAGAIN
+                           ? text("the authorisation helper does not answer")
+                           : text("the authorisation helper has ended"));
+    }
+    stream->theirs.close();
+    if (*answer != 0) {
+        return failure(AuthorizationStatus::ToolExecuteFailure, path,
+                       *answer == EPERM
+                           ? text("others than root can change it, or a folder or link on the way")
+                           : text(std::strerror(*answer)));
+    }
+    return {AuthorizationStatus::Success,
+            output == Output::Wanted ? std::move(stream->ours) : Descriptor()};
+}
+
+} // namespace platform

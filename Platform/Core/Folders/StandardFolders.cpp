@@ -1,0 +1,230 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Platform/Core/Folders/StandardFolders.h"
+
+#include "Platform/Core/Folders/PrivateFiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <QUuid>
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <systemd/sd-login.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace platform {
+namespace {
+
+struct Account {
+    QString name;
+    QString home;
+};
+
+// Calls one of the getpw..._r functions with a buffer that is large enough.
+template <typename Lookup>
+std::optional<Account> account(Lookup lookup)
+{
+    std::vector<char> buffer(4096);
+    passwd entry{};
+    passwd *found = nullptr;
+    while (lookup(&entry, buffer.data(), buffer.size(), &found) == ERANGE) {
+        buffer.resize(buffer.size() * 2);
+    }
+    if (found == nullptr) {
+        return std::nullopt;
+    }
+    return Account{QFile::decodeName(found->pw_name), QFile::decodeName(found->pw_dir)};
+}
+
+std::optional<Account> accountOfUser(uid_t uid)
+{
+    return account([uid](passwd *entry, char *buffer, std::size_t size, passwd **found) {
+        return ::getpwuid_r(uid, entry, buffer, size, found);
+    });
+}
+
+std::optional<Account> accountNamed(const QString &name)
+{
+    return account([name = QFile::encodeName(name)](passwd *entry, char *buffer, std::size_t size,
+                                                    passwd **found) {
+        return ::getpwnam_r(name.constData(), entry, buffer, size, found);
+    });
+}
+
+// Path of the folder inside a domain's base; null where the domain has none of that kind.
+QString folderIn(SearchPathDirectory directory, SearchPathDomain domain)
+{
+    const bool isUser = domain == UserDomain;
+    const bool isSystem = domain == SystemDomain;
+    switch (directory) {
+    case SearchPathDirectory::Application:
+        return QStringLiteral("/Applications");
+    case SearchPathDirectory::AdminApplication:
+        return QStringLiteral("/Applications/Utilities");
+    case SearchPathDirectory::Library:
+        return QStringLiteral("/Library");
+    case SearchPathDirectory::Documentation:
+        return QStringLiteral("/Library/Documentation");
+    case SearchPathDirectory::Caches:
+        return QStringLiteral("/Library/Caches");
+    case SearchPathDirectory::ApplicationSupport:
+        return isSystem ? QString() : QStringLiteral("/Library/Application Support");
+    case SearchPathDirectory::Document:
+        return isUser ? QStringLiteral("/Documents") : QString();
+    case SearchPathDirectory::Desktop:
+        return isUser ? QStringLiteral("/Desktop") : QString();
+    case SearchPathDirectory::Movies:
+        return isUser ? QStringLiteral("/Movies") : QString();
+    }
+    return {};
+}
+
+// The folder that the desktop environment shows as the desktop or the documents; null for others.
+QString desktopEnvironmentFolder(SearchPathDirectory directory)
+{
+    if (directory == SearchPathDirectory::Desktop) {
+        return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::DesktopLocation));
+    }
+    if (directory == SearchPathDirectory::Document) {
+        return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    }
+    return {};
+}
+
+QString userFolder(SearchPathDirectory directory)
+{
+    if (isRunningAsRoot()) {
+        return QStringLiteral("/var/root") + folderIn(directory, UserDomain);
+    }
+    auto shown = desktopEnvironmentFolder(directory);
+    if (!shown.isEmpty()) {
+        return shown;
+    }
+    const auto home = homeDirectory();
+    return home.isNull() ? QString() : QDir::cleanPath(home + folderIn(directory, UserDomain));
+}
+
+// Makes the folder where there is nothing. Whether it is a folder that only this user can enter.
+bool isOrBecomesPrivate(const QString &path)
+{
+    const auto name = QFile::encodeName(path);
+    ::mkdir(name.constData(), S_IRWXU);
+    struct stat status {};
+    return ::lstat(name.constData(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == ::geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+} // namespace
+
+QStringList searchPathForDirectories(SearchPathDirectory directory, unsigned domains)
+{
+    QStringList paths;
+    if ((domains & UserDomain) != 0) {
+        paths << userFolder(directory);
+    }
+    if ((domains & LocalDomain) != 0) {
+        paths << folderIn(directory, LocalDomain);
+    }
+    if ((domains & SystemDomain) != 0) {
+        const auto folder = folderIn(directory, SystemDomain);
+        paths << (folder.isNull() ? folder : QStringLiteral("/System") + folder);
+    }
+    paths.removeAll(QString());
+    return paths;
+}
+
+bool isRunningAsRoot()
+{
+    return ::getuid() == 0;
+}
+
+QString homeDirectory()
+{
+    const auto home = QFile::decodeName(qgetenv("HOME"));
+    if (home.startsWith(u'/')) {
+        return QDir::cleanPath(home);
+    }
+    const auto own = accountOfUser(::getuid());
+    return own ? own->home : QString();
+}
+
+QString homeDirectoryForUser(const QString &name)
+{
+    if (name.isNull()) {
+        return homeDirectory();
+    }
+    const auto found = accountNamed(name);
+    return found ? found->home : QString();
+}
+
+QString userName()
+{
+    const auto own = accountOfUser(::getuid());
+    return own ? own->name : QString::number(::getuid());
+}
+
+QString consoleUser()
+{
+    using Text = std::unique_ptr<char, void (*)(void *)>;
+    char *name = nullptr;
+    uid_t uid = 0;
+    if (::sd_seat_get_active("seat0", &name, &uid) < 0) {
+        return {};
+    }
+    const Text session(name, std::free);
+    char *kind = nullptr;
+    if (session != nullptr && ::sd_session_get_class(session.get(), &kind) >= 0) {
+        const Text sessionClass(kind, std::free);
+        if (std::strcmp(sessionClass.get(), "greeter") == 0) {
+            return QStringLiteral("loginwindow");
+        }
+    }
+    const auto found = accountOfUser(uid);
+    return found ? found->name : QString();
+}
+
+QString temporaryDirectory()
+{
+    const auto shared = QDir::tempPath();
+    auto own = QStringLiteral("%1/com.corvane.%2").arg(shared).arg(::geteuid());
+    if (isOrBecomesPrivate(own)) {
+        return own;
+    }
+    // Somebody else has taken the name, so what stands there cannot be trusted.
+    auto atHome = homeDirectory() + QStringLiteral("/.cache/com.corvane.temporary");
+    return createPrivateFolder(QFileInfo(atHome).path()) && isOrBecomesPrivate(atHome) ? atHome
+                                                                                       : shared;
+}
+
+QString globallyUniqueString()
+{
+    return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
+}
+
+std::size_t darwinUserCacheDirectory(char *buffer, std::size_t size)
+{
+    const auto path = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    if (path.isEmpty()) {
+        return 0;
+    }
+    const auto bytes = QFile::encodeName(path) + '/';
+    const auto needed = static_cast<std::size_t>(bytes.size()) + 1;
+    if (size > 0) {
+        const auto copied = std::min(needed, size) - 1;
+        std::copy_n(bytes.constData(), copied, buffer);
+        buffer[copied] = '\0';
+    }
+    return needed;
+}
+
+} // namespace platform

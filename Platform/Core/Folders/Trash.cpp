@@ -1,0 +1,200 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Platform/Core/Folders/Trash.h"
+
+#include "Platform/Core/Files/ItemPlace.h"
+#include "Platform/Core/Files/UnnamedFile.h"
+#include "Platform/Core/Folders/StandardFolders.h"
+#include "Platform/Core/Text/FileName.h"
+#include "Platform/Core/Text/PathText.h"
+#include "Platform/Core/Trees/CreateFolder.h"
+#include "Platform/Core/Trees/MoveItem.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <ctime>
+#include <utility>
+
+namespace platform {
+namespace {
+
+constexpr auto longestName = 255; // bytes, on Linux
+
+bool isFolder(const QString &path, const struct stat &folder)
+{
+    struct stat status {};
+    return ::stat(fileNameBytes(path).constData(), &status) == 0 &&
+           status.st_dev == folder.st_dev && status.st_ino == folder.st_ino;
+}
+
+// Where the desktop keeps its trash: of this process and of the home that the folder is in, which
+// is another one where root acts for the user.
+QStringList desktopTrashes(const QString &trashFolder)
+{
+    const auto data = fileNameFromBytes(qgetenv("XDG_DATA_HOME"));
+    const auto inHome = QStringLiteral(".local/share/Trash");
+    return {data.startsWith(u'/') ? appendingPathComponent(data, QStringLiteral("Trash"))
+                                  : appendingPathComponent(homeDirectory(), inHome),
+            appendingPathComponent(deletingLastPathComponent(trashFolder), inHome)};
+}
+
+// Null where the folder is not the desktop's.
+QString desktopTrash(int folder, const QString &trashFolder)
+{
+    struct stat status {};
+    if (::fstat(folder, &status) != 0) {
+        return {};
+    }
+    for (const auto &trash : desktopTrashes(trashFolder)) {
+        if (isFolder(trash, status) ||
+            isFolder(appendingPathComponent(trash, QStringLiteral("files")), status)) {
+            return trash;
+        }
+    }
+    return {};
+}
+
+FileError openTrash(const QString &path, Descriptor &folder)
+{
+    return openFolderOrMake(path, S_IRWXU, folder);
+}
+
+// "name 2.ext" and so on, cut so that there is room for more bytes behind it.
+QString numberedName(const QString &name, int number, int room)
+{
+    const auto most = longestName - room;
+    auto extension = pathExtension(name);
+    extension = extension.isEmpty() ? QString() : u'.' + extension;
+    if (fileNameBytes(extension).size() > most / 2) {
+        extension = QString(); // no extension, but a dot somewhere in a long name
+    }
+    auto stem = name.chopped(extension.size());
+    const auto end = (number == 1 ? QString() : u' ' + QString::number(number)) + extension;
+    while (fileNameBytes(stem + end).size() > most) {
+        stem.chop(stem.size() > 1 && stem.at(stem.size() - 1).isLowSurrogate() &&
+                          stem.at(stem.size() - 2).isHighSurrogate()
+                      ? 2
+                      : 1);
+    }
+    return stem + end;
+}
+
+// An item, its path, and the name that it has there.
+struct Trashed {
+    ItemPlace place;
+    QString path;
+    QString name;
+};
+
+FileError moveToPlainTrash(const Trashed &item, ItemPlace trash, const QString &trashFolder)
+{
+    for (int number = 1;; ++number) {
+        const auto name = numberedName(item.name, number, 0);
+        trash.name = fileNameBytes(name);
+        auto error =
+            movePlace(item.place, item.path, trash, appendingPathComponent(trashFolder, name));
+        if (error.code() != EEXIST) {
+            return error;
+        }
+    }
+}
+
+QByteArray trashRecord(const QString &path)
+{
+    const auto now = std::time(nullptr);
+    std::tm local{};
+    ::localtime_r(&now, &local);
+    std::array<char, 32> date{};
+    std::strftime(date.data(), date.size(), "%Y-%m-%dT%H:%M:%S", &local);
+    return "[Trash Info]\nPath=" + percentEncodedPath(absolutePath(path)) +
+           "\nDeletionDate=" + QByteArray(date.data()) + '\n';
+}
+
+// What root does in a user's trash is for that user to restore.
+void giveToOwnerOf(int folder, int file)
+{
+    struct stat status {};
+    if (::geteuid() == 0 && ::fstat(folder, &status) == 0 &&
+        ::fchown(file, status.st_uid, status.st_gid) != 0) {
+        // In a container the owner may be one that cannot be given.
+    }
+}
+
+// 0, else the reason (errno): EEXIST where that name has a record.
+int writeRecord(const ItemPlace &place, const QByteArray &record)
+{
+    UnnamedFile file;
+    auto error = file.create(place.folder.number(), S_IRUSR | S_IWUSR);
+    if (error == 0) {
+        error = file.write(record.constData(), static_cast<std::size_t>(record.size()));
+    }
+    if (error != 0) {
+        return error;
+    }
+    giveToOwnerOf(place.folder.number(), file.descriptor());
+    return file.publish(place.name);
+}
+
+FileError moveToDesktopTrash(const Trashed &item, const QString &trash)
+{
+    const auto filesPath = appendingPathComponent(trash, QStringLiteral("files"));
+    const auto infoPath = appendingPathComponent(trash, QStringLiteral("info"));
+    ItemPlace files;
+    ItemPlace info;
+    if (auto error = openTrash(filesPath, files.folder)) {
+        return error;
+    }
+    if (auto error = openTrash(infoPath, info.folder)) {
+        return error;
+    }
+    const auto ending = QStringLiteral(".trashinfo");
+    const auto record = trashRecord(item.path);
+    for (int number = 1;; ++number) {
+        const auto name = numberedName(item.name, number, static_cast<int>(ending.size()));
+        info.name = fileNameBytes(name + ending);
+        files.name = fileNameBytes(name);
+        const auto code = writeRecord(info, record);
+        if (code == EEXIST) {
+            continue;
+        }
+        if (code != 0) {
+            return {code, appendingPathComponent(infoPath, name + ending)};
+        }
+        auto error =
+            movePlace(item.place, item.path, files, appendingPathComponent(filesPath, name));
+        if (!error) {
+            return error;
+        }
+        ::unlinkat(info.folder.number(), info.name.constData(), 0);
+        if (error.code() != EEXIST) {
+            return error;
+        }
+    }
+}
+
+} // namespace
+
+FileError recycleItem(const QString &path, const QString &trashFolder)
+{
+    Trashed item{{}, path, lastPathComponent(path)};
+    if (const auto error = openPlace(path, item.place); error != 0) {
+        return {error, path};
+    }
+    struct stat status {};
+    if (::fstatat(item.place.folder.number(), item.place.name.constData(), &status,
+                  AT_SYMLINK_NOFOLLOW) != 0) {
+        return {errno, path};
+    }
+    ItemPlace trash;
+    if (auto error = openTrash(trashFolder, trash.folder)) {
+        return error;
+    }
+    const auto desktop = desktopTrash(trash.folder.number(), trashFolder);
+    return desktop.isNull() ? moveToPlainTrash(item, std::move(trash), trashFolder)
+                            : moveToDesktopTrash(item, desktop);
+}
+
+} // namespace platform

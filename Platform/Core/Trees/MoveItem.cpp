@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Platform/Core/Trees/MoveItem.h"
+
+#include "Platform/Core/Trees/CopyItem.h"
+#include "Platform/Core/Trees/Removability.h"
+#include "Platform/Core/Trees/UnfinishedItem.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform {
+namespace {
+
+bool isStill(const struct stat &item, const ItemPlace &place)
+{
+    struct stat now {};
+    return ::fstatat(place.folder.number(), place.name.constData(), &now, AT_SYMLINK_NOFOLLOW) ==
+               0 &&
+           now.st_dev == item.st_dev && now.st_ino == item.st_ino;
+}
+
+// Removes an item, if that still has the name.
+Removal removeFrom(const ItemPlace &place, const struct stat &item, const QString &path)
+{
+    const auto folder = place.folder.number();
+    const auto *name = place.name.constData();
+    if (!isStill(item, place)) {
+        return {{ENOENT, path}, false};
+    }
+    if (!S_ISDIR(item.st_mode)) {
+        const auto isRemoved = ::unlinkat(folder, name, 0) == 0;
+        return {isRemoved ? FileError() : FileError(errno, path), isRemoved};
+    }
+    const Descriptor open(retried(
+        [&] { return ::openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
+    if (!open.isOpen()) {
+        return {{errno, path}, false};
+    }
+    return removeAtOnce(folder, place.name, open.number(), path);
+}
+
+// 0, else the reason (errno) why an item cannot be removed.
+int whyNotRemovable(const ItemPlace &place)
+{
+    struct stat folder {};
+    struct stat item {};
+    if (::fstat(place.folder.number(), &folder) != 0 ||
+        ::fstatat(place.folder.number(), place.name.constData(), &item, AT_SYMLINK_NOFOLLOW) != 0) {
+        return errno;
+    }
+    // Nobody opens this one to us, be it our own.
+    if (::faccessat(place.folder.number(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
+        return errno;
+    }
+    return Removability(place.folder.number(), folder).errorFor(item.st_uid);
+}
+
+FileError moveByCopying(const ItemPlace &from, const QString &source, const ItemPlace &to,
+                        const QString &destination)
+{
+    if (const auto error = whyNotRemovable(from); error != 0) {
+        return {error, source};
+    }
+    clearUnfinishedItemsNowAndThen(from.folder.number());
+    CopiedItem copied;
+    if (auto error = copyPlace(from, source, to, destination, nullptr, CopyPurpose::Move, copied)) {
+        return error;
+    }
+    const auto removal = removeFrom(from, copied.original, source);
+    if (!removal.error || removal.hasRemovedAnything) {
+        return {};
+    }
+    removeFrom(to, copied.copy, destination);
+    return removal.error;
+}
+
+} // namespace
+
+FileError movePlace(const ItemPlace &from, const QString &source, const ItemPlace &to,
+                    const QString &destination)
+{
+    const auto error = renameInPlace(from.folder.number(), from.name, to.folder.number(), to.name);
+    if (error == EXDEV) {
+        return moveByCopying(from, source, to, destination);
+    }
+    return error == 0 ? FileError() : FileError(error, error == EEXIST ? destination : source);
+}
+
+FileError moveItem(const QString &source, const QString &destination)
+{
+    ItemPlace from;
+    ItemPlace to;
+    if (const auto error = openPlace(source, from); error != 0) {
+        return {error, source};
+    }
+    if (const auto error = openPlace(destination, to); error != 0) {
+        return {error, destination};
+    }
+    return movePlace(from, source, to, destination);
+}
+
+} // namespace platform

@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Trees/RemoveItem.h"
+
+#include <QByteArray>
+
+namespace platform {
+
+// A place for a new item until it is whole: a folder beside its final place, ".unfinished-" and
+// some letters, into which nobody but this process's user can look, reach or put anything. It is
+// locked while its maker lives; those whose maker is gone are cleared by whoever comes next.
+class UnfinishedItem {
+public:
+    UnfinishedItem() = default;
+    // Takes away what has not been published.
+    ~UnfinishedItem();
+    UnfinishedItem(const UnfinishedItem &) = delete;
+    UnfinishedItem &operator=(const UnfinishedItem &) = delete;
+
+    // Each: 0, else the reason (errno).
+
+    // Makes the place in an open folder, which must stay open; first clears what others have left
+    // there.
+    int create(int folder);
+    // Gives the item its final name beside the place, which goes; EEXIST where something has that.
+    int publish(const QByteArray &finalName);
+
+    // The place, open. The item is to be made in it, under this name.
+    int folder() const { return m_place.number(); }
+    static constexpr const char *name = "item";
+
+private:
+    int prepare() const;
+
+    int m_folder = -1;
+    QByteArray m_placeName;
+    Descriptor m_place;
+};
+
+// Clears the places in an open folder whose maker is gone. Only folders of this process's own user
+// that UnfinishedItem has marked, and none on file systems that do not keep owners and locks: on a
+// network their maker may live elsewhere.
+void clearUnfinishedItems(int folder);
+// The same for what is done many times in a row in the same folder.
+void clearUnfinishedItemsNowAndThen(int folder);
+
+// Removes an open folder that has this name in another one, in one step as far as the name goes:
+// what of it cannot be removed is left as an unfinished item, except where that is all of it.
+Removal removeAtOnce(int folder, const QByteArray &name, int open, const QString &path);
+
+} // namespace platform

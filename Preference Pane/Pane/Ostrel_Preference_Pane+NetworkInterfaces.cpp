@@ -1,0 +1,178 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+// The menu of network interfaces.
+#include "Ostrel/ListenerPreferences.h"
+#include "Platform/Core/PropertyLists/PropertyList.h"
+#include "Platform/Core/Text/Console.h"
+#include "Platform/Core/Text/TextFormat.h"
+#include "Platform/Core/Threads/BackgroundThread.h"
+#include "Platform/Core/Threads/MainThread.h"
+#include "Preference Pane/Pane/Ostrel_Preference_Pane.h"
+#include "Shared/Tasks/ZQTaskEx.h"
+#include "ui_Ostrel_Preference_Pane.h"
+
+#include <QPointer>
+
+#include <future>
+#include <memory>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+const QString nameKey = QStringLiteral("name");
+const QString addressKey = QStringLiteral("macAddress");
+const QString dataType = QStringLiteral("SPNetworkDataType");
+
+constexpr std::chrono::seconds longestTime = 10s;
+// From the request to end until a profiler that heeds it is gone; another is waited for no longer.
+constexpr std::chrono::seconds graceTime = 2s;
+
+// On a thread of its own: the time-out needs the main thread, which serves nobody while it reads.
+std::future<QString> startSystemProfiler()
+{
+    const auto promise = std::make_shared<std::promise<QString>>();
+    auto profile = promise->get_future();
+    if (!platform::startBackgroundThread([promise] {
+            promise->set_value(ZQTaskEx::stringFromTask(QStringLiteral("/usr/sbin/system_profiler"),
+                                                        {dataType, QStringLiteral("-xml")},
+                                                        longestTime));
+        })) {
+        platform::consoleLog(QStringLiteral("No thread for the system profiler"));
+        return {};
+    }
+    return profile;
+}
+
+// Null where there is none in time.
+QString waitForProfile(std::future<QString> profile)
+{
+    constexpr auto step = 10ms;
+    if (!profile.valid()) {
+        return {};
+    }
+    const auto end = std::chrono::steady_clock::now() + longestTime + graceTime;
+    while (profile.wait_for(step) != std::future_status::ready) {
+        if (std::chrono::steady_clock::now() >= end) {
+            return {};
+        }
+        platform::runPendingMainThreadCalls();
+    }
+    return profile.get();
+}
+
+bool isArray(const QVariant &value)
+{
+    return value.userType() == QMetaType::QVariantList;
+}
+
+bool isDictionary(const QVariant &value)
+{
+    return value.userType() == QMetaType::QVariantMap;
+}
+
+bool isText(const QVariant &value)
+{
+    return value.userType() == QMetaType::QString;
+}
+
+// The profiler's items; nothing, after a console line, where its text has none.
+std::optional<QVariantList> itemsOf(const QString &profile)
+{
+    if (profile.isEmpty()) {
+        platform::consoleLine(QStringLiteral("Unable to get system profile data"));
+        return std::nullopt;
+    }
+    const auto list = platform::propertyListFromData(profile.toUtf8());
+    if (!list || !isArray(*list)) {
+        platform::consoleLine(QStringLiteral("Error 1 - Invalid system profile data"));
+        return std::nullopt;
+    }
+    const auto first = list->toList().value(0);
+    if (!isDictionary(first)) {
+        // Kept on purpose: there is no error 2.
+        platform::consoleLine(QStringLiteral("Error 3 - Invalid system profile data"));
+        return std::nullopt;
+    }
+    const auto document = first.toMap();
+    const auto type = document.value(QStringLiteral("_dataType"));
+    const auto items = document.value(QStringLiteral("_items"));
+    if (!isText(type) || type.toString() != dataType || !isArray(items)) {
+        platform::consoleLine(QStringLiteral("Invalid system profile data format"));
+        return std::nullopt;
+    }
+    return items.toList();
+}
+
+// Empty for an item that is no interface with a hardware address.
+QVariantMap entryFromItem(const QVariantMap &item)
+{
+    const auto address =
+        item.value(QStringLiteral("Ethernet")).toMap().value(QStringLiteral("MAC Address"));
+    const auto name = item.value(QStringLiteral("_name"));
+    if (!isText(address) || !isText(name)) {
+        return {};
+    }
+    const auto interface = item.value(QStringLiteral("interface"));
+    const auto suffix =
+        interface.isValid() ? platform::format(QStringLiteral(" - %@"), interface) : QString();
+    return {{nameKey, name.toString() + suffix}, {addressKey, address}};
+}
+
+std::optional<QVariantList> interfacesIn(const QString &profile)
+{
+    const auto items = itemsOf(profile);
+    if (!items) {
+        return std::nullopt;
+    }
+    QVariantList entries;
+    for (const auto &item : *items) {
+        const auto entry = isDictionary(item) ? entryFromItem(item.toMap()) : QVariantMap();
+        if (!entry.isEmpty()) {
+            entries.append(entry);
+        }
+    }
+    return entries;
+}
+
+} // namespace
+
+std::optional<QVariantList> Ostrel_Preference_Pane::networkInterfaces()
+{
+    return interfacesIn(waitForProfile(startSystemProfiler()));
+}
+
+void Ostrel_Preference_Pane::readInterfacesAhead()
+{
+    m_systemProfile = startSystemProfiler();
+}
+
+void Ostrel_Preference_Pane::populateNetworkInterfaces()
+{
+    const QPointer<Ostrel_Preference_Pane> self(this);
+    const auto found = m_systemProfile.valid()
+                           ? interfacesIn(waitForProfile(std::move(m_systemProfile)))
+                           : networkInterfaces();
+    if (self == nullptr) {
+        return; // closed by what ran while the profiler was waited for
+    }
+    const auto entries = found.value_or(QVariantList());
+    const auto saved = listenerPreferences::load().value(listenerPreferences::selectedMACAddress);
+    auto *menu = m_ui->networkInterfacePopUp;
+    const QSignalBlocker blocked(menu); // the first item may stand for one that is not there now
+    menu->clear();
+    menu->addItem(QStringLiteral("Any (recommended)"));
+    for (const auto &value : entries) {
+        const auto entry = value.toMap();
+        const auto name = entry.value(nameKey).toString();
+        const auto address = entry.value(addressKey);
+        menu->addItem(name, address);
+        const auto last = menu->count() - 1;
+        menu->setItemData(last, name, Qt::ToolTipRole); // the menu may cut it short
+        // Kept on purpose: the last of several with that address. One that is not listed leaves the
+        // first item selected, and the next save forgets it.
+        if (isText(saved) && address.toString() == saved.toString()) {
+            menu->setCurrentIndex(last);
+        }
+    }
+}

@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Preference Pane/Presets/ZQKeyTextCell.h"
+
+#include "Preference Pane/Shortcut/ZQShortcutKeyFieldEditor.h"
+
+ZQKeyTextCell::ZQKeyTextCell(QObject *parent) : ZQKeyTextCell(QString(), parent) {}
+
+ZQKeyTextCell::ZQKeyTextCell(QString text, QObject *parent)
+    : QStyledItemDelegate(parent), m_zqFieldEditor(new ZQShortcutKeyFieldEditor),
+      m_stringValue(std::move(text))
+{
+}
+
+ZQKeyTextCell::~ZQKeyTextCell()
+{
+    if (m_zqFieldEditor != nullptr) {
+        // A view that edits with it hears that it is gone, and must not ask us for anything then.
+        m_zqFieldEditor->removeEventFilter(this);
+        delete m_zqFieldEditor;
+    }
+}
+
+QWidget *ZQKeyTextCell::setUpFieldEditorAttributes(QWidget * /*offered*/) const
+{
+    return m_zqFieldEditor;
+}
+
+QWidget *ZQKeyTextCell::createEditor(QWidget *parent, const QStyleOptionViewItem & /*option*/,
+                                     const QModelIndex & /*index*/) const
+{
+    QWidget *editor = setUpFieldEditorAttributes(nullptr);
+    if (editor != nullptr) {
+        editor->setParent(parent);
+    }
+    return editor;
+}
+
+void ZQKeyTextCell::destroyEditor(QWidget *editor, const QModelIndex & /*index*/) const
+{
+    // It stays the cell's own.
+    editor->hide();
+    editor->setParent(nullptr);
+}
+
+void ZQKeyTextCell::setEditorData(QWidget * /*editor*/, const QModelIndex & /*index*/) const {}
+
+void ZQKeyTextCell::setModelData(QWidget * /*editor*/, QAbstractItemModel * /*model*/,
+                                 const QModelIndex & /*index*/) const
+{
+}

@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Platform/Core/Bundles/Bundle.h"
+#include "Platform/Desktop/Tables/TableView.h"
+#include "Preference Pane/Presets/PresetTransfer.h"
+#include "Preference Pane/Presets/ZQKeyboardLayoutEditController.h"
+
+#include <QDialog>
+#include <QList>
+#include <QPointer>
+#include <QStringList>
+
+#include <memory>
+
+namespace platform {
+class ApplicationPanel;
+} // namespace platform
+
+// The presets, the user's and the default ones, each with the icon of the application it is for. A
+// title that both have shows twice, and both rows stand for the user's file: kept on purpose. Main
+// thread only.
+class ZQKeyboardLayoutAppBrowser : public QObject, public platform::TableDataSource {
+    Q_OBJECT
+public:
+    struct Row {
+        QString title;
+        QStringList bundleIDs;
+    };
+
+    // The bundle that has the default layouts.
+    explicit ZQKeyboardLayoutAppBrowser(platform::Bundle bundle);
+    ~ZQKeyboardLayoutAppBrowser() override;
+
+    /// awakeFromNib: fills both tables and shows the first preset.
+    void awakeFromNib();
+    /// populateApplications: reads the presets anew, sorted by title.
+    void populateApplications();
+    /// addApplication: lets the user choose an application that a blank preset is made for.
+    void addApplication();
+    /// appBrowseDidEnd:returnCode:contextInfo:
+    /// Makes the preset for the application at the path if the code is 1, and selects it. Alerts,
+    /// and waits for their answer, where that fails.
+    void appBrowseDidEnd(platform::ApplicationPanel *panel, int returnCode, const QString &path);
+    /// removeApplication: moves the selected preset's user file to the Trash when the user confirms
+    /// it. A default preset stays.
+    void removeApplication();
+    /// pathForPreset:
+    /// The user's file of that title where there is one, else that of the default preset.
+    QString pathForPreset(const QString &title) const;
+
+    int numberOfRowsInTableView() const override;
+    QVariant tableViewObjectValueForTableColumn(const QString &column, int row) const override;
+    void tableViewWillDisplayCell(platform::TableCell &cell, const QString &column,
+                                  int row) const override;
+    /// tableViewSelectionDidChange:
+    void tableViewSelectionDidChange();
+
+    const QList<Row> &dataArray() const { return m_dataArray; }
+    platform::TableView *tableView() const { return m_tableView; }
+    void setTableView(platform::TableView *tableView);
+    ZQKeyboardLayoutEditController *editController() const { return m_editController; }
+    void setEditController(ZQKeyboardLayoutEditController *editController);
+
+    // The title of the selected preset; null for none.
+    QString selectedTitle() const;
+    // Selects the first row of that title and shows it in the editor.
+    void showPreset(const QString &title);
+
+Q_SIGNALS:
+    // The user's file of a preset was moved to the Trash, or replaced by that of an application
+    // that was added.
+    void presetTakenAway(const presets::KeptPreset &preset);
+
+private:
+    void loadSelectedPreset();
+    void addPresetFor(const QString &path, const QString &identifier);
+    bool isServed(const QString &identifier) const;
+
+    platform::Bundle m_bundle;
+    QList<Row> m_dataArray;
+    struct DeleteLater {
+        void operator()(QDialog *panel) const;
+    };
+
+    // Kept until the next one.
+    std::unique_ptr<QDialog, DeleteLater> m_panel;
+    QPointer<platform::TableView> m_tableView;
+    QPointer<ZQKeyboardLayoutEditController> m_editController;
+};

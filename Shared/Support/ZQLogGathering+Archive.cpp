@@ -1,0 +1,40 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+// The archive on the desktop.
+#include "Platform/Core/Files/FileStatus.h"
+#include "Platform/Core/Folders/PrivateFiles.h"
+#include "Platform/Core/Text/PathText.h"
+#include "Platform/Core/Text/TextFormat.h"
+#include "Platform/Core/Trees/RemoveItem.h"
+#include "Shared/Files/ZQFileManager.h"
+#include "Shared/Support/ZQLogGathering.h"
+
+#include <QDateTime>
+
+namespace {
+
+QString archivePath(const QString &desktop, const QString &appName)
+{
+    auto path = desktop + platform::format(QStringLiteral("/%@ Logs.zip"), appName);
+    if (!platform::fileExists(path)) {
+        return path;
+    }
+    const auto time = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
+    return path.chopped(4) + platform::format(QStringLiteral("_%@.zip"), time);
+}
+
+} // namespace
+
+ZQLogGathering::Outcome ZQLogGathering::compress() const
+{
+    const auto desktop = ZQLocalPaths::desktopDirectory();
+    if (!platform::isFolder(desktop)) {
+        platform::createPrivateFolder(desktop); // a new user, or one who has never needed it
+    }
+    const auto archive = archivePath(desktop, m_names.first());
+    // Private from its first byte, as the folder is. It belongs to whoever has gathered it: what
+    // root has read is not given to the desktop's owner.
+    const auto isDone = ZQFileManager::compressFile(m_folder, archive);
+    platform::removeItem(m_folder);
+    return isDone ? Outcome::Compressed : Outcome::NotCompressed;
+}

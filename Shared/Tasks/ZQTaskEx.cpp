@@ -1,0 +1,105 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Shared/Tasks/ZQTaskEx.h"
+
+#include "Platform/Core/Text/Console.h"
+#include "Shared/Log/ZQLog.h"
+#include "Shared/Tasks/ZQTaskCommand.h"
+
+namespace {
+
+QString notExecutable()
+{
+    return QStringLiteral("Error: %@ is not executable");
+}
+
+// Has a command that may talk as it likes.
+std::shared_ptr<platform::ChildProcess> silentProcess(const ZQTaskCommand &command,
+                                                      const QStringList &arguments)
+{
+    auto process = command.process(arguments);
+    process->setStandardOutput(platform::ChildProcess::Stream::NullDevice);
+    process->setStandardError(platform::ChildProcess::Stream::NullDevice);
+    return process;
+}
+
+void logException(const QString &path, const std::exception &exception)
+{
+    ZQLog::appendLog(QStringLiteral("Exception running task %@: %@"), path,
+                     QString::fromUtf8(exception.what()));
+}
+
+void reportToConsoleAndLog(const QString &path)
+{
+    platform::consoleLog(notExecutable(), path);
+    ZQLog::appendLog(notExecutable(), path);
+}
+
+} // namespace
+
+std::shared_ptr<ZQTaskEx> ZQTaskEx::create()
+{
+    return std::shared_ptr<ZQTaskEx>(new ZQTaskEx);
+}
+
+bool ZQTaskEx::runTask(const QString &path, const QStringList &arguments)
+{
+    return runTask(path, arguments, nullptr);
+}
+
+bool ZQTaskEx::runTask(const QString &path, const QStringList &arguments, Task *task)
+{
+    const ZQTaskCommand command(path);
+    if (!command.isExecutable()) {
+        ZQLog::appendLogAndPrint(notExecutable(), path);
+        return false;
+    }
+    try {
+        const auto process = silentProcess(command, arguments);
+        if (task != nullptr) {
+            task->set(process);
+        }
+        process->launch();
+        process->waitUntilExit();
+        return true;
+    } catch (const std::exception &exception) {
+        logException(path, exception);
+        return false;
+    }
+}
+
+void ZQTaskEx::runTaskAndReturn(const QString &path, const QStringList &arguments)
+{
+    const ZQTaskCommand command(path);
+    if (!command.isExecutable()) {
+        reportToConsoleAndLog(path);
+        return;
+    }
+    try {
+        silentProcess(command, arguments)->launch();
+    } catch (const std::exception &exception) {
+        logException(path, exception);
+    }
+}
+
+qint64 ZQTaskEx::terminationCodeFromTask(const QString &path, const QStringList &arguments)
+{
+    return terminationCodeFromTask(path, arguments, nullptr);
+}
+
+qint64 ZQTaskEx::terminationCodeFromTask(const QString &path, const QStringList &arguments,
+                                         Task *task)
+{
+    const ZQTaskCommand command(path);
+    if (!command.isExecutable()) {
+        reportToConsoleAndLog(path);
+        return -1;
+    }
+    const auto process = silentProcess(command, arguments);
+    if (task != nullptr) {
+        task->set(process);
+    }
+    process->launch();
+    process->waitUntilExit();
+    return process->terminationStatus();
+}

@@ -1,0 +1,189 @@
+// SPDX-FileCopyrightText: 2026 Corvane
+// SPDX-License-Identifier: MIT
+#include "Commands/Jobs/LaunchUnit.h"
+
+#include "Tests/Support/TestProgram.h"
+
+#include <QTest>
+
+using KeepAlive = platform::LaunchJob::KeepAlive;
+
+namespace {
+
+platform::LaunchJob plainJob()
+{
+    platform::LaunchJob job;
+    job.file = "/Library/LaunchAgents/com.example.job.plist";
+    job.label = "com.example.job";
+    job.program = "/bin/true";
+    job.arguments = {"/bin/true"};
+    return job;
+}
+
+// The values of a setting in the job's unit.
+QByteArrayList settings(const platform::LaunchJob &job, const QByteArray &name)
+{
+    QByteArrayList values;
+    const auto lines = platform::launchUnitFile(job).split('\n');
+    for (const auto &line : lines) {
+        if (line.startsWith(name + '=')) {
+            values << line.mid(name.size() + 1);
+        }
+    }
+    return values;
+}
+
+QByteArray commandOf(const QByteArray &program, const QByteArrayList &arguments)
+{
+    auto job = plainJob();
+    job.program = program;
+    job.arguments = arguments;
+    return settings(job, "ExecStart").value(0);
+}
+
+} // namespace
+
+class LaunchUnitTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void theUnitIsNamedAfterTheLabel_data();
+    void theUnitIsNamedAfterTheLabel();
+    void anotherSpellingIsNoUnitOfOurs();
+    void whoCrashesIsBackAfterASecond();
+    void whoDiesAtOnceIsNotStartedForEver();
+    void endingBySignalIsNoSuccess();
+    void aCommandLineHasNoSpecifiersVariablesAndBreaks();
+    void whatSystemdCannotRunAShellRuns();
+    void pathsStandPlainWhereTheyCan();
+    void theUnitLeadsBackToTheJobFile();
+    void aFolderThatSystemdCannotNameIsRefused();
+};
+
+void LaunchUnitTest::theUnitIsNamedAfterTheLabel_data()
+{
+    QTest::addColumn<QByteArray>("label");
+    QTest::addColumn<QByteArray>("unit");
+    const auto row = [](const char *label, const char *unit) {
+        QTest::newRow(label) << QByteArray(label) << QByteArray(unit);
+    };
+    row("com.corvane.OstrelListener", "app-com.corvane.OstrelListener.service");
+    row("a-b", "app-a\\x2db.service");
+    row(".hidden", "app-\\x2ehidden.service");
+    row("a b'\"%$\\@", R"(app-a\x20b\x27\x22\x25\x24\x5c\x40.service)");
+    row("gr\xC3\xBC\xC3\x9F", R"(app-gr\xc3\xbc\xc3\x9f.service)");
+    row("\\x2d", "app-\\x5cx2d.service");
+}
+
+void LaunchUnitTest::theUnitIsNamedAfterTheLabel()
+{
+    QFETCH(QByteArray, label);
+    QFETCH(QByteArray, unit);
+    QCOMPARE(platform::launchUnitName(label), unit);
+    QCOMPARE(platform::launchUnitLabel(unit), label);
+}
+
+void LaunchUnitTest::anotherSpellingIsNoUnitOfOurs()
+{
+    for (const auto *unit :
+         {"", "app-.service", "app-a-b.service", "app-\\x61.service", "app-a.timer", "a.service",
+          "app-\\x.service", "app-a\\x0a.service", "app-a@1.service", "app-\\x2f.service"}) {
+        QVERIFY2(platform::launchUnitLabel(unit).isEmpty(), unit);
+    }
+}
+
+void LaunchUnitTest::whoCrashesIsBackAfterASecond()
+{
+    auto job = plainJob();
+    QCOMPARE(settings(job, "Restart"), QByteArrayList{"no"});
+    job.keepAlive = KeepAlive::AfterFailure;
+    QCOMPARE(settings(job, "Restart"), QByteArrayList{"on-failure"});
+    QCOMPARE(settings(job, "RestartSec"), QByteArrayList{"1"});
+    job.keepAlive = KeepAlive::Always;
+    QCOMPARE(settings(job, "Restart"), QByteArrayList{"always"});
+    job.keepAlive = KeepAlive::AfterSuccess;
+    QCOMPARE(settings(job, "Restart"), QByteArrayList{"on-success"});
+}
+
+void LaunchUnitTest::whoDiesAtOnceIsNotStartedForEver()
+{
+    auto job = plainJob();
+    job.keepAlive = KeepAlive::Always;
+    QCOMPARE(settings(job, "StartLimitBurst"), QByteArrayList{"5"});
+    QCOMPARE(settings(job, "StartLimitIntervalSec"), QByteArrayList{"50"});
+    job.throttleInterval = std::chrono::seconds(86400);
+    QCOMPARE(settings(job, "StartLimitIntervalSec"), QByteArrayList{"432000"});
+}
+
+void LaunchUnitTest::endingBySignalIsNoSuccess()
+{
+    auto job = plainJob();
+    const QByteArrayList signalNames{"SIGHUP SIGINT SIGTERM SIGPIPE"};
+    job.keepAlive = KeepAlive::AfterFailure;
+    QCOMPARE(settings(job, "RestartForceExitStatus"), signalNames);
+    job.keepAlive = KeepAlive::AfterSuccess;
+    QCOMPARE(settings(job, "RestartPreventExitStatus"), signalNames);
+}
+
+void LaunchUnitTest::aCommandLineHasNoSpecifiersVariablesAndBreaks()
+{
+    const QByteArrayList arguments{"me", "$HOME %h", "a\nb\t\x7F", "\"\\'", "", "-x", "gr\xC3\xBC"};
+    const QByteArray expected =
+        R"("@:/bin/echo" "me" "$HOME %%h" "a\x0ab\x09\x7f" "\"\\'" "" "-x" "grü")";
+    QCOMPARE(commandOf("/bin/echo", arguments), expected);
+}
+
+void LaunchUnitTest::whatSystemdCannotRunAShellRuns()
+{
+    const QByteArray shell = R"(":/bin/sh" "-c" "exec \"$@\"" "sh" )";
+    for (const auto *program : {"/a'b", "/a\"b", "/a\\b", "/a\nb", "/a ", "/../b"}) {
+        QVERIFY2(commandOf(program, {"me", "x"}).startsWith(shell), program);
+    }
+    // Nothing but UTF-8 may reach the manager: it could not show the unit.
+    const QByteArray oddProgram = R"( "sh" "/a\\0377" "\\0200\\0134")";
+    const QByteArray oddArgument = R"( "sh" "/a" "\\0200")";
+    QVERIFY(commandOf("/a\xFF", {"me", "\x80\\"}).endsWith(oddProgram));
+    QVERIFY(commandOf("/a", {"me", "\x80"}).endsWith(oddArgument));
+}
+
+void LaunchUnitTest::pathsStandPlainWhereTheyCan()
+{
+    auto job = plainJob();
+    job.workingDirectory = "/it's \"here\" %h $HOME";
+    job.standardInPath = "/in%";
+    job.standardOutPath = "/out \\x";
+    job.standardErrorPath = "/error";
+    QCOMPARE(settings(job, "WorkingDirectory"), QByteArrayList{"/it's \"here\" %%h $HOME"});
+    QCOMPARE(settings(job, "StandardInput"), QByteArrayList{"file:/in%%"});
+    QCOMPARE(settings(job, "StandardOutput"), QByteArrayList{"append:/out \\x"});
+    QCOMPARE(settings(job, "StandardError"), QByteArrayList{"append:/error"});
+    job.workingDirectory = "/a\nb";
+    job.standardOutPath = "/out\\";
+    QVERIFY(settings(job, "WorkingDirectory").isEmpty());
+    QVERIFY(settings(job, "StandardOutput").isEmpty());
+    const QByteArray command =
+        R"(":/bin/sh" "-c" "exec >>\"$1\" && shift && cd -P -- \"$1\" && shift && exec \"$@\"" )"
+        R"("sh" "/out\\" "/a\x0ab" "/bin/true")";
+    QCOMPARE(settings(job, "ExecStart"), QByteArrayList{command});
+}
+
+void LaunchUnitTest::theUnitLeadsBackToTheJobFile()
+{
+    auto job = plainJob();
+    job.file = "/home/an n/100%/com.example.job.plist";
+    QCOMPARE(settings(job, "SourcePath"), QByteArrayList{"/home/an n/100%%/com.example.job.plist"});
+    QCOMPARE(settings(job, "Documentation"),
+             QByteArrayList{"file:///home/an%%20n/100%%25/com.example.job.plist"});
+}
+
+void LaunchUnitTest::aFolderThatSystemdCannotNameIsRefused()
+{
+    auto job = plainJob();
+    QVERIFY(platform::launchUnitObjection(job).isNull());
+    job.file = "/home/a\nb/com.example.job.plist";
+    QCOMPARE(platform::launchUnitObjection(job),
+             QString::fromUtf8("/home/a\uFFFDb/com.example.job.plist: systemd cannot take a job "
+                               "file in a folder of such a name"));
+}
+
+TEST_CLASS(LaunchUnitTest, QCoreApplication)
+#include "LaunchUnitTest.moc"
