@@ -37,7 +37,7 @@ void toggle(AlertPanel &alert)
 
 QString preferencesFile()
 {
-    return QDir::homePath() + QStringLiteral("/Library/Preferences/ZQAlertSuppressionTest.plist");
+    return QDir::homePath() + QStringLiteral("/Library/Preferences/SharedAlertsTests.plist");
 }
 
 QVariantMap preferences()

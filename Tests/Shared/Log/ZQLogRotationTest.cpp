@@ -230,7 +230,7 @@ void ZQLogRotationTest::theFilesAreNamedAfterTheExecutableNotTheGivenName()
     ZQLog::createNewLog(text("Other"));
     QVERIFY(QFile::exists(generation(1)));
     QVERIFY(!QFile::exists(generation(1, text("Other"))));
-    QCOMPARE(ZQLog::sharedController().appName(), text("ZQLogRotationTest"));
+    QCOMPARE(ZQLog::sharedController().appName(), text("SharedLogTests"));
 }
 
 void ZQLogRotationTest::theGivenNameIsTakenOverWhereThereIsNoExecutable()
@@ -266,7 +266,7 @@ void ZQLogRotationTest::theNameMayBeSetAndCleared()
     ZQLog::createNewLog(text("Other"));
     QCOMPARE(ZQLog::availableLogs(), QStringList(generation(1, text("Ostrel"))));
     log.setAppName(QString());
-    QCOMPARE(log.appName(), text("ZQLogRotationTest"));
+    QCOMPARE(log.appName(), text("SharedLogTests"));
     QCOMPARE(ZQLog::availableLogs(), QStringList());
 }
 

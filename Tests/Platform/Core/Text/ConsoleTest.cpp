@@ -156,7 +156,7 @@ void ConsoleTest::aLineIsAlsoWrittenToATerminal()
     ::close(screen);
     ::close(terminal);
     QCOMPARE(QByteArray(buffer.data(), static_cast<int>(size)),
-             QByteArray("ConsoleTest: shown\\nhere\r\n"));
+             QByteArray("TextTests: shown\\nhere\r\n"));
 }
 
 void ConsoleTest::aLineIsNotWrittenToStandardErrorThatIsNoTerminal()

@@ -80,7 +80,7 @@ void ShortcutInhibitionTest::init()
 {
     QFile::remove(shortcutFile);
     m_window = std::make_unique<Recorder>();
-    m_window->setWindowTitle(QStringLiteral("capture"));
+    m_window->setWindowTitle(QStringLiteral("recorder"));
     m_window->resize(200, 100);
     m_window->show();
     m_window->activateWindow();
@@ -180,7 +180,7 @@ void ShortcutInhibitionTest::itBeginsAgainWhenTheWindowHasTheKeyboardAgain()
     test::Command other(QStringLiteral("xev"), {});
     QTRY_VERIFY(focus(QStringLiteral("Event Tester")));
     QTRY_VERIFY(!inhibition.isActive());
-    QVERIFY(focus(QStringLiteral("capture")));
+    QVERIFY(focus(QStringLiteral("recorder")));
     QTRY_VERIFY(inhibition.isActive());
     QVERIFY(pressShortcut());
     QTRY_VERIFY(m_window->keys.contains(Qt::Key_E));
