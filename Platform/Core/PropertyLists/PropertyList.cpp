@@ -5,13 +5,13 @@
 #include "Platform/Core/Files/FileContents.h"
 #include "Platform/Core/PropertyLists/PropertyListFence.h"
 #include "Platform/Core/PropertyLists/PropertyListLimits.h"
+#include "Platform/Core/Text/CLocale.h"
 
 #include <QDateTime>
 
 #include <plist/plist.h>
 
 #include <algorithm>
-#include <clocale>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -35,26 +35,9 @@ struct FreeMemory {
 template <typename Type>
 using Memory = std::unique_ptr<Type, FreeMemory>;
 
-// While it lives, numbers have a point on this thread: the library reads reals in the form that the
-// user's language gives them.
-class NumbersWithPoint {
-public:
-    NumbersWithPoint()
-    {
-        static auto *const plain = ::newlocale(LC_ALL_MASK, "C", nullptr);
-        m_old = ::uselocale(plain);
-    }
-    ~NumbersWithPoint() { ::uselocale(m_old); }
-    NumbersWithPoint(const NumbersWithPoint &) = delete;
-    NumbersWithPoint &operator=(const NumbersWithPoint &) = delete;
-
-private:
-    locale_t m_old = nullptr;
-};
-
 Node nodeFromXml(const QByteArray &xml)
 {
-    const NumbersWithPoint point;
+    const CLocale cLocale; // the library takes the decimal point from the locale
     plist_t node = nullptr;
     plist_from_xml(xml.constData(), static_cast<uint32_t>(xml.size()), &node);
     return Node(node);
@@ -78,7 +61,7 @@ QByteArray binaryFromNode(plist_t node)
 
 QByteArray xmlFromNode(plist_t node)
 {
-    const NumbersWithPoint point;
+    const CLocale cLocale;
     char *text = nullptr;
     uint32_t size = 0;
     plist_to_xml(node, &text, &size);

@@ -8,7 +8,6 @@
 
 #include <array>
 #include <charconv>
-#include <chrono>
 #include <limits>
 
 namespace platform {
@@ -73,6 +72,9 @@ QString describe(const QVariant &value, int depth, int room)
     case QMetaType::Double:
     case QMetaType::Float:
         return description(value.toDouble());
+    case QMetaType::VoidStar:
+        return QStringLiteral("0x") +
+               QString::number(reinterpret_cast<quintptr>(value.value<void *>()), 16);
     case QMetaType::QByteArray:
         return dataText(value.toByteArray());
     case QMetaType::QDateTime:
@@ -116,34 +118,15 @@ QString description(const QDateTime &date)
     if (!date.isValid()) {
         return nullText();
     }
-    // Written out by hand: every log line has one, and a pattern costs microseconds.
-    using namespace std::chrono;
-    const milliseconds moment(date.toMSecsSinceEpoch());
-    const auto epochDay = floor<days>(moment);
-    const hh_mm_ss time(floor<seconds>(moment - epochDay));
-    constexpr qint64 epochJulianDay = 2440588;
+    // Not by a pattern of Qt's: the log still needs dates when Qt has torn down its calendars.
+    const auto utc = date.toUTC();
+    const auto time = utc.time();
     int year = 0;
     int month = 0;
     int day = 0;
-    QDate::fromJulianDay(epochJulianDay + epochDay.count()).getDate(&year, &month, &day);
-
-    auto text = QStringLiteral("0000-00-00 00:00:00 +0000");
-    auto *const characters = text.data();
-    const auto put = [characters](int last, qint64 number) {
-        for (; number > 0; number /= 10) {
-            characters[last--] = QLatin1Char(static_cast<char>('0' + number % 10));
-        }
-    };
-    put(6, month);
-    put(9, day);
-    put(12, time.hours().count());
-    put(15, time.minutes().count());
-    put(18, time.seconds().count());
-    if (year < 0 || year > 9999) {
-        return QString::number(year) + text.mid(4);
-    }
-    put(3, year);
-    return text;
+    utc.date().getDate(&year, &month, &day);
+    return format(QStringLiteral("%04d-%02d-%02d %02d:%02d:%02d +0000"), year, month, day,
+                  time.hour(), time.minute(), time.second());
 }
 
 QString description(double number)

@@ -2,76 +2,150 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Text/TextFormat.h"
 
-#include "Platform/Core/Text/FormatDirective.h"
-#include "Platform/Core/Text/FormatValue.h"
+#include "Platform/Core/Text/CLocale.h"
 
 #include <QStringView>
-#include <QVarLengthArray>
 
 #include <algorithm>
 #include <array>
-#include <clocale>
+#include <climits>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace platform {
 namespace {
 
-using Value = FormatArgument::Value;
+// Limit of width and precision: the most characters that C promises for one directive.
+constexpr int maxWidth = 4095;
 
-bool isSigned(char16_t conversion)
-{
-    return conversion == u'd' || conversion == u'i';
-}
+// "%", flags, width, "." and precision, length, conversion.
+struct Directive {
+    std::string flags;
+    int width = 0;
+    int precision = -1; // none
+    std::string length;
+    char conversion = 0;
+};
 
-// The number as C shows it under this directive.
-WholeNumber fitted(const WholeNumber &number, const FormatDirective &directive)
+struct WholeNumber {
+    quint64 bits = 0; // two's complement
+    bool isNegative = false;
+};
+
+// A number cut to a whole one, a character's code, a pointer's address or the number that a text
+// reads as; nothing where that does not fit into 64 bits.
+std::optional<WholeNumber> wholeNumberOf(const QVariant &value)
 {
-    const auto bits = number.negative ? 0 - number.magnitude : number.magnitude;
-    if (directive.shortness > 0) {
-        const quint64 top = directive.shortness > 1 ? 0x80 : 0x8000;
-        const auto low = bits & (2 * top - 1);
-        const bool negative = isSigned(directive.conversion) && (low & top) != 0;
-        return {negative ? 2 * top - low : low, negative};
+    constexpr double two63 = 9223372036854775808.0;
+    const auto type = value.userType();
+    bool isNumber = true;
+    if (type == QMetaType::VoidStar) {
+        return WholeNumber{reinterpret_cast<quintptr>(value.value<void *>())}; // NOLINT(*-cast)
     }
-    if (!number.negative || isSigned(directive.conversion)) {
-        return number;
+    if (type == QMetaType::Double || type == QMetaType::Float) {
+        const auto real = std::trunc(value.toDouble());
+        if (!(real >= -two63 && real < 2 * two63)) {
+            return std::nullopt;
+        }
+        return WholeNumber{real < 0 ? static_cast<quint64>(static_cast<qint64>(real))
+                                    : static_cast<quint64>(real),
+                           real < 0};
     }
-    // Two's complement: in 32 bits where the number was an int in C.
-    const bool isInt = !directive.isLong && number.magnitude <= 0x80000000U;
-    return {isInt ? bits & 0xFFFFFFFFU : bits, false};
-}
-
-// The digits before end; where they begin. None for 0.
-char16_t *writeDigits(char16_t *end, quint64 number, char16_t conversion)
-{
-    if (conversion == u'o') {
-        for (; number != 0; number >>= 3U) {
-            *--end = static_cast<char16_t>(u'0' + (number & 7U));
-        }
-    } else if (conversion == u'x' || conversion == u'X' || conversion == u'p') {
-        const auto *const digits = conversion == u'X' ? u"0123456789ABCDEF" : u"0123456789abcdef";
-        for (; number != 0; number >>= 4U) {
-            *--end = digits[number & 15U];
-        }
-    } else {
-        for (; number != 0; number /= 10) {
-            *--end = static_cast<char16_t>(u'0' + number % 10);
+    if (type != QMetaType::ULongLong && type != QMetaType::ULong) {
+        const auto number = value.toLongLong(&isNumber);
+        if (isNumber) {
+            return WholeNumber{static_cast<quint64>(number), number < 0};
         }
     }
-    return end;
+    const auto number = value.toULongLong(&isNumber);
+    return isNumber ? std::optional(WholeNumber{number}) : std::nullopt;
 }
 
-bool isText(const Value &value)
+template <typename Number>
+QString printed(const Directive &directive, const char *length, Number number)
 {
-    return std::holds_alternative<const QString *>(value) ||
-           std::holds_alternative<const char *>(value) ||
-           std::holds_alternative<const QByteArray *>(value);
+    const auto pattern = '%' + directive.flags + "*.*" + length + directive.conversion;
+    // Sign, 309 digits, point and decimals.
+    std::array<char, maxWidth + 320> text; // NOLINT(*-member-init)
+    const CLocale cLocale;
+    const auto size = std::snprintf(text.data(), text.size(), pattern.c_str(), directive.width,
+                                    directive.precision, number);
+    return QString::fromLatin1(text.data(), size);
 }
 
-// One pass over the format; the text grows on the stack and is allocated once, at the end.
+// Filled up with spaces to the directive's width.
+QString aligned(const Directive &directive, const QString &text)
+{
+    return directive.flags.find('-') == std::string::npos ? text.rightJustified(directive.width)
+                                                          : text.leftJustified(directive.width);
+}
+
+std::optional<QString> wholeNumberText(Directive directive, const QVariant &value)
+{
+    auto number = wholeNumberOf(value);
+    if (!number) {
+        return std::nullopt;
+    }
+    if (directive.conversion == 'p') {
+        return aligned(directive, QStringLiteral("0x") + QString::number(number->bits, 16));
+    }
+    const auto shortness = std::count(directive.length.begin(), directive.length.end(), 'h');
+    if (shortness > 0) {
+        return printed(directive, shortness > 1 ? "hh" : "h", static_cast<int>(number->bits));
+    }
+    const bool isSigned = directive.conversion == 'd' || directive.conversion == 'i';
+    const auto bits = static_cast<qint64>(number->bits);
+    if (isSigned && !number->isNegative && bits < 0) {
+        directive.conversion = 'u'; // beyond what is signed in C
+    }
+    if (!isSigned && number->isNegative && bits >= INT_MIN && directive.length.empty()) {
+        return printed(directive, "", static_cast<unsigned>(bits)); // an int in C
+    }
+    return printed(directive, "j", bits);
+}
+
+std::optional<QString> realText(const Directive &directive, const QVariant &value)
+{
+    bool isNumber = false;
+    const auto number = value.toDouble(&isNumber);
+    return isNumber ? std::optional(printed(directive, "", number)) : std::nullopt;
+}
+
+std::optional<QString> characterText(const Directive &directive, const QVariant &value)
+{
+    const auto number =
+        value.userType() == QMetaType::QString ? std::nullopt : wholeNumberOf(value);
+    if (!number || number->bits > QChar::LastValidCodePoint) {
+        return std::nullopt;
+    }
+    const auto code = static_cast<char32_t>(number->bits);
+    return aligned(directive, QString::fromUcs4(&code, 1));
+}
+
+QString textOf(const FormatArgument &argument, int precision)
+{
+    const auto *const utf8 = argument.utf8();
+    if (utf8 != nullptr && precision >= 0) {
+        // The precision may stand for a missing NUL, as in C, and may fall into a character.
+        const auto size = ::strnlen(utf8, static_cast<std::size_t>(precision));
+        auto text = QString::fromUtf8(utf8, static_cast<int>(size));
+        text.chop(text.endsWith(QChar::ReplacementCharacter) ? 1 : 0);
+        return text;
+    }
+    auto text = description(argument.value());
+    if (precision >= 0 && precision < text.size()) {
+        const bool splitsPair = precision > 0 && text.at(precision - 1).isHighSurrogate();
+        text.truncate(splitsPair ? precision - 1 : precision);
+    }
+    return text;
+}
+
 class Formatter {
 public:
     Formatter(QStringView format, std::initializer_list<FormatArgument> arguments)
@@ -82,282 +156,114 @@ public:
     QString text();
 
 private:
-    void resolve(FormatDirective &directive);
-    int nextNumber();
-
-    void convertNext(FormatDirective &directive);
-    void convert(const FormatDirective &directive, const Value &value);
-    bool convertWholeNumber(const FormatDirective &directive, const Value &value);
-    bool convertReal(const FormatDirective &directive, const Value &value);
-    bool convertCharacter(const FormatDirective &directive, const Value &value);
-    void convertText(const FormatDirective &directive, const Value &value);
-
-    void append(QStringView text);
-    void appendTimes(char16_t character, int times);
-    void appendField(const FormatDirective &directive, QStringView prefix, int zeros,
-                     QStringView body);
-    void appendText(const FormatDirective &directive, const QString &text);
-    void appendBytes(const FormatDirective &directive, std::string_view bytes);
+    bool parse(Directive &directive);
+    std::string take(std::string_view characters, std::size_t most = std::string::npos);
+    int takeNumber();
+    QString convertNext(const Directive &directive);
 
     QStringView m_format;
+    qsizetype m_position = 0;
     const FormatArgument *m_next;
     const FormatArgument *m_end;
-    QVarLengthArray<char16_t, 512> m_output;
 };
 
 QString Formatter::text()
 {
-    qsizetype position = 0;
+    QString text;
     for (;;) {
-        const auto percent = m_format.indexOf(u'%', position);
+        const auto percent = m_format.indexOf(u'%', m_position);
+        text += m_format.mid(m_position, percent < 0 ? -1 : percent - m_position);
         if (percent < 0) {
-            append(m_format.mid(position));
+            return text;
+        }
+        m_position = percent + 1;
+        const auto *const next = m_next;
+        Directive directive;
+        if (!take("%", 1).empty()) {
+            text += u'%';
+        } else if (parse(directive)) {
+            text += convertNext(directive);
+        } else {
+            m_next = next;
+            text += m_format.mid(percent, m_position - percent);
+        }
+    }
+}
+
+// False where the directive is unknown or unfinished. What stands at the position then is no part
+// of it.
+bool Formatter::parse(Directive &directive)
+{
+    directive.flags = take("-+ #0'");
+    directive.width = takeNumber();
+    if (directive.width < 0) {
+        directive.width = -directive.width;
+        directive.flags += '-';
+    }
+    if (!take(".", 1).empty()) {
+        directive.precision = std::max(-1, takeNumber());
+    }
+    directive.length = take("lhzqLjt");
+    const auto conversion = take("@sdiuoxXfFeEgGaAcp", 1);
+    directive.conversion = conversion.empty() ? '\0' : conversion.front();
+    return !conversion.empty();
+}
+
+// The next characters of the format, at most so many, that are among these.
+std::string Formatter::take(std::string_view characters, std::size_t most)
+{
+    std::string taken;
+    for (; m_position < m_format.size() && taken.size() < most; ++m_position) {
+        const auto character = m_format[m_position].toLatin1(); // NUL where it is not
+        if (characters.find(character) == std::string_view::npos) {
             break;
         }
-        append(m_format.mid(position, percent - position));
-        FormatDirective directive;
-        position = parseDirective(m_format, percent + 1, directive);
-        if (directive.conversion == u'%') {
-            append(u"%");
-        } else if (directive.conversion == 0) {
-            append(m_format.mid(percent, position - percent));
-        } else {
-            convertNext(directive);
-        }
+        taken += character;
     }
-    return QString(reinterpret_cast<const QChar *>(m_output.constData()), m_output.size());
+    return taken;
 }
 
-// Takes the arguments for a width and a precision of "*".
-void Formatter::resolve(FormatDirective &directive)
+// A width or a precision: digits, none of which is 0, or "*" for the next argument, of which 0 is
+// made where it is no number or there is none.
+int Formatter::takeNumber()
 {
-    if (directive.widthIsArgument) {
-        directive.width = nextNumber();
-        directive.left = directive.left || directive.width < 0;
-        directive.width = std::abs(directive.width);
+    if (take("*", 1).empty()) {
+        const auto number = std::strtol(take("0123456789").c_str(), nullptr, 10);
+        return static_cast<int>(std::min<long>(number, maxWidth));
     }
-    if (directive.precisionIsArgument) {
-        directive.precision = std::max(-1, nextNumber());
-    }
+    const auto number = m_next == m_end ? std::nullopt : wholeNumberOf((m_next++)->value());
+    const auto [bits, isNegative] = number.value_or(WholeNumber());
+    const auto size = static_cast<int>(std::min<quint64>(isNegative ? 0 - bits : bits, maxWidth));
+    return isNegative ? -size : size;
 }
 
-// The next argument within the limits of a width; 0 where it is no number or there is none.
-int Formatter::nextNumber()
+QString Formatter::convertNext(const Directive &directive)
 {
-    const auto number =
-        m_next == m_end ? std::nullopt : wholeNumberOf(unwrapped((m_next++)->value()));
-    if (!number) {
-        return 0;
-    }
-    const auto magnitude = static_cast<int>(std::min<quint64>(number->magnitude, mostFormatWidth));
-    return number->negative ? -magnitude : magnitude;
-}
-
-void Formatter::convertNext(FormatDirective &directive)
-{
-    resolve(directive);
     if (m_next == m_end) {
-        append(u"(null)");
-        return;
+        return QStringLiteral("(null)");
     }
-    convert(directive, unwrapped((m_next++)->value()));
-}
-
-void Formatter::convert(const FormatDirective &directive, const Value &value)
-{
-    bool done = false;
+    const auto &argument = *m_next++;
+    std::optional<QString> text;
     switch (directive.conversion) {
-    case u'@':
-    case u's':
-        convertText(directive, value);
-        return;
-    case u'c':
-        done = convertCharacter(directive, value);
+    case '@':
+    case 's':
+        return aligned(directive, textOf(argument, directive.precision));
+    case 'c':
+        text = characterText(directive, argument.value());
         break;
-    case u'd':
-    case u'i':
-    case u'u':
-    case u'o':
-    case u'x':
-    case u'X':
-    case u'p':
-        done = convertWholeNumber(directive, value);
+    case 'd':
+    case 'i':
+    case 'u':
+    case 'o':
+    case 'x':
+    case 'X':
+    case 'p':
+        text = wholeNumberText(directive, argument.value());
         break;
     default:
-        done = convertReal(directive, value);
+        text = realText(directive, argument.value());
     }
-    if (!done) {
-        auto whole = directive;
-        whole.precision = -1;
-        convertText(whole, value);
-    }
-}
-
-bool Formatter::convertWholeNumber(const FormatDirective &directive, const Value &value)
-{
-    const auto given = wholeNumberOf(value);
-    if (!given) {
-        return false;
-    }
-    const auto number = fitted(*given, directive);
-    const auto conversion = directive.conversion;
-    std::array<char16_t, 24> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init)
-    const auto *const end = buffer.data() + buffer.size();
-    const auto *const first =
-        writeDigits(buffer.data() + buffer.size(), number.magnitude, conversion);
-    // Without a precision, -1, there is at least one digit, too.
-    int zeros = std::max(0, std::abs(directive.precision) - static_cast<int>(end - first));
-    if (conversion == u'o' && directive.alternate && zeros == 0) {
-        zeros = 1;
-    }
-
-    QStringView prefix;
-    if (number.negative) {
-        prefix = u"-";
-    } else if (isSigned(conversion)) {
-        prefix = directive.plus ? u"+" : directive.space ? u" " : QStringView();
-    } else if (conversion == u'p' || (directive.alternate && number.magnitude != 0)) {
-        prefix = conversion == u'X'                         ? u"0X"
-                 : conversion == u'x' || conversion == u'p' ? u"0x"
-                                                            : QStringView();
-    }
-    auto field = directive;
-    field.zero = directive.zero && directive.precision < 0;
-    appendField(field, prefix, zeros, QStringView(first, end));
-    return true;
-}
-
-bool Formatter::convertReal(const FormatDirective &directive, const Value &value)
-{
-    const auto number = realOf(value);
-    if (!number) {
-        return false;
-    }
-    // The C library knows how, but must not take the decimal point from the user's locale.
-    static auto *const cLocale = ::newlocale(LC_ALL_MASK, "C", nullptr);
-    std::array<char, 16> pattern{};
-    auto *end = pattern.data();
-    *end++ = '%';
-    for (const auto &[set, flag] :
-         {std::pair(directive.left, '-'), std::pair(directive.plus, '+'),
-          std::pair(directive.space, ' '), std::pair(directive.alternate, '#'),
-          std::pair(directive.zero, '0')}) {
-        if (set) {
-            *end++ = flag;
-        }
-    }
-    for (const char character : {'*', '.', '*', static_cast<char>(directive.conversion)}) {
-        *end++ = character;
-    }
-    // Sign, 309 digits, point and decimals.
-    std::array<char, mostFormatWidth + 320> text; // NOLINT(cppcoreguidelines-pro-type-member-init)
-    auto *const previous = ::uselocale(cLocale);
-    const auto size = std::snprintf(text.data(), text.size(), pattern.data(), directive.width,
-                                    directive.precision, *number);
-    ::uselocale(previous);
-    appendBytes({}, {text.data(), static_cast<std::size_t>(size)});
-    return true;
-}
-
-bool Formatter::convertCharacter(const FormatDirective &directive, const Value &value)
-{
-    const auto number = isText(value) ? std::nullopt : wholeNumberOf(value);
-    if (!number || number->negative || number->magnitude > QChar::LastValidCodePoint) {
-        return false;
-    }
-    const auto code = static_cast<char32_t>(number->magnitude);
-    auto field = directive;
-    field.precision = -1;
-    appendText(field, QString::fromUcs4(&code, 1));
-    return true;
-}
-
-void Formatter::convertText(const FormatDirective &directive, const Value &value)
-{
-    if (const auto *const *text = std::get_if<const QString *>(&value)) {
-        appendText(directive, **text);
-        return;
-    }
-    const auto *const *utf8 = std::get_if<const char *>(&value);
-    if (utf8 == nullptr || *utf8 == nullptr) {
-        appendText(directive, textOf(value));
-        return;
-    }
-    if (directive.precision < 0) {
-        appendBytes(directive, {*utf8, std::strlen(*utf8)});
-        return;
-    }
-    // The precision may stand for a missing NUL, as in C, and may fall into a character.
-    const auto size = ::strnlen(*utf8, static_cast<std::size_t>(directive.precision));
-    auto text = QString::fromUtf8(*utf8, static_cast<int>(size));
-    if (text.endsWith(QChar::ReplacementCharacter)) {
-        text.chop(1);
-    }
-    appendText(directive, text);
-}
-
-void Formatter::append(QStringView text)
-{
-    if (!text.isEmpty()) {
-        m_output.append(text.utf16(), static_cast<int>(text.size()));
-    }
-}
-
-void Formatter::appendTimes(char16_t character, int times)
-{
-    for (; times > 0; --times) {
-        m_output.append(character);
-    }
-}
-
-// Prefix, zeros and body, filled up to the directive's width.
-void Formatter::appendField(const FormatDirective &directive, QStringView prefix, int zeros,
-                            QStringView body)
-{
-    const auto size = prefix.size() + zeros + body.size();
-    const auto padding = static_cast<int>(std::max<qsizetype>(0, directive.width - size));
-    if (!directive.left) {
-        if (directive.zero) {
-            zeros += padding;
-        } else {
-            appendTimes(u' ', padding);
-        }
-    }
-    append(prefix);
-    appendTimes(u'0', zeros);
-    append(body);
-    if (directive.left) {
-        appendTimes(u' ', padding);
-    }
-}
-
-void Formatter::appendText(const FormatDirective &directive, const QString &text)
-{
-    auto shown = text.isNull() ? QStringView(u"(null)") : QStringView(text);
-    if (directive.precision >= 0 && directive.precision < shown.size()) {
-        shown.truncate(directive.precision);
-        if (!shown.isEmpty() && shown.back().isHighSurrogate()) {
-            shown.chop(1);
-        }
-    }
-    auto field = directive;
-    field.zero = false;
-    appendField(field, {}, 0, shown);
-}
-
-// UTF-8 without a precision; ASCII, the usual case, without an intermediate text.
-void Formatter::appendBytes(const FormatDirective &directive, std::string_view bytes)
-{
-    if (std::any_of(bytes.begin(), bytes.end(), [](char byte) { return byte < 0; })) {
-        appendText(directive, QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size())));
-        return;
-    }
-    const auto padding = directive.width - static_cast<int>(bytes.size());
-    appendTimes(u' ', directive.left ? 0 : padding);
-    const auto start = m_output.size();
-    m_output.resize(start + static_cast<int>(bytes.size()));
-    std::copy(bytes.begin(), bytes.end(), m_output.begin() + start);
-    appendTimes(u' ', directive.left ? padding : 0);
+    return text ? *text : aligned(directive, textOf(argument, -1));
 }
 
 } // namespace

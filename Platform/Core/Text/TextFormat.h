@@ -8,47 +8,42 @@
 #include <cstddef>
 #include <initializer_list>
 #include <type_traits>
-#include <variant>
 
 namespace platform {
 
-// One value handed to formatText(). Refers to the value it was made from and must not outlive it;
-// it is meant to live in a call's argument list only.
+// One value handed to formatText(). Bytes and a "const char *", which must outlive it, are UTF-8.
 class FormatArgument {
 public:
-    using Value = std::variant<const QString *, const QByteArray *, const char *, const QVariant *,
-                               qint64, quint64, QChar, double, const void *>;
-
-    FormatArgument(const QString &text) : m_value(&text) {}
-    FormatArgument(const QByteArray &text) : m_value(&text) {} // UTF-8
-    FormatArgument(const char *text) : m_value(text) {}        // UTF-8
-    FormatArgument(std::nullptr_t) : m_value(static_cast<const char *>(nullptr)) {}
-    FormatArgument(const QVariant &value) : m_value(&value) {}
-    FormatArgument(QChar character) : m_value(character) {}
+    FormatArgument(const QVariant &value) : m_value(value) {}
+    FormatArgument(const QByteArray &text) : m_value(QString::fromUtf8(text)) {}
+    FormatArgument(const char *text) : m_utf8(text) {}
+    FormatArgument(std::nullptr_t) {}
     FormatArgument(char character) : m_value(QChar(QLatin1Char(character))) {}
     FormatArgument(double number) : m_value(number) {}
-    FormatArgument(const void *pointer) : m_value(pointer) {}
-    template <typename T, std::enable_if_t<std::is_integral_v<T> || std::is_enum_v<T>, int> = 0>
-    FormatArgument(T number) : m_value(widened(number))
+    FormatArgument(const void *pointer)
+        : m_value(QVariant::fromValue(const_cast<void *>(pointer))) // NOLINT(*-const-cast)
     {
     }
-
-    const Value &value() const { return m_value; }
-
-private:
-    template <typename T>
-    static Value widened(T number)
+    template <typename T, std::enable_if_t<std::is_integral_v<T> || std::is_enum_v<T>, int> = 0>
+    FormatArgument(T number)
     {
         if constexpr (std::is_enum_v<T>) {
-            return widened(static_cast<std::underlying_type_t<T>>(number));
+            *this = FormatArgument(static_cast<std::underlying_type_t<T>>(number));
         } else if constexpr (std::is_signed_v<T>) {
-            return Value(std::in_place_type<qint64>, number);
+            m_value = static_cast<qlonglong>(number);
         } else {
-            return Value(std::in_place_type<quint64>, number);
+            m_value = static_cast<qulonglong>(number);
         }
     }
 
-    Value m_value;
+    QVariant value() const { return m_utf8 == nullptr ? m_value : QString::fromUtf8(m_utf8); }
+
+    // Null where it was made of anything but a "const char *".
+    const char *utf8() const { return m_utf8; }
+
+private:
+    QVariant m_value;
+    const char *m_utf8 = nullptr;
 };
 
 // Formats as the C library does in the "C" locale, and "%@" for the description of any value. Width
