@@ -3,127 +3,89 @@
 #include "Platform/Core/Text/Console.h"
 #include "Shared/Log/ZQLog.h"
 
+#include <QDateTime>
+
 #include <exception>
+#include <system_error>
+#include <utility>
 
 // From the callers' texts to the lines of the file.
 namespace {
 
 // A line that makes a file this long, in bytes, is its last.
-constexpr quint64 longestFile = 500000;
-
-// So many bytes are handed over together.
-constexpr std::size_t muchAtOnce = 262144;
+constexpr quint64 maxFileSize = 500000;
 
 } // namespace
 
-void ZQLog::appendTextToLog(QStringView text)
+// The text is trimmed.
+void ZQLog::appendTextToLog(const QString &text)
 {
-    text = text.trimmed();
     if (text.isEmpty()) {
         return;
     }
     m_bytesInQueue.fetch_add(static_cast<quint64>(text.size()), std::memory_order_relaxed);
     if (m_writeQueue.isCurrentThread()) {
-        // Next in line, so that the header stays at the head of its file.
-        m_nextInLine.push_back(text.toString());
+        appendLogOnThread(text); // so that the header stays at the head of its file
     } else {
         m_writeQueue.add(text);
     }
 }
 
-void ZQLog::appendAll(const ZQLogTexts &texts)
-{
-    for (std::size_t index = 0; index < texts.count() && !m_writeQueue.isStopped(); ++index) {
-        appendLogOnThread(texts[index]);
-        for (; !m_nextInLine.empty(); m_nextInLine.pop_front()) {
-            appendLogOnThread(m_nextInLine.front());
-        }
-    }
-    guarded([this] { writeLines(); });
-}
-
-void ZQLog::appendLogOnThread(QStringView text)
+void ZQLog::appendLogOnThread(const QString &text)
 {
     if (loggingDisabled()) {
         return; // with the text still counted in bytesInQueue: kept on purpose
     }
     guarded([&] {
-        if (!useCurrentFile()) {
-            if (!loggingDisabled()) {
-                platform::printLine(
-                    platform::format(QStringLiteral("Unable to log the following information: %s"),
-                                     text.toString()));
-                platform::printLine(QStringLiteral("Unable to open log for output"));
+        if (const auto file = openFileHandle()) {
+            const auto date = platform::description(QDateTime::currentDateTimeUtc());
+            const auto line = (date + QStringLiteral(" - ") + text + u'\n').toUtf8();
+            const auto outcome =
+                file->append(line.constData(), static_cast<std::size_t>(line.size()));
+            if (outcome.error != 0) {
+                file->removeTail(outcome.written);
+                throw std::system_error(outcome.error, std::generic_category());
             }
-            leftQueue(text.size());
-            return;
+            m_bytesWritten.fetch_add(outcome.written, std::memory_order_relaxed);
+            if (bytesWritten() >= maxFileSize) {
+                createNewLog(appName());
+                appendLog(QStringLiteral("Log truncated at 500KB"));
+            }
+        } else if (!loggingDisabled()) {
+            platform::printLine(platform::format(
+                QStringLiteral("Unable to log the following information: %s"), text));
+            platform::printLine(QStringLiteral("Unable to open log for output"));
         }
-        m_lines.add(text);
-        if (bytesWritten() + m_lines.size() >= longestFile || m_lines.size() >= muchAtOnce) {
-            writeLines();
-        }
-        if (bytesWritten() >= longestFile) {
-            createNewLog(appName());
-            appendLog(QStringLiteral("Log truncated at 500KB"));
-        }
+        m_bytesInQueue.fetch_sub(static_cast<quint64>(text.size()), std::memory_order_relaxed);
     });
 }
 
-// Has the lines go to the current file. False where that cannot be opened.
-bool ZQLog::useCurrentFile()
+// Opens the current file where there is no file handle. Null where that fails.
+ZQLog::FileHandle ZQLog::openFileHandle()
 {
-    if (takeFileHandle()) {
-        return true;
+    if (auto file = fileHandle()) {
+        return file;
     }
     // Not while another thread is between the old file and the new one.
     const std::unique_lock noNewLog(m_newLogs);
-    if (takeFileHandle()) {
-        return true;
-    }
-    auto file = platform::AppendFile::open(currentFile());
+    auto file = fileHandle();
     if (file == nullptr) {
-        return false;
+        file = platform::AppendFile::open(currentFile());
+        setFileHandle(file);
     }
-    m_lines.setFile(file);
+    return file;
+}
+
+ZQLog::FileHandle ZQLog::fileHandle() const
+{
     const std::lock_guard lock(m_mutex);
-    // Not if the log has been closed meanwhile.
-    if (m_fileHandleChanges.load(std::memory_order_relaxed) == m_linesFileHandleChanges) {
-        m_fileHandle = std::move(file);
-    }
-    return true;
-}
-
-// Follows a change of the file handle. False where there is none.
-bool ZQLog::takeFileHandle()
-{
-    if (m_fileHandleChanges.load(std::memory_order_relaxed) != m_linesFileHandleChanges) {
-        writeLines();
-        const std::lock_guard lock(m_mutex);
-        m_linesFileHandleChanges = m_fileHandleChanges.load(std::memory_order_relaxed);
-        m_lines.setFile(m_fileHandle);
-    }
-    return m_lines.hasFile();
-}
-
-void ZQLog::writeLines()
-{
-    const auto written = m_lines.write([this](const char *reason) { reportException(reason); });
-    if (m_fileHandleChanges.load(std::memory_order_relaxed) == m_linesFileHandleChanges) {
-        m_bytesWritten.fetch_add(written.bytes, std::memory_order_relaxed);
-    }
-    leftQueue(written.characters);
-}
-
-void ZQLog::leftQueue(qsizetype characters)
-{
-    m_bytesInQueue.fetch_sub(static_cast<quint64>(characters), std::memory_order_relaxed);
+    return m_fileHandle;
 }
 
 void ZQLog::setFileHandle(FileHandle file)
 {
     const std::lock_guard lock(m_mutex);
     m_fileHandle = std::move(file);
-    m_fileHandleChanges.fetch_add(1, std::memory_order_relaxed);
 }
 
 void ZQLog::reportException(const char *reason) const noexcept

@@ -20,7 +20,7 @@ constexpr quint64 longText = 100;
 constexpr std::size_t manyEntries = 20;
 
 // At the end an entry that is being written gets this long.
-constexpr auto longestFarewell = std::chrono::milliseconds(200);
+constexpr auto maxWaitAtEnd = std::chrono::milliseconds(200);
 
 } // namespace
 
@@ -52,7 +52,12 @@ struct ZQLog::Forking {
 ZQLog::ZQLog()
     : m_terminationObserver(platform::NotificationCenter::defaultCenter().addObserver(
           platform::applicationWillTerminateNotification, &ZQLog::willTerminate)),
-      m_writeQueue("log", [this](const ZQLogTexts &texts) { appendAll(texts); })
+      m_writeQueue("log", [this](const Texts &texts) {
+          for (auto text = texts.all.cbegin();
+               text != texts.all.cend() && !m_writeQueue.isStopped(); ++text) {
+              appendLogOnThread(*text);
+          }
+      })
 {
     platform::setUncaughtExceptionHandler(uncaughtExceptionHandler);
 }
@@ -79,7 +84,7 @@ void ZQLog::append(Wait wait, const QString &format,
     log.guarded([&] {
         const auto text = platform::formatText(format, arguments);
         const auto length = static_cast<quint64>(text.size());
-        log.appendTextToLog(text);
+        log.appendTextToLog(text.trimmed());
         if (wait == Wait::ForShortText && length > 0 && length < longText &&
             log.bytesInQueue() < longText && !platform::isMainThread()) {
             finishWriting();
@@ -118,9 +123,7 @@ void ZQLog::close()
         m_writeQueue.waitUntilIdle();
     }
     setAppName(QString());
-    if (m_writeQueue.stop(longestFarewell)) {
-        m_lines.setFile(nullptr);
-    }
+    m_writeQueue.stop(maxWaitAtEnd);
     setFileHandle(nullptr);
 }
 

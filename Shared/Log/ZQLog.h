@@ -7,13 +7,10 @@
 #include "Platform/Core/Notifications/NotificationCenter.h"
 #include "Platform/Core/Text/TextFormat.h"
 #include "Platform/Core/Threads/SerialQueue.h"
-#include "Shared/Log/ZQLogLines.h"
-#include "Shared/Log/ZQLogTexts.h"
 
 #include <QStringList>
 
 #include <atomic>
-#include <deque>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -90,6 +87,12 @@ public:
 private:
     using FileHandle = std::shared_ptr<platform::AppendFile>;
     enum class Wait { Never, ForShortText };
+    struct Texts {
+        QStringList all;
+        void add(const QString &text) { all << text; }
+        std::size_t count() const { return static_cast<std::size_t>(all.size()); }
+        void clear() { all.clear(); }
+    };
     struct Forking;
 
     ZQLog();
@@ -98,7 +101,7 @@ private:
                        std::initializer_list<platform::FormatArgument> arguments);
     static void appendAndPrint(const QString &format,
                                std::initializer_list<platform::FormatArgument> arguments);
-    void appendTextToLog(QStringView text);
+    void appendTextToLog(const QString &text);
     void close();
 
     // Does some work; what that raises is printed.
@@ -113,36 +116,27 @@ private:
     }
     void reportException(const char *reason) const noexcept;
     // On the write queue.
-    void appendAll(const ZQLogTexts &texts);
-    void appendLogOnThread(QStringView text);
-    bool useCurrentFile();
-    bool takeFileHandle();
-    void writeLines();
-    void leftQueue(qsizetype characters);
+    void appendLogOnThread(const QString &text);
+    FileHandle openFileHandle();
 
     bool startNewLog(const QString &applicationName);
     bool rotate(const QString &folder) const;
     QString generation(const QString &folder, long number) const;
     QString currentFile() const;
+    FileHandle fileHandle() const;
     void setFileHandle(FileHandle file);
 
     platform::NotificationCenter::Observer m_terminationObserver;
     std::atomic<quint64> m_bytesWritten = 0;
     std::atomic<bool> m_loggingDisabled = false;
-    std::atomic<unsigned> m_fileHandleChanges = 0;
 
     std::shared_mutex m_newLogs; // shared by calls that begin a new log
     mutable std::mutex m_mutex;  // name and file handle
     QString m_appName;
     FileHandle m_fileHandle;
 
-    // The write queue's own.
-    ZQLogLines m_lines;
-    unsigned m_linesFileHandleChanges = 0;
-    std::deque<QString> m_nextInLine; // queued by the queue itself
-
     std::atomic<quint64> m_bytesInQueue = 0;
-    platform::SerialQueue<ZQLogTexts> m_writeQueue;
+    platform::SerialQueue<Texts> m_writeQueue;
 };
 
 // For exceptions that nobody catches; installed with the log.

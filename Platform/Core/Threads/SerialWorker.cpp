@@ -9,15 +9,6 @@
 #include <new>
 
 namespace platform {
-namespace {
-
-constexpr auto lingerStep = std::chrono::microseconds(250);
-constexpr int lingerSteps = 80; // 20 ms
-
-// Having found fewer entries than this, the worker lets more gather before it looks again.
-constexpr std::size_t busy = 256;
-
-} // namespace
 
 SerialWorker::SerialWorker(const char *threadName, std::function<std::size_t()> work)
     : m_threadName(threadName), m_work(std::move(work))
@@ -29,64 +20,59 @@ SerialWorker::~SerialWorker()
     stop(std::chrono::milliseconds::max());
 }
 
-void SerialWorker::rouse(std::unique_lock<std::mutex> &lock)
+void SerialWorker::add(const std::function<void()> &put)
 {
-    if (m_isForked) {
+    std::unique_lock lock(m_mutex);
+    if (isStopped()) {
+        return;
+    }
+    put();
+    ++m_added;
+    if (m_isForked && !m_running) {
         workHere(lock);
-        return;
+    } else if (m_running) {
+        lock.unlock();
+        m_threads.wake.notify_one();
+    } else {
+        // Where there is no thread to be had now, the next entry tries again.
+        m_threads.thread = startThread([this] { run(); });
+        m_running = m_threads.thread.joinable();
     }
-    if (!m_running) {
-        start();
-        return;
-    }
-    m_awake = true;
-    lock.unlock();
-    m_threads.wake.notify_one();
-}
-
-void SerialWorker::start()
-{
-    m_threads.thread = startThread([this] { run(); });
-    // Where there is no thread to be had now, the next entry tries again.
-    m_awake = m_running = m_threads.thread.joinable();
 }
 
 void SerialWorker::run()
 {
     m_id.store(std::this_thread::get_id(), std::memory_order_relaxed);
     ::pthread_setname_np(::pthread_self(), m_threadName);
-    int idleSteps = 0;
-    while (!isStopped()) {
-        const auto entries = work();
-        idleSteps = entries == 0 ? idleSteps + 1 : 0;
-        std::unique_lock lock(m_mutex);
-        if (idleSteps > lingerSteps && m_added == m_finished) {
-            m_awake = false;
-            m_threads.wake.wait(lock, [this] { return m_awake || m_urgent; });
-            m_awake = true;
-            idleSteps = 0;
-        } else if (entries < busy) {
-            m_threads.wake.wait_for(lock, lingerStep, [this] { return m_urgent; });
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_threads.wake.wait(lock, [this] { return m_finished < m_added || isStopped(); });
+        if (isStopped()) {
+            break;
         }
-        m_urgent = false;
+        lock.unlock();
+        work();
+        lock.lock();
     }
     // The system may give the same identifier to a new thread.
     m_id.store(std::thread::id(), std::memory_order_relaxed);
-    const std::lock_guard lock(m_mutex);
     m_running = false;
     m_threads.done.notify_all();
 }
 
-std::size_t SerialWorker::work()
+void SerialWorker::work()
 {
     const std::lock_guard working(m_working);
-    return m_work();
+    const auto entries = m_work();
+    const std::lock_guard lock(m_mutex);
+    m_finished += entries;
+    m_threads.done.notify_all();
 }
 
 // With no thread running.
 void SerialWorker::workHere(std::unique_lock<std::mutex> &lock) noexcept
 {
-    m_awake = m_running = true;
+    m_running = true;
     m_id.store(std::this_thread::get_id(), std::memory_order_relaxed);
     while (m_finished < m_added && !isStopped()) {
         lock.unlock();
@@ -94,14 +80,7 @@ void SerialWorker::workHere(std::unique_lock<std::mutex> &lock) noexcept
         lock.lock();
     }
     m_id.store(std::thread::id(), std::memory_order_relaxed);
-    m_awake = m_running = false;
-    m_threads.done.notify_all();
-}
-
-void SerialWorker::finished(std::size_t entries)
-{
-    const std::lock_guard lock(m_mutex);
-    m_finished += entries;
+    m_running = false;
     m_threads.done.notify_all();
 }
 
@@ -116,11 +95,7 @@ void SerialWorker::waitUntilIdle()
         return;
     }
     const auto last = m_added;
-    while (m_finished < last && m_running && !isStopped()) {
-        m_urgent = true;
-        m_threads.wake.notify_one();
-        m_threads.done.wait(lock);
-    }
+    m_threads.done.wait(lock, [&] { return m_finished >= last || !m_running || isStopped(); });
 }
 
 void SerialWorker::prepareForFork()
@@ -129,8 +104,8 @@ void SerialWorker::prepareForFork()
         return;
     }
     auto isPaused = m_working.try_lock();
-    for (auto step = 0; !isPaused && step < lingerSteps; ++step) {
-        std::this_thread::sleep_for(lingerStep);
+    for (auto tries = 0; !isPaused && tries < 20; ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
         isPaused = m_working.try_lock();
     }
     m_mutex.lock();
@@ -157,7 +132,7 @@ void SerialWorker::childWasForked()
     // Not destroyed: others are said to wait there, and to be joined, who do not exist here.
     ::new (&m_threads) Threads;
     m_finished = m_added; // what was waiting is the parent's
-    m_awake = m_urgent = m_running = false;
+    m_running = false;
     m_isForked = true;
     m_id.store(std::thread::id(), std::memory_order_relaxed);
     m_mutex.unlock();
@@ -178,7 +153,6 @@ bool SerialWorker::stop(std::chrono::milliseconds longest)
 {
     std::unique_lock lock(m_mutex);
     m_stopped.store(true, std::memory_order_relaxed);
-    m_urgent = true;
     m_threads.wake.notify_one();
     m_threads.done.notify_all();
     const auto ended = [this] { return !m_running; };

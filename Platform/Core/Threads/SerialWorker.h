@@ -11,10 +11,8 @@
 
 namespace platform {
 
-// The thread behind a SerialQueue. Adding costs no system call while the thread is about: after
-// work it looks for more every 250 microseconds, and only after 20 milliseconds without any does it
-// sleep until it is woken. It starts with the first entry. Where there is no thread to be had, and
-// in a process that was forked and has none, those who wait do the work themselves.
+// The thread behind a SerialQueue. It starts with the first entry. Where there is no thread to be
+// had, and in a process that was forked and has none, those who wait do the work themselves.
 class SerialWorker {
 public:
     // work handles all that waits and returns how many entries that were. Called on the thread.
@@ -27,24 +25,10 @@ public:
     SerialWorker &operator=(const SerialWorker &) = delete;
 
     // Has put add an entry while it holds the lock. Any thread; nothing happens after stop().
-    template <typename Put>
-    void add(Put put)
-    {
-        std::unique_lock lock(m_mutex);
-        if (!isStopped()) {
-            put();
-            ++m_added;
-            if (!m_awake) {
-                rouse(lock);
-            }
-        }
-    }
+    void add(const std::function<void()> &put);
 
     // Excludes add().
     std::unique_lock<std::mutex> lock() { return std::unique_lock(m_mutex); }
-
-    // Work tells that so many entries are done with.
-    void finished(std::size_t entries);
 
     // Returns when all entries added before the call are done with, on the thread itself at once.
     void waitUntilIdle();
@@ -70,10 +54,8 @@ public:
     }
 
 private:
-    void rouse(std::unique_lock<std::mutex> &lock);
-    void start();
     void run();
-    std::size_t work();
+    void work();
     void workHere(std::unique_lock<std::mutex> &lock) noexcept;
 
     const char *m_threadName;
@@ -91,8 +73,6 @@ private:
     Threads m_threads;
     std::uint64_t m_added = 0;
     std::uint64_t m_finished = 0;
-    bool m_awake = false;  // will look for entries without being told
-    bool m_urgent = false; // somebody waits for it to look
     bool m_running = false;
     bool m_isForked = false;
     bool m_isPaused = false; // for a fork

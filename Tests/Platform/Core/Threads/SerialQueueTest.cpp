@@ -17,8 +17,6 @@ class SerialQueueTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void entriesAreHandledInOrderOnAThreadOfTheirOwn();
-    void aFullBatchIsFollowedByAnother();
-    void whenTheRushIsOverTheMemoryOfOneBatchIsKept();
     void waitingReturnsWhenWhatWasAddedBeforeIsHandled();
     void waitingInsideAHandlerReturnsAtOnce();
     void waitingWithoutEntriesReturnsAtOnce();
@@ -36,31 +34,13 @@ private Q_SLOTS:
 
 namespace {
 
-constexpr int fullSize = 4;
-
 struct Numbers {
     std::vector<int> all;
 
     void add(int number) { all.push_back(number); }
     std::size_t count() const { return all.size(); }
-    bool isFull() const { return all.size() == fullSize; }
     void clear() { all.clear(); }
 };
-
-// Counts itself.
-class Counted : public Numbers {
-public:
-    Counted() { ++alive; }
-    Counted(Counted &&other) noexcept : Numbers(std::move(other)) { ++alive; }
-    Counted &operator=(Counted &&) = default;
-    Counted(const Counted &) = delete;
-    Counted &operator=(const Counted &) = delete;
-    ~Counted() { --alive; }
-
-    static std::atomic<int> alive;
-};
-
-std::atomic<int> Counted::alive = 0;
 
 using Queue = platform::SerialQueue<Numbers>;
 
@@ -90,42 +70,6 @@ void SerialQueueTest::entriesAreHandledInOrderOnAThreadOfTheirOwn()
     queue.waitUntilIdle();
     QCOMPARE(handled, numbers(1000));
     QVERIFY(thread != std::this_thread::get_id());
-}
-
-void SerialQueueTest::aFullBatchIsFollowedByAnother()
-{
-    std::promise<void> go;
-    std::vector<std::size_t> sizes;
-    Queue queue("test", [&, ready = go.get_future().share()](const Numbers &batch) {
-        ready.wait();
-        sizes.push_back(batch.count());
-    });
-    queue.add(0);
-    while (!queue.isCurrentThread() && queue.pending() == 0) {
-    }
-    std::this_thread::sleep_for(5ms); // the first one is most likely taken
-    for (int number = 1; number < 11; ++number) {
-        queue.add(number);
-    }
-    go.set_value();
-    queue.waitUntilIdle();
-    QCOMPARE(std::accumulate(sizes.begin(), sizes.end(), std::size_t(0)), std::size_t(11));
-    QVERIFY(*std::max_element(sizes.begin(), sizes.end()) == fullSize);
-}
-
-void SerialQueueTest::whenTheRushIsOverTheMemoryOfOneBatchIsKept()
-{
-    {
-        platform::SerialQueue<Counted> queue("test", [](const Counted &) {});
-        for (int round = 0; round < 3; ++round) {
-            for (int number = 0; number < 100 * fullSize; ++number) {
-                queue.add(number);
-            }
-            queue.waitUntilIdle();
-            QTRY_COMPARE(Counted::alive.load(), 1);
-        }
-    }
-    QCOMPARE(Counted::alive.load(), 0);
 }
 
 void SerialQueueTest::waitingReturnsWhenWhatWasAddedBeforeIsHandled()
