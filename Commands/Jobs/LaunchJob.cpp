@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/Jobs/LaunchJob.h"
 
-#include "Commands/Jobs/LaunchJobReader.h"
 #include "Commands/Jobs/LaunchSession.h"
 #include "Commands/Jobs/LaunchUnit.h"
 #include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Basics/DescriptorPath.h"
 #include "Platform/Core/Basics/TrustedPath.h"
-#include "Platform/Core/PropertyLists/PropertyList.h"
+#include "Platform/Core/Files/FileContents.h"
 #include "Platform/Core/Text/FileName.h"
 
 #include <fcntl.h>
@@ -15,21 +15,16 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 namespace platform {
 namespace {
 
 // The system takes 255 bytes in a file name; new files have a few more until they are whole.
-constexpr auto longestUnitName = 240;
+constexpr auto maxUnitName = 240;
+
 bool isControl(QChar character)
 {
     return character.category() == QChar::Other_Control;
-}
-
-QString systemText(int number)
-{
-    return QString::fromLocal8Bit(std::strerror(number)); // NOLINT(concurrency-mt-unsafe)
 }
 
 // A user's own job runs what the user may change anyway; whatever root runs is to be root's.
@@ -49,7 +44,7 @@ QString pathObjection(const QByteArray &path, const QString &whatOthersCould)
     }
     return judged.error == 0 ? QString()
                              : QStringLiteral("%1 cannot be run: %2")
-                                   .arg(readableName(path), systemText(judged.error));
+                                   .arg(readableName(path), qt_error_string(judged.error));
 }
 
 // The bytes of a file that is fit to be a job's; else why it is not.
@@ -58,7 +53,7 @@ std::optional<QByteArray> trustedContents(const QByteArray &file, QString *reaso
     struct stat status {};
     // Asked before as well as after: opening a device may already do something.
     if (::stat(file.constData(), &status) != 0) {
-        *reason = systemText(errno);
+        *reason = qt_error_string(errno);
         return std::nullopt;
     }
     *reason = launchFileObjection(status, ::geteuid());
@@ -68,31 +63,21 @@ std::optional<QByteArray> trustedContents(const QByteArray &file, QString *reaso
     if (!reason->isNull()) {
         return std::nullopt;
     }
-    const Descriptor descriptor(
-        ::open(file.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)); // NOLINT(*-vararg)
-    if (!descriptor.isOpen() || ::fstat(descriptor.number(), &status) != 0) {
-        *reason = systemText(errno);
+    const Descriptor opened(::open(file.constData(), O_PATH | O_CLOEXEC)); // NOLINT(*-vararg)
+    if (!opened.isOpen() || ::fstat(opened.number(), &status) != 0) {
+        *reason = qt_error_string(errno);
         return std::nullopt;
     }
-    *reason = launchFileObjection(status, ::geteuid());
-    QByteArray contents(static_cast<int>(maximumLaunchJobSize) + 1, Qt::Uninitialized);
-    auto size = 0;
-    while (reason->isNull() && size < contents.size()) {
-        const auto count = ::read(descriptor.number(), contents.data() + size,
-                                  static_cast<std::size_t>(contents.size() - size));
-        if (count < 0 && errno != EINTR) {
-            *reason = systemText(errno);
-        } else if (count == 0) {
-            contents.truncate(size);
-            return contents;
-        } else if (count > 0) {
-            size += static_cast<int>(count);
-        }
+    *reason = status.st_size > maximumLaunchJobSize ? QStringLiteral("larger than any job file")
+                                                    : launchFileObjection(status, ::geteuid());
+    auto contents = reason->isNull()
+                        ? contentsOfFile(QString::fromUtf8(pathOfDescriptor(opened.number())),
+                                         maximumLaunchJobSize)
+                        : std::nullopt;
+    if (!contents && reason->isNull()) {
+        *reason = qt_error_string(errno);
     }
-    if (reason->isNull()) {
-        *reason = QStringLiteral("larger than any job file");
-    }
-    return std::nullopt;
+    return contents;
 }
 
 } // namespace
@@ -129,8 +114,7 @@ QString launchLabelObjection(const QByteArray &label)
     if (!isUtf8Name(label)) {
         return QStringLiteral("is not UTF-8");
     }
-    return launchUnitName(label).size() > longestUnitName ? QStringLiteral("is too long")
-                                                          : QString();
+    return launchUnitName(label).size() > maxUnitName ? QStringLiteral("is too long") : QString();
 }
 
 QByteArray launchLabelOfFile(const QByteArray &file)
@@ -153,19 +137,6 @@ QString launchFileObjection(const struct stat &status, uid_t user)
         return QStringLiteral("Dubious ownership: others than the owner may write to the file");
     }
     return {};
-}
-
-std::optional<LaunchJob> launchJobFromData(const QByteArray &data, const QByteArray &file,
-                                           QString *error)
-{
-    const auto value =
-        data.size() <= maximumLaunchJobSize ? propertyListFromData(data) : std::nullopt;
-    if (!value || value->userType() != QMetaType::QVariantMap) {
-        *error =
-            QStringLiteral("%1: not a property list with a dictionary").arg(readableName(file));
-        return std::nullopt;
-    }
-    return LaunchJobReader(value->toMap(), file).read(error);
 }
 
 QString launchProgramObjection(const LaunchJob &job)

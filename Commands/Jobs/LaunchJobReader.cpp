@@ -1,18 +1,20 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
-#include "Commands/Jobs/LaunchJobReader.h"
-
+#include "Commands/Jobs/LaunchJob.h"
+#include "Platform/Core/PropertyLists/PropertyList.h"
 #include "Platform/Core/Text/FileName.h"
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <map>
 
 namespace platform {
 namespace {
 
-constexpr auto mostArguments = 4096;
-constexpr auto mostArgumentBytes = 100000; // the system takes 131071 in one argument
-constexpr qlonglong longestThrottle = 86400;
+constexpr auto maxArguments = 4096;
+constexpr auto maxArgumentBytes = 100000; // the system takes 131071 in one argument
+constexpr qlonglong maxThrottle = 86400;
 
 bool isControl(QChar character)
 {
@@ -44,43 +46,73 @@ bool isEnvironmentValue(const QString &value)
     });
 }
 
-} // namespace
-
-LaunchJobReader::LaunchJobReader(QVariantMap dictionary, const QByteArray &file)
-    : m_dictionary(std::move(dictionary))
-{
-    m_job.file = file;
-}
-
-std::optional<LaunchJob> LaunchJobReader::read(QString *error)
-{
-    for (auto item = m_dictionary.cbegin(); item != m_dictionary.cend() && sound(); ++item) {
-        readKey(item.key(), item.value());
+// Reads the keys of one job file, up to the first that is wrong.
+class Reader {
+public:
+    Reader(QVariantMap dictionary, const QByteArray &file) : m_dictionary(std::move(dictionary))
+    {
+        m_job.file = file;
     }
-    if (sound()) {
+
+    // The checked job; nothing, with what is wrong in error, where it is none.
+    std::optional<LaunchJob> read(QString *error);
+
+private:
+    bool isSound() const { return m_error.isNull(); }
+    void fail(const QString &text);
+    void failKey(const QString &text);
+
+    void readKey(const QVariant &value);
+    void checkWhole();
+
+    QByteArray bytes(const QVariant &value);
+    QByteArray path(const QVariant &value);
+    bool boolean(const QVariant &value);
+    qlonglong integer(const QVariant &value, qlonglong minimum, qlonglong maximum);
+
+    void readLabel(const QVariant &value);
+    void readArguments(const QVariant &value);
+    void readEnvironment(const QVariant &value);
+    void readKeepAlive(const QVariant &value);
+    void readUmask(const QVariant &value);
+    void readProcessType(const QVariant &value);
+
+    QVariantMap m_dictionary;
+    LaunchJob m_job;
+    QString m_key;
+    QString m_error;
+};
+
+std::optional<LaunchJob> Reader::read(QString *error)
+{
+    for (auto item = m_dictionary.cbegin(); item != m_dictionary.cend() && isSound(); ++item) {
+        m_key = item.key();
+        readKey(item.value());
+    }
+    if (isSound()) {
         checkWhole();
     }
-    if (sound()) {
+    if (isSound()) {
         return m_job;
     }
     *error = m_error;
     return std::nullopt;
 }
 
-void LaunchJobReader::fail(const QString &text)
+void Reader::fail(const QString &text)
 {
-    if (sound()) {
+    if (isSound()) {
         m_error = QStringLiteral("%1: %2").arg(readableName(m_job.file), text);
     }
 }
 
-void LaunchJobReader::failKey(const QString &text)
+void Reader::failKey(const QString &text)
 {
     fail(QStringLiteral("the key \"%1\" %2").arg(readableName(m_key.toUtf8()), text));
 }
 
 // Text, or bytes for what is not UTF-8.
-QByteArray LaunchJobReader::bytes(const QVariant &value)
+QByteArray Reader::bytes(const QVariant &value)
 {
     QByteArray result;
     if (type(value) == QMetaType::QString) {
@@ -93,13 +125,13 @@ QByteArray LaunchJobReader::bytes(const QVariant &value)
     if (result.contains('\0')) {
         failKey(QStringLiteral("holds a null character"));
     }
-    if (result.size() > mostArgumentBytes) {
+    if (result.size() > maxArgumentBytes) {
         failKey(QStringLiteral("is too long"));
     }
     return result;
 }
 
-QByteArray LaunchJobReader::path(const QVariant &value)
+QByteArray Reader::path(const QVariant &value)
 {
     auto result = bytes(value);
     if (!result.startsWith('/')) {
@@ -108,7 +140,7 @@ QByteArray LaunchJobReader::path(const QVariant &value)
     return result;
 }
 
-bool LaunchJobReader::boolean(const QVariant &value)
+bool Reader::boolean(const QVariant &value)
 {
     if (type(value) != QMetaType::Bool) {
         failKey(QStringLiteral("must be true or false"));
@@ -116,17 +148,17 @@ bool LaunchJobReader::boolean(const QVariant &value)
     return value.toBool();
 }
 
-qlonglong LaunchJobReader::integer(const QVariant &value, qlonglong least, qlonglong most)
+qlonglong Reader::integer(const QVariant &value, qlonglong minimum, qlonglong maximum)
 {
     const auto isInteger = type(value) == QMetaType::LongLong;
     const auto number = value.toLongLong();
-    if (!isInteger || number < least || number > most) {
-        failKey(QStringLiteral("must be an integer from %1 to %2").arg(least).arg(most));
+    if (!isInteger || number < minimum || number > maximum) {
+        failKey(QStringLiteral("must be an integer from %1 to %2").arg(minimum).arg(maximum));
     }
     return number;
 }
 
-void LaunchJobReader::readLabel(const QVariant &value)
+void Reader::readLabel(const QVariant &value)
 {
     m_job.label = type(value) == QMetaType::QString ? value.toString().toUtf8() : QByteArray();
     const auto objection = launchLabelObjection(m_job.label);
@@ -137,40 +169,35 @@ void LaunchJobReader::readLabel(const QVariant &value)
     }
 }
 
-void LaunchJobReader::readProgram(const QVariant &value)
-{
-    m_job.program = path(value);
-}
-
-void LaunchJobReader::readArguments(const QVariant &value)
+void Reader::readArguments(const QVariant &value)
 {
     const auto list = value.toList();
-    if (type(value) != QMetaType::QVariantList || list.isEmpty() || list.size() > mostArguments) {
-        failKey(QStringLiteral("must be an array of 1 to %1 strings").arg(mostArguments));
+    if (type(value) != QMetaType::QVariantList || list.isEmpty() || list.size() > maxArguments) {
+        failKey(QStringLiteral("must be an array of 1 to %1 strings").arg(maxArguments));
         return;
     }
-    auto left = mostArgumentBytes;
+    auto left = maxArgumentBytes;
     for (const auto &item : list) {
         m_job.arguments << bytes(item);
         left -= static_cast<int>(m_job.arguments.last().size()) + 1;
         if (left < 0) {
             failKey(QStringLiteral("is too long"));
         }
-        if (!sound()) {
+        if (!isSound()) {
             return;
         }
     }
 }
 
-void LaunchJobReader::readEnvironment(const QVariant &value)
+void Reader::readEnvironment(const QVariant &value)
 {
     if (type(value) != QMetaType::QVariantMap) {
         failKey(QStringLiteral("must be a dictionary of strings"));
         return;
     }
     const auto variables = value.toMap();
-    auto left = mostArgumentBytes;
-    for (auto item = variables.cbegin(); item != variables.cend() && sound(); ++item) {
+    auto left = maxArgumentBytes;
+    for (auto item = variables.cbegin(); item != variables.cend() && isSound(); ++item) {
         const auto text = item.value().toString();
         left -= static_cast<int>(item.key().size() + text.size()) + 2;
         if (type(item.value()) != QMetaType::QString) {
@@ -187,7 +214,7 @@ void LaunchJobReader::readEnvironment(const QVariant &value)
     }
 }
 
-void LaunchJobReader::readKeepAlive(const QVariant &value)
+void Reader::readKeepAlive(const QVariant &value)
 {
     if (type(value) == QMetaType::Bool) {
         m_job.keepAlive =
@@ -208,7 +235,7 @@ void LaunchJobReader::readKeepAlive(const QVariant &value)
 }
 
 // As a number, or as text in the octal form that is usual for it.
-void LaunchJobReader::readUmask(const QVariant &value)
+void Reader::readUmask(const QVariant &value)
 {
     if (type(value) == QMetaType::QString) {
         auto isOctal = false;
@@ -219,7 +246,7 @@ void LaunchJobReader::readUmask(const QVariant &value)
     }
 }
 
-void LaunchJobReader::readProcessType(const QVariant &value)
+void Reader::readProcessType(const QVariant &value)
 {
     static const std::array kinds{"Background", "Standard", "Adaptive", "Interactive"};
     const auto kind = value.toString().toUtf8();
@@ -230,77 +257,35 @@ void LaunchJobReader::readProcessType(const QVariant &value)
     m_job.isBackground = kind == kinds.front();
 }
 
-void LaunchJobReader::readWorkingDirectory(const QVariant &value)
+void Reader::readKey(const QVariant &value)
 {
-    m_job.workingDirectory = path(value);
-}
-
-void LaunchJobReader::readStandardIn(const QVariant &value)
-{
-    m_job.standardInPath = path(value);
-}
-
-void LaunchJobReader::readStandardOut(const QVariant &value)
-{
-    m_job.standardOutPath = path(value);
-}
-
-void LaunchJobReader::readStandardError(const QVariant &value)
-{
-    m_job.standardErrorPath = path(value);
-}
-
-void LaunchJobReader::readRunAtLoad(const QVariant &value)
-{
-    m_job.runAtLoad = boolean(value);
-}
-
-void LaunchJobReader::readDisabled(const QVariant &value)
-{
-    m_job.isDisabled = boolean(value);
-}
-
-void LaunchJobReader::readNice(const QVariant &value)
-{
-    m_job.nice = static_cast<int>(integer(value, -20, 19));
-}
-
-void LaunchJobReader::readThrottleInterval(const QVariant &value)
-{
-    m_job.throttleInterval = std::chrono::seconds(integer(value, 1, longestThrottle));
-}
-
-void LaunchJobReader::readKey(const QString &name, const QVariant &value)
-{
-    static constexpr std::array keys{
-        Key{"Label", &LaunchJobReader::readLabel},
-        Key{"Program", &LaunchJobReader::readProgram},
-        Key{"ProgramArguments", &LaunchJobReader::readArguments},
-        Key{"WorkingDirectory", &LaunchJobReader::readWorkingDirectory},
-        Key{"RunAtLoad", &LaunchJobReader::readRunAtLoad},
-        Key{"KeepAlive", &LaunchJobReader::readKeepAlive},
-        Key{"EnvironmentVariables", &LaunchJobReader::readEnvironment},
-        Key{"StandardInPath", &LaunchJobReader::readStandardIn},
-        Key{"StandardOutPath", &LaunchJobReader::readStandardOut},
-        Key{"StandardErrorPath", &LaunchJobReader::readStandardError},
-        Key{"Nice", &LaunchJobReader::readNice},
-        Key{"Umask", &LaunchJobReader::readUmask},
-        Key{"ThrottleInterval", &LaunchJobReader::readThrottleInterval},
-        Key{"ProcessType", &LaunchJobReader::readProcessType},
-        Key{"Disabled", &LaunchJobReader::readDisabled},
+    const std::map<QString, std::function<void()>> keys{
+        {QStringLiteral("Label"), [&] { readLabel(value); }},
+        {QStringLiteral("Program"), [&] { m_job.program = path(value); }},
+        {QStringLiteral("ProgramArguments"), [&] { readArguments(value); }},
+        {QStringLiteral("WorkingDirectory"), [&] { m_job.workingDirectory = path(value); }},
+        {QStringLiteral("RunAtLoad"), [&] { m_job.runAtLoad = boolean(value); }},
+        {QStringLiteral("KeepAlive"), [&] { readKeepAlive(value); }},
+        {QStringLiteral("EnvironmentVariables"), [&] { readEnvironment(value); }},
+        {QStringLiteral("StandardInPath"), [&] { m_job.standardInPath = path(value); }},
+        {QStringLiteral("StandardOutPath"), [&] { m_job.standardOutPath = path(value); }},
+        {QStringLiteral("StandardErrorPath"), [&] { m_job.standardErrorPath = path(value); }},
+        {QStringLiteral("Nice"), [&] { m_job.nice = static_cast<int>(integer(value, -20, 19)); }},
+        {QStringLiteral("Umask"), [&] { readUmask(value); }},
+        {QStringLiteral("ThrottleInterval"),
+         [&] { m_job.throttleInterval = std::chrono::seconds(integer(value, 1, maxThrottle)); }},
+        {QStringLiteral("ProcessType"), [&] { readProcessType(value); }},
+        {QStringLiteral("Disabled"), [&] { m_job.isDisabled = boolean(value); }},
     };
-    m_key = name;
-    const auto *key = std::find_if(keys.begin(), keys.end(), [&](const Key &known) {
-        return name == QLatin1String(known.name);
-    });
+    const auto key = keys.find(m_key);
     if (key == keys.end()) {
         failKey(QStringLiteral("has no meaning here"));
     } else {
-        (this->*key->read)(value);
+        key->second();
     }
 }
 
-void LaunchJobReader::checkWhole()
+void Reader::checkWhole()
 {
     if (m_job.program.isEmpty() && !m_job.arguments.isEmpty()) {
         m_key = QStringLiteral("ProgramArguments");
@@ -322,6 +307,21 @@ void LaunchJobReader::checkWhole()
     } else if (m_job.arguments.isEmpty()) {
         m_job.arguments << m_job.program;
     }
+}
+
+} // namespace
+
+std::optional<LaunchJob> launchJobFromData(const QByteArray &data, const QByteArray &file,
+                                           QString *error)
+{
+    const auto value =
+        data.size() <= maximumLaunchJobSize ? propertyListFromData(data) : std::nullopt;
+    if (!value || value->userType() != QMetaType::QVariantMap) {
+        *error =
+            QStringLiteral("%1: not a property list with a dictionary").arg(readableName(file));
+        return std::nullopt;
+    }
+    return Reader(value->toMap(), file).read(error);
 }
 
 } // namespace platform

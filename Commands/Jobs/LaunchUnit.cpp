@@ -42,19 +42,6 @@ QByteArray quoted(const QByteArray &word)
     return withoutSpecifiers(result + '"');
 }
 
-// What printf turns back with "%b".
-QByteArray octalEscaped(const QByteArray &word)
-{
-    QByteArray result;
-    for (const char byte : word) {
-        const auto code = static_cast<uchar>(byte);
-        result += code < 0x80 && byte != '\\'
-                      ? QByteArray(1, byte)
-                      : "\\0" + QByteArray::number(code, 8).rightJustified(3, '0');
-    }
-    return result;
-}
-
 // Whether a setting that is one path, without quotes and escapes, can hold this one.
 bool canStandPlain(const QByteArray &path)
 {
@@ -62,7 +49,7 @@ bool canStandPlain(const QByteArray &path)
            !path.endsWith('\\') && !path.endsWith(' ') && !(path + '/').contains("/../");
 }
 
-// systemd runs no program of such a name itself.
+// systemd itself runs no program whose name has quotes.
 bool canBeRunPlain(const QByteArray &program)
 {
     return canStandPlain(program) && std::none_of(program.begin(), program.end(), [](char byte) {
@@ -75,95 +62,25 @@ QByteArray fileUri(const QByteArray &path)
     return "file://" + path.toPercentEncoding("/");
 }
 
-// The settings that name paths, and the command line. What systemd cannot express as a setting a
-// shell does, which replaces itself by the program.
-class Execution {
-public:
-    explicit Execution(const LaunchJob &job) : m_job(job)
-    {
-        redirect("StandardInput=file:", m_job.standardInPath, "exec <\"$1\"");
-        redirect("StandardOutput=append:", m_job.standardOutPath, "exec >>\"$1\"");
-        redirect("StandardError=append:", m_job.standardErrorPath, "exec 2>>\"$1\"");
-        if (canStandPlain(m_job.workingDirectory)) {
-            setting("WorkingDirectory=", m_job.workingDirectory);
-        } else {
-            byShell(m_job.workingDirectory, "cd -P -- \"$1\"");
-        }
-    }
+// The colon keeps "$" as it is, the at sign lets the program's own name be given.
+QByteArray commandLine(const LaunchJob &job)
+{
+    auto words = canBeRunPlain(job.program)
+                     ? QByteArrayList{"@:" + job.program} + job.arguments
+                     : QByteArrayList{":/bin/sh", "-c", "exec \"$@\"", "sh", job.program} +
+                           job.arguments.mid(1);
+    std::transform(words.begin(), words.end(), words.begin(), quoted);
+    return words.join(' ');
+}
 
-    QByteArray lines() const
-    {
-        QByteArrayList words;
-        if (m_script.isEmpty() && canBeRunPlain(m_job.program) &&
-            std::all_of(m_job.arguments.begin(), m_job.arguments.end(), isUtf8Name)) {
-            // The colon keeps "$" as it is, the at sign lets the program's own name be given.
-            words << "@:" + m_job.program << m_job.arguments;
-        } else {
-            words << QByteArray(":/bin/sh") << QByteArray("-c") << script() << QByteArray("sh")
-                  << scriptArguments();
-        }
-        std::transform(words.begin(), words.end(), words.begin(), quoted);
-        return m_settings + "ExecStart=" + words.join(' ') + '\n';
-    }
-
-private:
-    QByteArrayList plainArguments() const
-    {
-        return m_shellArguments + QByteArrayList{m_job.program} + m_job.arguments.mid(1);
-    }
-
-    bool isAllText() const
-    {
-        const auto arguments = plainArguments();
-        return std::all_of(arguments.begin(), arguments.end(), isUtf8Name);
-    }
-
-    // A manager that holds bytes that are no UTF-8 cannot show the unit to anybody, so the shell
-    // makes them. The full stop saves line breaks at the end.
-    QByteArray script() const
-    {
-        const QByteArray decoding = "n=$#; while [ $n -gt 0 ]; do w=$(printf %b. \"$1\"); shift; "
-                                    "set -- \"$@\" \"${w%.}\"; n=$((n-1)); done; ";
-        return (isAllText() ? QByteArray() : decoding) + m_script + "exec \"$@\"";
-    }
-
-    QByteArrayList scriptArguments() const
-    {
-        auto arguments = plainArguments();
-        if (!isAllText()) {
-            std::transform(arguments.begin(), arguments.end(), arguments.begin(), octalEscaped);
-        }
-        return arguments;
-    }
-
-    void setting(const QByteArray &name, const QByteArray &path)
-    {
-        m_settings += name + withoutSpecifiers(path) + '\n';
-    }
-
-    void byShell(const QByteArray &path, const QByteArray &command)
-    {
-        m_script += command + " && shift && ";
-        m_shellArguments << path;
-    }
-
-    void redirect(const QByteArray &name, const QByteArray &path, const QByteArray &command)
-    {
-        if (path.isEmpty()) {
-            return;
-        }
-        if (canStandPlain(path)) {
-            setting(name, path);
-        } else {
-            byShell(path, command);
-        }
-    }
-
-    const LaunchJob &m_job;
-    QByteArray m_settings;
-    QByteArray m_script;
-    QByteArrayList m_shellArguments;
-};
+// The settings that name one path each.
+std::array<std::pair<QByteArray, QByteArray>, 4> pathSettings(const LaunchJob &job)
+{
+    return {{{"WorkingDirectory=", job.workingDirectory},
+             {"StandardInput=file:", job.standardInPath},
+             {"StandardOutput=append:", job.standardOutPath},
+             {"StandardError=append:", job.standardErrorPath}}};
+}
 
 // systemd counts the end by one of these signals as a success; a job's success is the exit status
 // 0.
@@ -243,7 +160,12 @@ QByteArray launchUnitFile(const LaunchJob &job)
         "Slice=app.slice\n"
         "KillMode=mixed\n"
         "TimeoutStopSec=5\n";
-    unit += restartLines(job.keepAlive) + Execution(job).lines();
+    unit += restartLines(job.keepAlive) + "ExecStart=" + commandLine(job) + '\n';
+    for (const auto &[name, path] : pathSettings(job)) {
+        if (!path.isEmpty()) {
+            unit += name + withoutSpecifiers(path) + '\n';
+        }
+    }
     for (const auto &variable : job.environment) {
         unit += "Environment=" + quoted(variable) + '\n';
     }
@@ -261,10 +183,22 @@ QByteArray launchUnitFile(const LaunchJob &job)
 
 QString launchUnitObjection(const LaunchJob &job)
 {
-    return canStandPlain(job.file)
-               ? QString()
-               : QStringLiteral("%1: systemd cannot take a job file in a folder of such a name")
-                     .arg(readableName(job.file));
+    const auto file = readableName(job.file);
+    if (!canStandPlain(job.file)) {
+        return QStringLiteral("%1: systemd cannot take a job file in a folder of such a name")
+            .arg(file);
+    }
+    for (const auto &[name, path] : pathSettings(job)) {
+        if (!path.isEmpty() && !canStandPlain(path)) {
+            return QStringLiteral("%1: systemd cannot take a path of such a name: %2")
+                .arg(file, readableName(path));
+        }
+    }
+    const auto words = QByteArrayList{job.program} + job.arguments;
+    const auto other = std::find_if_not(words.begin(), words.end(), isUtf8Name);
+    return other == words.end() ? QString()
+                                : QStringLiteral("%1: systemd cannot take what is not UTF-8: %2")
+                                      .arg(file, readableName(*other));
 }
 
 } // namespace platform

@@ -176,17 +176,24 @@ class Generator(unittest.TestCase):
                   WorkingDirectory=folder, StandardOutPath=folder + "/out",
                   EnvironmentVariables={"A": "%h\n$B\"'\\"}, KeepAlive={"SuccessfulExit": True})
         write_job("all", program=program, WorkingDirectory=folder, Nice=-20, Umask=0,
-                  StandardInPath="/dev/null", StandardErrorPath=folder + "\n",
+                  StandardInPath="/dev/null", StandardErrorPath=folder,
                   ProcessType="Background", ThrottleInterval=86400)
-        write_job("bytes", program=jobs.write_program(b"/tmp/\xff", "exit\n"), WorkingDirectory=b"/\xfe")
         self.generate()
-        self.assertEqual(len(self.units()), 4)
+        self.assertEqual(len(self.units()), 3)
         with open(f"{OUT}/app-wrong.service", "w") as file:
             file.write("[Service]\nExecStart=/bin/true\nRestart=maybe\n")
         for unit in self.units():
             result = jobs.run("systemd-analyze", "--user", "--man=no", "verify", f"{OUT}/{unit}")
             told = [line for line in result.stderr.splitlines() if "app-" in line]
             self.assertEqual(bool(told), unit == "app-wrong.service", result.stderr)
+
+    def test_what_systemd_cannot_express_has_no_unit(self):
+        odd = jobs.write_program(b"/tmp/\xff", "exit\n")
+        bytes_job = write_job("bytes", program=odd)
+        path_job = write_job("path", WorkingDirectory="/tmp/a\nb")
+        self.generate([f"{bytes_job}: systemd cannot take what is not UTF-8: /tmp/\uFFFD",
+                       f"{path_job}: systemd cannot take a path of such a name: /tmp/a\uFFFDb"])
+        self.assertEqual(self.units(), [])
 
     def test_an_odd_home_folder(self):
         home = "/tmp/home %h 'x' \"y\""

@@ -305,29 +305,32 @@ class ServiceManager(jobs.JobTest):
                                 check=False).output
             self.assertEqual(made, f"{count}\n")
 
-    def test_names_of_any_bytes_reach_the_program(self):
-        folder = b"/tmp/-'\"% $HOME\n\xff\\"
+    def test_a_program_of_an_odd_name_gets_its_arguments(self):
+        folder = "/tmp/-'\"% $HOME\\x"
         os.makedirs(folder, exist_ok=True)
-        program = write_program(folder + b"/pro gram\n",
+        program = write_program(folder + "/pro gram\n",
                                 'pwd >"$OUT"; printf "%s|" "$@" >>"$OUT"; exec sleep 1000\n')
-        every = bytes(range(1, 256))
-        arguments = [b"me", b"-n", b"%h $HOME ${A} \\", b"a\n\n", every, b""]
+        every = "".join(map(chr, range(1, 128))) + "grün"
+        arguments = ["me", "-n", "%h $HOME ${A} \\", "a\n\n", every.encode(), ""]
         label = "- it's \"odd\" 100%"
         self.load(write_job(label, program=program, ProgramArguments=arguments,
-                            WorkingDirectory=folder, StandardErrorPath=folder + b"/error\n",
+                            WorkingDirectory=folder, StandardErrorPath=folder + "/error %",
                             EnvironmentVariables={"OUT": "/tmp/out", "B": "%h\n$B"}))
-        expected = folder + b"\n" + b"".join(word + b"|" for word in arguments[1:])
-
-        def output():
-            return os.path.exists("/tmp/out") and open("/tmp/out", "rb").read()
-
-        wait_until(lambda: output() == expected, "the program's output")
-        self.assertTrue(os.path.exists(folder + b"/error\n"))
+        expected = folder + "\n" + "".join(f"{word}|" for word in [*arguments[1:4], every, ""])
+        wait_until(lambda: os.path.exists("/tmp/out") and
+                   open("/tmp/out", "rb").read() == expected.encode(), "the program's output")
+        self.assertTrue(os.path.exists(folder + "/error %"))
         environment = open(f"/proc/{self.pid(label)}/environ", "rb").read().split(b"\0")
         self.assertIn(b"B=%h\n$B", environment)
         unit = self.details(label)["Unit"]
         self.assertEqual(systemctl("status", unit).returncode, 0)
         self.expect(launchctl("remove", label))
+
+    def test_a_job_that_systemd_cannot_express_is_refused_in_words(self):
+        path = write_job(program=write_program(b"/tmp/\xff", "exit\n"))
+        self.expect(launchctl("load", path), 1,
+                    f"launchctl: {path}: systemd cannot take what is not UTF-8: /tmp/\uFFFD\n")
+        self.expect(launchctl("list"), output="PID\tStatus\tLabel\n")
 
     def test_text_reaches_a_plainly_named_program(self):
         program = write_program("/tmp/plain", 'pwd >/tmp/said; printf "%s|" "$0" "$@"; exec sleep 1000\n')
