@@ -2,19 +2,17 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Processes/ChildExit.h"
 
-#include "Platform/Core/Processes/ChildReaper.h"
-#include "Platform/Core/Processes/ProcessDescriptor.h"
+#include "Platform/Core/Threads/BackgroundThread.h"
 #include "Platform/Core/Threads/MainThread.h"
 
-#include <QEventLoop>
-#include <QSocketNotifier>
-
-#include <poll.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace platform {
 namespace {
@@ -29,27 +27,12 @@ int waitFor(pid_t child, siginfo_t &end, int options)
     return result;
 }
 
-// Setting up an event loop takes longer than what ends as fast as that.
-constexpr int atOnce = 1; // ms
-
-bool endsWithin(const Descriptor &process, int milliseconds)
-{
-    pollfd end{process.number(), POLLIN, 0};
-    return ::poll(&end, 1, milliseconds) > 0;
-}
-
-void waitUntilItCanBeReaped(pid_t child)
-{
-    siginfo_t end{};
-    waitFor(child, end, WEXITED | WNOWAIT);
-}
-
 } // namespace
 
-// Under the lock. Reaps the child unless that is somebody's task.
+// Under the lock. Reaps the child unless somebody waits for it.
 void ChildExit::look()
 {
-    const bool reaps = m_reaper == Reaper::Nobody;
+    const bool reaps = !m_hasWaiter;
     if (m_reaped || (m_ended && !reaps)) {
         return;
     }
@@ -82,45 +65,24 @@ void ChildExit::wait()
 {
     std::unique_lock lock(m_mutex);
     while (!m_reaped) {
-        if (m_reaper == Reaper::Nobody) {
-            waitAsReaper(lock);
-        } else {
-            m_reaperDone.wait(lock);
+        if (m_hasWaiter) {
+            m_waiterDone.wait(lock);
+            continue;
         }
+        m_hasWaiter = true;
+        lock.unlock();
+        siginfo_t end{};
+        waitFor(m_child, end, WEXITED | WNOWAIT);
+        lock.lock();
+        m_hasWaiter = false;
+        look();
+        m_waiterDone.notify_all();
     }
-}
-
-void ChildExit::waitAsReaper(std::unique_lock<std::mutex> &lock)
-{
-    m_reaper = Reaper::Waiter;
-    lock.unlock();
-    waitUntilItCanBeReaped(m_child);
-    lock.lock();
-    m_reaper = Reaper::Nobody;
-    look();
-    m_reaperDone.notify_all();
 }
 
 void ChildExit::waitAndPumpEvents()
 {
-    Descriptor process;
-    {
-        const std::lock_guard lock(m_mutex);
-        if (!m_reaped) {
-            process = openProcess(m_child);
-        }
-    }
-    if (process.isOpen() && !endsWithin(process, atOnce)) {
-        QEventLoop loop;
-        QSocketNotifier end(process.number(), QSocketNotifier::Read);
-        QObject::connect(&end, &QSocketNotifier::activated, &loop, [&] {
-            end.setEnabled(false); // else it keeps an inner loop, which the end waits for, busy
-            loop.quit();
-        });
-        loop.exec();
-    } else if (!process.isOpen()) {
-        pumpEventsUntil([this] { return hasEnded(); });
-    }
+    pumpEventsUntil([this] { return hasEnded(); });
     while (!hasEnded()) {
         runPendingMainThreadCalls();
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -139,28 +101,17 @@ void ChildExit::signal(int number)
 
 void ChildExit::reapInBackground()
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        look();
-        if (m_reaped || m_reaper != Reaper::Nobody) {
-            return;
-        }
-        m_reaper = Reaper::Background;
+    // Never destroyed: the threads run to the very end of the process.
+    static auto *mutex = new std::mutex;
+    static auto *postponed = new std::vector<std::shared_ptr<ChildExit>>;
+    const std::lock_guard lock(*mutex);
+    postponed->erase(std::remove_if(postponed->begin(), postponed->end(),
+                                    [](const auto &child) { return child->hasEnded(); }),
+                     postponed->end());
+    if (!hasEnded() && !std::exchange(m_isInBackground, true) &&
+        !startBackgroundThread([self = shared_from_this()] { self->wait(); })) {
+        postponed->push_back(shared_from_this()); // no thread: the next call reaps it
     }
-    ChildReaper::take(shared_from_this());
-}
-
-void ChildExit::reapAtEnd()
-{
-    std::unique_lock lock(m_mutex);
-    waitAsReaper(lock);
-}
-
-void ChildExit::leaveToOthers()
-{
-    const std::lock_guard lock(m_mutex);
-    m_reaper = Reaper::Nobody;
-    m_reaperDone.notify_all();
 }
 
 } // namespace platform

@@ -29,32 +29,24 @@ public:
     // Returns when the child has ended; it is reaped then.
     void wait();
 
-    // The same, dispatching events where that takes longer than a millisecond. Main thread with an
-    // application only. When the application quits meanwhile, only calls from other threads are
-    // served until the end.
+    // The same, dispatching events meanwhile. Main thread with an application only. When the
+    // application quits meanwhile, only calls from other threads are served until the end.
     void waitAndPumpEvents();
 
     // Sends the signal to a child that has not ended.
     void signal(int number);
 
-    // From now on nobody has to wait: the child is reaped when it ends.
+    // From now on nobody has to wait: a thread reaps the child when it ends.
     void reapInBackground();
 
-    // For the reaper: reaps the child at its end, waiting for that; or lets whoever asks do it.
-    void reapAtEnd();
-    void leaveToOthers();
-
 private:
-    // Whose wait for this very process must not find it reaped, and its number taken, by others.
-    enum class Reaper { Nobody, Waiter, Background };
-
     void look();
-    void waitAsReaper(std::unique_lock<std::mutex> &lock);
 
     const pid_t m_child;
     std::mutex m_mutex;
-    std::condition_variable m_reaperDone;
-    Reaper m_reaper = Reaper::Nobody;
+    std::condition_variable m_waiterDone;
+    bool m_hasWaiter = false;      // its wait must not find the number taken by another process
+    bool m_isInBackground = false; // under the lock of reapInBackground()
     bool m_ended = false;
     bool m_reaped = false;
     int m_status = unknownStatus;
