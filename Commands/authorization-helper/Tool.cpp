@@ -4,17 +4,14 @@
 
 #include "Platform/Core/Basics/CommandPath.h"
 #include "Platform/Core/Basics/TrustedPath.h"
+#include "Platform/Core/Processes/SpawnProgram.h"
 
 #include <fcntl.h>
-#include <linux/close_range.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <string_view>
 
@@ -51,31 +48,6 @@ std::vector<std::string> interpreterOf(int file)
     return words;
 }
 
-std::vector<char *> pointers(std::vector<std::string> &texts)
-{
-    std::vector<char *> result;
-    result.reserve(texts.size() + 1);
-    for (auto &text : texts) {
-        result.push_back(text.data());
-    }
-    result.push_back(nullptr);
-    return result;
-}
-
-// In the child; returns only when the file cannot be run.
-void become(int file, int output, char *const *words, char *const *environment)
-{
-    if (output >= 0) {
-        ::dup2(output, STDOUT_FILENO);
-    }
-    sigset_t none;
-    ::sigemptyset(&none);
-    ::sigprocmask(SIG_SETMASK, &none, nullptr);
-    std::signal(SIGPIPE, SIG_DFL);
-    ::close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
-    ::syscall(SYS_execveat, file, "", words, environment, AT_EMPTY_PATH); // NOLINT(*-vararg)
-}
-
 } // namespace
 
 Tool findTool(const std::vector<std::string> &words)
@@ -104,33 +76,15 @@ Tool findTool(const std::vector<std::string> &words)
     return tool;
 }
 
-// The error comes over a pipe that a successful start closes.
-int startTool(Tool &tool, int output, pid_t *process)
+int startTool(const Tool &tool, int output, pid_t *process)
 {
-    std::vector<std::string> variables{"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LANG=C.UTF-8"};
-    const auto arguments = pointers(tool.arguments);
-    const auto environment = pointers(variables);
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-        return errno;
-    }
-    const Descriptor reading(ends[0]);
-    Descriptor writing(ends[1]);
-    *process = ::fork();
-    if (*process == 0) {
-        become(tool.file.number(), output, arguments.data(), environment.data());
-        const int error = errno;
-        [[maybe_unused]] const auto size = ::write(writing.number(), &error, sizeof error);
-        ::_exit(127);
-    }
-    if (*process < 0) {
-        return errno;
-    }
-    writing.close();
-    int error = 0;
-    ssize_t size = -1;
-    do {
-        size = ::read(reading.number(), &error, sizeof error);
-    } while (size < 0 && errno == EINTR);
-    return size == sizeof error ? error : 0;
+    // Our own name for the file that was judged: the child closes all that it inherits first.
+    const auto judged =
+        "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(tool.file.number());
+    using platform::nullDevice;
+    return platform::spawnProgram({judged,
+                                   tool.arguments,
+                                   platform::cleanEnvironment,
+                                   {nullDevice, output < 0 ? nullDevice : output, nullDevice}},
+                                  process);
 }

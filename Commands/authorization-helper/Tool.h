@@ -25,4 +25,4 @@ Tool findTool(const std::vector<std::string> &words);
 
 // Starts it with a fixed environment, default signals and the null device for what is not the
 // output. 0, or the system's error number.
-int startTool(Tool &tool, int output, pid_t *process);
+int startTool(const Tool &tool, int output, pid_t *process);

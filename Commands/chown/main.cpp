@@ -3,6 +3,8 @@
 //
 // chown: the system's own, save that a group "wheel" that does not exist is root's group, number 0.
 
+#include "Platform/Core/Processes/SpawnProgram.h"
+
 #include <grp.h>
 #include <unistd.h>
 
@@ -73,13 +75,7 @@ int main(int count, char **values)
     if (::getgrnam("wheel") == nullptr) {
         replaceWheelInArguments(arguments);
     }
-    std::vector<char *> words;
-    words.reserve(arguments.size() + 1);
-    for (auto &argument : arguments) {
-        words.push_back(argument.data());
-    }
-    words.push_back(nullptr);
-    ::execv(systemChown, words.data());
+    ::execv(systemChown, platform::textPointers(arguments).data());
     std::fprintf(stderr, "chown: %s: %s\n", systemChown, std::strerror(errno));
     return 127;
 }

@@ -3,6 +3,7 @@
 #include "Commands/job-supervisor/ProgramStart.h"
 
 #include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Processes/SpawnProgram.h"
 
 #include <fcntl.h>
 #include <sched.h>
@@ -16,7 +17,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <vector>
 
 namespace {
 
@@ -34,16 +34,6 @@ struct Failure {
     int stage = 0;
     int number = 0;
 };
-
-std::vector<char *> pointers(QByteArrayList &texts)
-{
-    std::vector<char *> result;
-    for (auto &text : texts) {
-        result.push_back(text.data());
-    }
-    result.push_back(nullptr);
-    return result;
-}
 
 // Ours, with what the job sets.
 QByteArrayList environmentOf(const platform::LaunchJob &job)
@@ -170,8 +160,8 @@ StartedProgram startProgram(const platform::LaunchJob &job)
     const auto objection = platform::launchProgramObjection(job);
     auto arguments = job.arguments;
     auto environment = environmentOf(job);
-    const auto argumentPointers = pointers(arguments);
-    const auto environmentPointers = pointers(environment);
+    const auto argumentPointers = platform::textPointers(arguments);
+    const auto environmentPointers = platform::textPointers(environment);
     std::array<int, 2> ends{-1, -1};
     const auto parent = ::getpid();
     pid_t pid = -1;
