@@ -4,24 +4,17 @@
 
 #include "Commands/Jobs/LaunchUnit.h"
 #include "Commands/Jobs/LaunchUnitPath.h"
-#include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Files/FileContents.h"
+#include "Platform/Core/Files/FolderEntries.h"
+#include "Platform/Core/Text/FileName.h"
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <memory>
 
 namespace {
-
-struct CloseFolder {
-    void operator()(DIR *folder) const { ::closedir(folder); }
-};
 
 void complain(const QString &text)
 {
@@ -33,54 +26,17 @@ void complain(const QString &text)
 QByteArrayList jobFiles(const QByteArray &folder)
 {
     QByteArrayList files;
-    const std::unique_ptr<DIR, CloseFolder> entries(::opendir(folder.constData()));
-    while (entries != nullptr) {
-        const auto *entry = ::readdir(entries.get()); // NOLINT(concurrency-mt-unsafe)
-        if (entry == nullptr) {
-            break;
-        }
-        const QByteArray name(entry->d_name);
-        if (name.endsWith(".plist") && !name.startsWith('.')) {
-            files << folder + '/' + name;
+    for (const auto &entry : platform::namesInFolder(platform::fileNameFromBytes(folder))) {
+        if (entry.endsWith(QStringLiteral(".plist")) && !entry.startsWith(QLatin1Char('.'))) {
+            files << folder + '/' + platform::fileNameBytes(entry);
         }
     }
-    std::sort(files.begin(), files.end());
     return files;
 }
 
 bool fail(const QByteArray &path, QString *error)
 {
-    *error = QStringLiteral("%1: %2").arg(
-        platform::readableName(path),
-        QString::fromLocal8Bit(std::strerror(errno))); // NOLINT(concurrency-mt-unsafe)
-    return false;
-}
-
-bool writeAll(int file, const QByteArray &contents)
-{
-    for (qsizetype done = 0; done < contents.size();) {
-        const auto count = ::write(file, contents.constData() + done,
-                                   static_cast<std::size_t>(contents.size() - done));
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        done += std::max<ssize_t>(count, 0);
-    }
-    return true;
-}
-
-// The whole file or none.
-bool writeFile(const QByteArray &path, const QByteArray &contents, QString *error)
-{
-    const QByteArray temporary = path + ".new";
-    platform::Descriptor file(::open(temporary.constData(), // NOLINT(*-vararg)
-                                     O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
-    if (file.isOpen() && writeAll(file.number(), contents) && ::close(file.release()) == 0 &&
-        ::rename(temporary.constData(), path.constData()) == 0) {
-        return true;
-    }
-    fail(path, error);
-    ::unlink(temporary.constData());
+    *error = QStringLiteral("%1: %2").arg(platform::readableName(path), qt_error_string(errno));
     return false;
 }
 
@@ -127,7 +83,10 @@ void JobUnits::addFile(const QByteArray &jobFile)
 bool JobUnits::write(const platform::LaunchJob &job, QString *error) const
 {
     const auto name = platform::launchUnitName(job.label);
-    if (!writeFile(m_folder + '/' + name, platform::launchUnitFile(job), error)) {
+    const QByteArray path = m_folder + '/' + name;
+    if (!platform::replaceFile(platform::fileNameFromBytes(path), platform::launchUnitFile(job),
+                               error)) {
+        *error = QStringLiteral("%1: %2").arg(platform::readableName(path), *error);
         return false;
     }
     if (!job.startsAtLoad()) {

@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Commands/launchctl/Deadline.h"
 #include "Commands/launchctl/JobKeeper.h"
 
 #include <QByteArrayList>
+#include <QDeadlineTimer>
 
 #include <memory>
 
@@ -13,7 +13,7 @@
 // failure has its line on standard error.
 class Commands {
 public:
-    explicit Commands(const Deadline &deadline) : m_deadline(deadline) {}
+    explicit Commands(QDeadlineTimer deadline) : m_deadline(deadline) {}
 
     int load(const QByteArrayList &files);
     int unload(const QByteArrayList &files);
@@ -28,7 +28,7 @@ private:
     QString unloadFile(const QByteArray &file);
     QString unloadLabel(const QByteArray &label);
 
-    const Deadline &m_deadline;
+    QDeadlineTimer m_deadline;
     std::unique_ptr<JobKeeper> m_keeper;
     QString m_keeperError;
 };

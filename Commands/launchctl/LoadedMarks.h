@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QByteArray>
 #include <QByteArrayList>
+#include <QString>
 
 // What was loaded and unloaded by hand under one service manager. Whether a unit that does not run
 // is loaded cannot be seen from it.
@@ -21,6 +21,8 @@ public:
     QByteArrayList units() const;
 
 private:
-    QByteArray m_folder;
+    QString file(const QByteArray &unit) const;
+
+    QString m_folder;
     QByteArray m_identity;
 };

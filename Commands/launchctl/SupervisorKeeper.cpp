@@ -4,19 +4,13 @@
 
 #include "Commands/Jobs/LaunchSession.h"
 #include "Commands/Jobs/Messages.h"
-#include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Authorization/ToolRequest.h"
+#include "Platform/Core/Basics/PlatformException.h"
 #include "Platform/Core/Basics/SystemCommand.h"
-#include "Platform/Core/Text/FileName.h"
+#include "Platform/Core/Processes/ChildProcess.h"
 
-#include <poll.h>
-#include <spawn.h>
-#include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <array>
-#include <cerrno>
 #include <cstring>
 #include <thread>
 
@@ -45,70 +39,53 @@ platform::Descriptor connectToSupervisor()
 // Null when one runs afterwards, be it this one or another's.
 QString startSupervisor()
 {
-    const auto folder = platform::privateCommandFolder();
-    auto program = platform::fileNameBytes(folder) + "/job-supervisor";
-    const std::array<char *, 2> arguments{program.data(), nullptr};
-    pid_t pid = 0;
-    const auto result =
-        ::posix_spawn(&pid, program.constData(), nullptr, nullptr, arguments.data(), environ);
-    auto status = 0;
-    if (result == 0) {
-        while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-        }
-    }
-    if (result != 0) {
+    platform::ChildProcess supervisor;
+    supervisor.setLaunchPath(platform::privateCommandFolder() + QStringLiteral("/job-supervisor"));
+    try {
+        supervisor.launch();
+        supervisor.waitUntilExit();
+    } catch (const platform::Exception &exception) {
         return QStringLiteral("%1 cannot be run: %2")
-            .arg(platform::readableName(program),
-                 QString::fromLocal8Bit(std::strerror(result))); // NOLINT(concurrency-mt-unsafe)
+            .arg(supervisor.launchPath(), exception.reason());
     }
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0
+    return supervisor.terminationStatus() == 0
                ? QString()
                : QStringLiteral("the supervisor could not be started");
 }
 
-} // namespace
-
 // Empty where no whole answer came.
-QByteArray SupervisorKeeper::exchange(int socket, const QByteArray &request) const
+QByteArray exchange(int socket, const QByteArray &request, const QDeadlineTimer &deadline)
 {
-    auto rest = request;
-    auto isSent = false;
+    // A request is short enough to be taken at once.
+    if (::send(socket, request.constData(), static_cast<std::size_t>(request.size()),
+               MSG_NOSIGNAL) != request.size() ||
+        ::shutdown(socket, SHUT_WR) != 0) {
+        return {};
+    }
     QByteArray answer;
     std::array<char, 4096> buffer{};
-    while (!m_deadline.isOver()) {
-        pollfd event{socket, static_cast<short>(isSent ? POLLIN : POLLOUT), 0};
-        ::poll(&event, 1, static_cast<int>(m_deadline.left().count()));
-        const auto size = isSent ? ::recv(socket, buffer.data(), buffer.size(), 0)
-                                 : ::send(socket, rest.constData(),
-                                          static_cast<std::size_t>(rest.size()), MSG_NOSIGNAL);
-        if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
-            continue;
-        }
-        if (size < 0 || (isSent && size == 0)) {
+    while (platform::becomesReadable(socket, std::chrono::milliseconds(deadline.remainingTime()))) {
+        const auto size = ::recv(socket, buffer.data(), buffer.size(), 0);
+        if (size <= 0) {
             return answer.endsWith('\0') ? answer : QByteArray();
         }
-        if (isSent) {
-            answer.append(buffer.data(), static_cast<int>(size));
-        } else {
-            rest.remove(0, static_cast<int>(size));
-            isSent = rest.isEmpty();
-        }
-        if (isSent && size > 0 && rest.isEmpty()) {
-            ::shutdown(socket, SHUT_WR);
-        }
+        answer.append(buffer.data(), static_cast<int>(size));
     }
     return {};
 }
+
+} // namespace
 
 std::optional<QByteArrayList> SupervisorKeeper::ask(const QByteArrayList &request, Start start,
                                                     QString *error)
 {
     // One that is about to end hangs up without an answer; then the next is asked.
-    while (!m_deadline.isOver()) {
+    while (!m_deadline.hasExpired()) {
         const auto socket = connectToSupervisor();
         const auto fields =
-            socket.isOpen() ? messages::split(exchange(socket.number(), messages::join(request)))
-                            : QByteArrayList();
+            socket.isOpen()
+                ? messages::split(exchange(socket.number(), messages::join(request), m_deadline))
+                : QByteArrayList();
         if (!fields.isEmpty() && fields.first() == "ok") {
             return fields.mid(1);
         }

@@ -2,17 +2,17 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Commands/launchctl/Deadline.h"
 #include "Commands/launchctl/JobKeeper.h"
 
 #include <QByteArrayList>
+#include <QDeadlineTimer>
 
 #include <optional>
 
 // Jobs of a session without a systemd user manager: our own supervisor keeps them.
 class SupervisorKeeper : public JobKeeper {
 public:
-    explicit SupervisorKeeper(const Deadline &deadline) : m_deadline(deadline) {}
+    explicit SupervisorKeeper(QDeadlineTimer deadline) : m_deadline(deadline) {}
 
     QString load(const platform::LaunchJob &job) override;
     QString unload(const QByteArray &label) override;
@@ -24,7 +24,6 @@ private:
     // The answer without its first word. Nothing, with the reason in error, for a failure; an empty
     // error means that no supervisor runs.
     std::optional<QByteArrayList> ask(const QByteArrayList &request, Start start, QString *error);
-    QByteArray exchange(int socket, const QByteArray &request) const;
 
-    const Deadline &m_deadline;
+    QDeadlineTimer m_deadline;
 };

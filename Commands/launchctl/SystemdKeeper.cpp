@@ -7,13 +7,10 @@
 
 #include <QSet>
 
-#include <dirent.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 
 namespace {
 
@@ -22,11 +19,6 @@ using Mark = LoadedMarks::Mark;
 // systemd's own exit statuses for what failed before the program ran.
 constexpr auto statusNoFolder = 200;
 constexpr auto statusNoProgram = 203;
-
-QString systemText(int number)
-{
-    return QString::fromLocal8Bit(std::strerror(number)); // NOLINT(concurrency-mt-unsafe)
-}
 
 // A unit that our generator has made.
 bool isOurs(const UnitState &state)
@@ -60,12 +52,12 @@ QString howItEnded(const platform::LaunchJob &job, const UnitState &state)
     if (state.result == "exit-code" && state.exitStatus == statusNoProgram) {
         const auto reason = ::access(job.program.constData(), X_OK) == 0 ? ENOEXEC : errno;
         return QStringLiteral("%1 cannot be run: %2")
-            .arg(platform::readableName(job.program), systemText(reason));
+            .arg(platform::readableName(job.program), qt_error_string(reason));
     }
     if (state.result == "exit-code" && state.exitStatus == statusNoFolder) {
         const auto reason = ::access(job.workingDirectory.constData(), X_OK) == 0 ? ENOTDIR : errno;
         return QStringLiteral("%1 cannot be the working directory: %2")
-            .arg(platform::readableName(job.workingDirectory), systemText(reason));
+            .arg(platform::readableName(job.workingDirectory), qt_error_string(reason));
     }
     if (state.result == "exit-code") {
         return QStringLiteral("the program ended with the status %1").arg(state.exitStatus);

@@ -2,13 +2,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Commands/launchctl/Deadline.h"
+#include "Platform/Core/Notifications/BusConnection.h"
 
 #include <QByteArrayList>
 #include <QHash>
 #include <QString>
-
-#include <systemd/sd-bus.h>
 
 #include <memory>
 #include <optional>
@@ -37,9 +35,10 @@ class UserManager {
 public:
     // Nothing where there is no manager; then error stays null. Nothing and an error where there is
     // one that cannot be spoken to. What is done here ends with the deadline.
-    static std::unique_ptr<UserManager> connect(const Deadline &deadline, QString *error);
+    static std::unique_ptr<UserManager> connect(platform::BusConnection::Deadline deadline,
+                                                QString *error);
 
-    ~UserManager();
+    ~UserManager() = default;
     UserManager(const UserManager &) = delete;
     UserManager &operator=(const UserManager &) = delete;
 
@@ -65,17 +64,21 @@ public:
     QString loadError(const QByteArray &unit);
 
 private:
-    explicit UserManager(const Deadline &deadline);
+    explicit UserManager(platform::BusConnection::Deadline deadline) : m_deadline(deadline) {}
 
     static int jobRemoved(sd_bus_message *message, void *manager, sd_bus_error *);
-    QString runJob(const char *method, const QByteArray &unit);
-    QString waitForJob(const QByteArray &job);
-    std::optional<QByteArray> objectPath(const QByteArray &unit, QString *error);
-    void limitNextCall();
-    quint64 microsecondsLeft() const;
-    QString waitUntilReady();
 
-    const Deadline &m_deadline;
-    sd_bus *m_bus = nullptr;
+    // The answer to a call of the manager; none, with the reason in error, for a failure.
+    template <typename... Arguments>
+    platform::BusMessage call(const char *method, QString *error, const char *types,
+                              Arguments... arguments);
+    QString runJob(const char *method, const QByteArray &unit);
+    std::optional<QByteArray> objectPath(const QByteArray &unit, QString *error);
+
+    // The bus, for a call that must end with the deadline.
+    sd_bus *limitedBus() const;
+
+    platform::BusConnection::Deadline m_deadline;
+    platform::BusConnection m_bus;
     QHash<QByteArray, QByteArray> m_results; // of finished jobs, by path
 };

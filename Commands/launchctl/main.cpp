@@ -38,8 +38,7 @@ int main(int argc, char **argv)
     std::setlocale(LC_CTYPE, "");                            // NOLINT(concurrency-mt-unsafe)
     const std::string_view command(argc > 1 ? argv[1] : ""); // NOLINT(*-pointer-arithmetic)
     const auto arguments = argumentsFrom(argc, argv, 2);
-    const Deadline deadline(timeForAll);
-    Commands commands(deadline);
+    Commands commands{QDeadlineTimer(timeForAll)};
     if (command == "help" || command == "--help" || command == "-h") {
         printUsage(stdout);
         return 0;

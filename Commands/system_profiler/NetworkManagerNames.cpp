@@ -2,37 +2,19 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/system_profiler/NetworkManagerNames.h"
 
-#include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Notifications/BusConnection.h"
 
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <systemd/sd-bus.h>
-
-#include <cerrno>
-#include <cstdint>
-#include <functional>
-#include <memory>
 #include <string_view>
-
-using Clock = std::chrono::steady_clock;
 
 namespace {
 
-constexpr std::string_view busSocket = "/run/dbus/system_bus_socket";
+using platform::BusConnection;
+using platform::BusMessage;
+
+constexpr auto systemBus = "unix:path=/run/dbus/system_bus_socket";
 constexpr auto networkManager = "org.freedesktop.NetworkManager";
 constexpr std::string_view deviceInterface = "org.freedesktop.NetworkManager.Device";
 constexpr std::string_view activeInterface = "org.freedesktop.NetworkManager.Connection.Active";
-
-struct EndBus {
-    // Without the wait for what is still to be sent.
-    void operator()(sd_bus *bus) const { ::sd_bus_close_unref(bus); }
-};
-using Bus = std::unique_ptr<sd_bus, EndBus>;
-
-struct FreeMessage {
-    void operator()(sd_bus_message *message) const { ::sd_bus_message_unref(message); }
-};
-using Message = std::unique_ptr<sd_bus_message, FreeMessage>;
 
 // What one object of NetworkManager says of itself.
 struct Object {
@@ -40,37 +22,6 @@ struct Object {
     std::string connection; // of a device: the path of the one that it has up
     std::string name;       // of a connection
 };
-
-platform::Descriptor connectToBus()
-{
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    busSocket.copy(&address.sun_path[0], busSocket.size());
-    platform::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    const auto *generic =
-        reinterpret_cast<const sockaddr *>(&address); // NOLINT(*-reinterpret-cast)
-    if (socket.isOpen() && ::connect(socket.number(), generic, sizeof address) != 0) {
-        socket.close();
-    }
-    return socket;
-}
-
-// The library's own calls would wait for 90 seconds until the bus says its first word.
-bool processUntil(sd_bus *bus, Clock::time_point end, const std::function<bool()> &done)
-{
-    while (!done()) {
-        auto result = ::sd_bus_process(bus, nullptr);
-        if (result == 0) {
-            const auto left =
-                std::chrono::duration_cast<std::chrono::microseconds>(end - Clock::now()).count();
-            result = left > 0 ? ::sd_bus_wait(bus, static_cast<std::uint64_t>(left)) : -ETIMEDOUT;
-        }
-        if (result < 0 && result != -EINTR) {
-            return false;
-        }
-    }
-    return true;
-}
 
 // The text of a variant; where it holds something else, it is skipped.
 int readText(sd_bus_message *message, char type, std::string &text)
@@ -148,51 +99,33 @@ std::map<std::string, Object> readObjects(sd_bus_message *message)
                                                                  : objects;
 }
 
-int keepReply(sd_bus_message *message, void *reply, sd_bus_error * /*error*/)
-{
-    static_cast<Message *>(reply)->reset(::sd_bus_message_ref(message));
-    return 0;
-}
-
 // One question for all that NetworkManager knows, whatever the number of interfaces. Nothing where
 // there is no answer; nobody is started for it.
-Message ask(sd_bus *bus, Clock::time_point end)
+BusMessage ask(sd_bus *bus, BusConnection::Deadline deadline)
 {
-    Message reply;
     sd_bus_message *call = nullptr;
+    sd_bus_message *reply = nullptr;
     if (::sd_bus_message_new_method_call(bus, &call, networkManager, "/org/freedesktop",
                                          "org.freedesktop.DBus.ObjectManager",
                                          "GetManagedObjects") < 0) {
         return {};
     }
-    const Message owner(call);
+    const BusMessage owner(call);
     ::sd_bus_message_set_auto_start(call, 0);
-    if (::sd_bus_call_async(bus, nullptr, call, keepReply, &reply, 0) < 0 ||
-        !processUntil(bus, end, [&reply] { return reply != nullptr; }) ||
-        ::sd_bus_message_is_method_error(reply.get(), nullptr) != 0) {
-        return {};
-    }
-    return reply;
+    ::sd_bus_call(bus, call, BusConnection::timeLeft(deadline), nullptr, &reply);
+    return BusMessage(reply);
 }
 
 } // namespace
 
 std::map<std::string, std::string> networkManagerNames(std::chrono::milliseconds time)
 {
-    const auto end = Clock::now() + time;
-    auto socket = connectToBus();
-    sd_bus *made = nullptr;
-    if (!socket.isOpen() || ::sd_bus_new(&made) < 0) {
+    const auto deadline = std::chrono::steady_clock::now() + time;
+    BusConnection bus;
+    if (bus.open(systemBus, BusConnection::Kind::MessageBus, deadline) < 0) {
         return {};
     }
-    const Bus bus(made);
-    const auto number = socket.release();
-    if (::sd_bus_set_fd(made, number, number) < 0 || ::sd_bus_set_bus_client(made, 1) < 0 ||
-        ::sd_bus_start(made) < 0 ||
-        !processUntil(made, end, [made] { return ::sd_bus_is_ready(made) > 0; })) {
-        return {};
-    }
-    const auto reply = ask(made, end);
+    const auto reply = ask(bus.get(), deadline);
     const auto objects =
         reply != nullptr ? readObjects(reply.get()) : std::map<std::string, Object>();
     std::map<std::string, std::string> names;
