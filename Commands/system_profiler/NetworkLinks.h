@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -14,25 +13,10 @@ struct NetworkLink {
     unsigned type = 0;            // ARPHRD_*
     bool hasDevice = false;       // stands on a device of the computer
     bool isRandom = false;        // the kernel made the current address up
-
-    bool operator==(const NetworkLink &) const = default;
 };
 
-// How far the kernel's list has come. Torn: interfaces came or went meanwhile, so that one may be
-// missing; the list goes on all the same.
-struct LinkListState {
-    bool ended = false;
-    bool torn = false;
-    int error = 0; // errno
-};
-
-// Takes the links from messages of the kernel (RTM_NEWLINK) and adds them. What is no message ends
-// the list with an error.
-void addLinksFromMessages(const char *bytes, std::size_t size, std::vector<NetworkLink> &links,
-                          LinkListState &state);
-
-// All interfaces of this network namespace. False, with the reason in error, where the kernel does
-// not tell.
+// Adds all interfaces of this network namespace, sorted by name. False, with the reason in error,
+// where the kernel does not tell.
 bool readNetworkLinks(std::vector<NetworkLink> &links, std::string &error);
 
 // Whether it is offered: an interface with a hardware address of its own.

@@ -6,73 +6,15 @@
 #include "Platform/Core/PropertyLists/PropertyList.h"
 #include "Tests/Support/TestProgram.h"
 
-#include <QRandomGenerator>
 #include <QTest>
 
-#include <linux/if_arp.h>
-#include <linux/if_link.h>
-#include <linux/netlink.h>
-#include <linux/rtnetlink.h>
-
-#include <cerrno>
+#include <net/if_arp.h>
 
 namespace {
 
 const std::string current("\x02\x00\x5e\x00\x53\x01", 6);
 const std::string permanent("\x0a\x1b\x2c\x3d\x4e\xff", 6);
 const std::string zeros(6, '\0');
-
-template <typename Type>
-std::string bytesOf(const Type &value)
-{
-    return {reinterpret_cast<const char *>(&value), sizeof value};
-}
-
-std::string padded(std::string bytes)
-{
-    bytes.resize((bytes.size() + 3) / 4 * 4);
-    return bytes;
-}
-
-std::string attribute(unsigned short type, const std::string &value)
-{
-    rtattr header{};
-    header.rta_type = type;
-    header.rta_len = static_cast<unsigned short>(sizeof header + value.size());
-    return padded(bytesOf(header) + value);
-}
-
-std::string message(unsigned short type, const std::string &body, unsigned short flags = 0)
-{
-    nlmsghdr header{};
-    header.nlmsg_type = type;
-    header.nlmsg_flags = flags;
-    header.nlmsg_len = static_cast<unsigned>(sizeof header + body.size());
-    return padded(bytesOf(header) + body);
-}
-
-std::string linkMessage(const std::string &name, const std::string &attributes,
-                        unsigned short type = ARPHRD_ETHER, unsigned short flags = NLM_F_MULTI)
-{
-    ifinfomsg header{};
-    header.ifi_type = type;
-    const auto nameAttribute = attribute(IFLA_IFNAME, name + '\0');
-    return message(RTM_NEWLINK, bytesOf(header) + nameAttribute + attributes, flags);
-}
-
-const std::string end = message(NLMSG_DONE, std::string(4, '\0'));
-
-struct List {
-    std::vector<NetworkLink> links;
-    LinkListState state;
-};
-
-List listFrom(const std::string &bytes)
-{
-    List list;
-    addLinksFromMessages(bytes.data(), bytes.size(), list.links, list.state);
-    return list;
-}
 
 NetworkLink card()
 {
@@ -94,13 +36,6 @@ QVariantList itemsIn(const std::string &profile)
 class NetworkProfileTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void aLinkIsReadFromItsMessage();
-    void aListGoesOnFromMessageToMessage();
-    void aTornListSaysSo();
-    void aRefusalOfTheKernelIsAnError();
-    void brokenMessagesEndTheList_data();
-    void brokenMessagesEndTheList();
-    void randomBytesDoNoHarm();
     void onlyAnInterfaceWithAnAddressOfItsOwnIsOffered_data();
     void onlyAnInterfaceWithAnAddressOfItsOwnIsOffered();
     void thePermanentAddressIsShownRatherThanARandomisedOne();
@@ -109,98 +44,6 @@ private Q_SLOTS:
     void theProfileIsAsciiWhateverTheNames_data();
     void theProfileIsAsciiWhateverTheNames();
 };
-
-void NetworkProfileTest::aLinkIsReadFromItsMessage()
-{
-    // The flag in the type says that the value is nested; the type is what is below it.
-    const auto list = listFrom(
-        linkMessage("wlan0", attribute(IFLA_ADDRESS, current) + attribute(1234, "unknown") +
-                                 attribute(IFLA_PERM_ADDRESS, permanent) +
-                                 attribute(IFLA_PARENT_DEV_NAME | NLA_F_NESTED, "0000:00:03.0")) +
-        linkMessage("br0", attribute(IFLA_ADDRESS, current)) +
-        linkMessage("tun0", {}, ARPHRD_NONE) + end);
-    const std::vector<NetworkLink> expected{
-        {"wlan0", current, permanent, ARPHRD_ETHER, true, false},
-        {"br0", current, {}, ARPHRD_ETHER, false, false},
-        {"tun0", {}, {}, ARPHRD_NONE, false, false}};
-    QVERIFY(list.links == expected);
-    QVERIFY(list.state.ended);
-    QVERIFY(!list.state.torn);
-    QCOMPARE(list.state.error, 0);
-}
-
-void NetworkProfileTest::aListGoesOnFromMessageToMessage()
-{
-    auto list = listFrom(linkMessage("eth0", {}) + message(RTM_NEWADDR, "other"));
-    QVERIFY(!list.state.ended);
-    const auto rest = linkMessage("eth1", {}) + end + linkMessage("behind the end", {});
-    addLinksFromMessages(rest.data(), rest.size(), list.links, list.state);
-    QVERIFY(list.state.ended);
-    QCOMPARE(list.links.size(), std::size_t{2});
-    QCOMPARE(list.links.back().name, std::string("eth1"));
-}
-
-void NetworkProfileTest::aTornListSaysSo()
-{
-    const auto torn =
-        listFrom(linkMessage("eth0", {}, ARPHRD_ETHER, NLM_F_MULTI | NLM_F_DUMP_INTR) +
-                 linkMessage("eth1", {}) + end);
-    QVERIFY(torn.state.torn);
-    QVERIFY(torn.state.ended);
-    QCOMPARE(torn.state.error, 0);
-    QCOMPARE(torn.links.size(), std::size_t{2});
-}
-
-void NetworkProfileTest::aRefusalOfTheKernelIsAnError()
-{
-    nlmsgerr refusal{};
-    refusal.error = -EPERM;
-    const auto list = listFrom(message(NLMSG_ERROR, bytesOf(refusal)));
-    QVERIFY(list.state.ended);
-    QCOMPARE(list.state.error, EPERM);
-}
-
-void NetworkProfileTest::brokenMessagesEndTheList_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    const auto whole = linkMessage("eth0", attribute(IFLA_ADDRESS, current));
-    for (std::size_t size = 1; size < whole.size(); ++size) {
-        QTest::addRow("%zu bytes", size) << QByteArray(whole.data(), static_cast<int>(size));
-    }
-    QTest::newRow("a length of zero") << QByteArray(64, '\0');
-    QTest::newRow("a length beyond the end") << QByteArray(64, '\x7f');
-    QTest::newRow("a refusal without a reason")
-        << QByteArray::fromStdString(message(NLMSG_ERROR, "x"));
-}
-
-void NetworkProfileTest::brokenMessagesEndTheList()
-{
-    QFETCH(QByteArray, bytes);
-    const auto list = listFrom(bytes.toStdString());
-    QVERIFY(list.links.empty());
-    QVERIFY(list.state.ended);
-    QCOMPARE(list.state.error, EBADMSG);
-}
-
-void NetworkProfileTest::randomBytesDoNoHarm()
-{
-    QRandomGenerator random(4);
-    const auto whole = linkMessage("eth0", attribute(IFLA_ADDRESS, current)) +
-                       linkMessage("wlan0", attribute(IFLA_PERM_ADDRESS, permanent)) + end;
-    for (auto run = 0; run < 20000; ++run) {
-        auto bytes = whole;
-        for (auto change = random.bounded(1, 8); change > 0; --change) {
-            bytes[random.bounded(static_cast<quint32>(bytes.size()))] =
-                static_cast<char>(random.bounded(256));
-        }
-        for (const auto &link : listFrom(bytes).links) {
-            QVERIFY(!link.name.empty());
-            QVERIFY(
-                itemsIn(networkProfile({{link.name, link.name, hardwareAddress(link)}})).size() ==
-                1);
-        }
-    }
-}
 
 void NetworkProfileTest::onlyAnInterfaceWithAnAddressOfItsOwnIsOffered_data()
 {
