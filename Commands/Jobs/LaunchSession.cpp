@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/Jobs/LaunchSession.h"
 
+#include "Platform/Core/Basics/AccountEntry.h"
+
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <array>
 
 namespace platform {
 namespace {
@@ -17,11 +17,8 @@ QByteArray homeFolder()
     if (home.startsWith('/')) {
         return home;
     }
-    std::array<char, 16384> buffer{};
-    passwd entry{};
-    passwd *found = nullptr;
-    ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found);
-    return found != nullptr ? QByteArray(found->pw_dir) : QByteArray();
+    const AccountEntry account(::getpwuid_r, ::getuid());
+    return account.exists() ? QByteArray(account->pw_dir) : QByteArray();
 }
 
 // A folder of this user that nobody else can write to, links not followed.

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Basics/CommandPath.h"
 
+#include "Platform/Core/Basics/AccountEntry.h"
 #include "Platform/Core/Basics/TrustedPath.h"
 
 #include <dlfcn.h>
@@ -11,11 +12,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
-#include <vector>
 
 namespace platform {
 namespace {
@@ -39,22 +38,11 @@ bool mayBeRun(const std::string &path)
     return isExecutableFile(path) && (::geteuid() != 0 || openTrusted(path).file.isOpen());
 }
 
-bool groupExists(const char *name)
-{
-    std::vector<char> buffer(1024);
-    group entry{};
-    group *found = nullptr;
-    while (::getgrnam_r(name, &entry, buffer.data(), buffer.size(), &found) == ERANGE) {
-        buffer.resize(buffer.size() * 2);
-    }
-    return found != nullptr;
-}
-
 // Where "/usr/sbin" is "/usr/bin", another command than the one that is meant has its path, and
 // does not know the owner "root:wheel" as long as no such group exists.
 bool isServedByOursOnly(const std::string &path)
 {
-    return path == "/usr/sbin/chown" && !groupExists("wheel");
+    return path == "/usr/sbin/chown" && !AccountEntry(::getgrnam_r, "wheel").exists();
 }
 
 std::string findPrivateFolder()

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Basics/TrustedPath.h"
 
+#include "Platform/Core/Basics/AccountEntry.h"
 #include "Platform/Core/Text/LogText.h"
 
 #include <fcntl.h>
@@ -26,7 +27,7 @@
 namespace platform {
 namespace {
 
-constexpr int mostLinks = 40; // as the system itself follows
+constexpr int maxLinks = 40; // as the system itself follows
 
 // Whether another account than the user's has this primary group.
 bool isPrimaryGroupOfAnother(gid_t group, uid_t user)
@@ -35,51 +36,26 @@ bool isPrimaryGroupOfAnother(gid_t group, uid_t user)
     const std::lock_guard lock(mutex);
     bool isFound = false;
     ::setpwent();
-    std::vector<char> buffer(1024);
-    passwd entry{};
-    passwd *found = nullptr;
-    for (int error = 0; !isFound && (error == 0 || error == ERANGE);) {
-        error = ::getpwent_r(&entry, buffer.data(), buffer.size(), &found);
-        if (error == ERANGE) {
-            buffer.resize(buffer.size() * 2);
-        } else if (error == 0) {
-            isFound = entry.pw_gid == group && entry.pw_uid != user;
-        }
+    while (const passwd *entry = isFound ? nullptr : ::getpwent()) { // NOLINT(concurrency-*)
+        isFound = entry->pw_gid == group && entry->pw_uid != user;
     }
     ::endpwent();
     return isFound;
 }
 
-// The user's name where this is the user's primary group.
-std::optional<std::string> nameIfPrimaryGroup(gid_t group, uid_t user)
-{
-    std::vector<char> buffer(1024);
-    passwd entry{};
-    passwd *found = nullptr;
-    while (::getpwuid_r(user, &entry, buffer.data(), buffer.size(), &found) == ERANGE) {
-        buffer.resize(buffer.size() * 2);
-    }
-    return found != nullptr && entry.pw_gid == group ? std::optional<std::string>(entry.pw_name)
-                                                     : std::nullopt;
-}
-
 bool isPrivateGroup(gid_t group, uid_t user)
 {
-    const auto name = nameIfPrimaryGroup(group, user);
-    if (!name) {
+    const AccountEntry account(::getpwuid_r, user);
+    const AccountEntry list(::getgrgid_r, group);
+    if (!account.exists() || account->pw_gid != group || !list.exists()) {
         return false;
     }
-    std::vector<char> buffer(1024);
-    ::group entry{};
-    ::group *found = nullptr;
-    while (::getgrgid_r(group, &entry, buffer.data(), buffer.size(), &found) == ERANGE) {
-        buffer.resize(buffer.size() * 2);
-    }
-    if (found == nullptr || *name != entry.gr_name) {
+    const std::string name = account->pw_name;
+    if (name != list->gr_name) {
         return false;
     }
-    for (char **member = entry.gr_mem; *member != nullptr; ++member) {
-        if (*name != *member) {
+    for (char **member = list->gr_mem; *member != nullptr; ++member) {
+        if (name != *member) {
             return false;
         }
     }
@@ -214,7 +190,7 @@ private:
     {
         std::array<char, PATH_MAX> target{};
         const auto size = ::readlinkat(m_here.number(), "", target.data(), target.size());
-        if (size <= 0 || static_cast<std::size_t>(size) == target.size() || ++m_links > mostLinks) {
+        if (size <= 0 || static_cast<std::size_t>(size) == target.size() || ++m_links > maxLinks) {
             return refuse(m_path, ELOOP, "is a link that cannot be followed");
         }
         const std::string_view text(target.data(), static_cast<std::size_t>(size));

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Folders/StandardFolders.h"
 
+#include "Platform/Core/Basics/AccountEntry.h"
 #include "Platform/Core/Folders/PrivateFiles.h"
 
 #include <QDir>
@@ -20,7 +21,6 @@
 #include <cstring>
 #include <memory>
 #include <optional>
-#include <vector>
 
 namespace platform {
 namespace {
@@ -30,35 +30,23 @@ struct Account {
     QString home;
 };
 
-// Calls one of the getpw..._r functions with a buffer that is large enough.
-template <typename Lookup>
-std::optional<Account> account(Lookup lookup)
+template <typename Function, typename Key>
+std::optional<Account> accountFrom(Function function, Key key)
 {
-    std::vector<char> buffer(4096);
-    passwd entry{};
-    passwd *found = nullptr;
-    while (lookup(&entry, buffer.data(), buffer.size(), &found) == ERANGE) {
-        buffer.resize(buffer.size() * 2);
-    }
-    if (found == nullptr) {
-        return std::nullopt;
-    }
-    return Account{QFile::decodeName(found->pw_name), QFile::decodeName(found->pw_dir)};
+    const AccountEntry entry(function, key);
+    return entry.exists() ? std::optional(Account{QFile::decodeName(entry->pw_name),
+                                                  QFile::decodeName(entry->pw_dir)})
+                          : std::nullopt;
 }
 
 std::optional<Account> accountOfUser(uid_t uid)
 {
-    return account([uid](passwd *entry, char *buffer, std::size_t size, passwd **found) {
-        return ::getpwuid_r(uid, entry, buffer, size, found);
-    });
+    return accountFrom(::getpwuid_r, uid);
 }
 
 std::optional<Account> accountNamed(const QString &name)
 {
-    return account([name = QFile::encodeName(name)](passwd *entry, char *buffer, std::size_t size,
-                                                    passwd **found) {
-        return ::getpwnam_r(name.constData(), entry, buffer, size, found);
-    });
+    return accountFrom(::getpwnam_r, QFile::encodeName(name).constData());
 }
 
 // Path of the folder inside a domain's base; null where the domain has none of that kind.
