@@ -15,6 +15,7 @@
 #include "Commands/authorization-helper/Served.h"
 #include "Commands/authorization-helper/Tool.h"
 #include "Platform/Core/Authorization/ToolRequest.h"
+#include "Platform/Core/Basics/DescriptorPair.h"
 #include "Platform/Core/Text/LogText.h"
 
 #include <fcntl.h>
@@ -65,18 +66,14 @@ std::optional<uid_t> userOfPkexec()
 // The socket that takes the requests, after its other end has been sent to the starter.
 Descriptor openForRequests()
 {
-    std::array<int, 2> ends{};
-    if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-        return {};
-    }
-    Descriptor requests(ends[0]);
-    const Descriptor holders(ends[1]);
+    auto ends = platform::openSocketPair(SOCK_SEQPACKET);
     const int yes = 1;
-    if (::setsockopt(requests.number(), SOL_SOCKET, SO_PASSCRED, &yes, sizeof yes) != 0 ||
-        !platform::sendPacket(STDIN_FILENO, platform::toolGreeting, {holders.number()})) {
+    if (!ends ||
+        ::setsockopt(ends->first.number(), SOL_SOCKET, SO_PASSCRED, &yes, sizeof yes) != 0 ||
+        !platform::sendPacket(STDIN_FILENO, platform::toolGreeting, {ends->second.number()})) {
         return {};
     }
-    return requests;
+    return std::move(ends->first);
 }
 
 void leaveStandardDescriptors()

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/job-supervisor/ProgramStart.h"
 
-#include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Basics/DescriptorPair.h"
 #include "Platform/Core/Processes/SpawnProgram.h"
 
 #include <fcntl.h>
@@ -162,21 +162,19 @@ StartedProgram startProgram(const platform::LaunchJob &job)
     auto environment = environmentOf(job);
     const auto argumentPointers = platform::textPointers(arguments);
     const auto environmentPointers = platform::textPointers(environment);
-    std::array<int, 2> ends{-1, -1};
+    auto report = platform::openPipe();
     const auto parent = ::getpid();
     pid_t pid = -1;
-    if (::pipe2(ends.data(), O_CLOEXEC) == 0) {
+    if (report) {
         pid = ::fork();
     }
     const auto reason = errno;
-    const platform::Descriptor readEnd(ends[0]);
-    platform::Descriptor writeEnd(ends[1]);
     if (pid == 0) {
         ::prctl(PR_SET_PDEATHSIG, SIGTERM); // NOLINT(*-vararg)
         if (::getppid() != parent) {
             ::_exit(StageProgram);
         }
-        const Child child(job, writeEnd.number());
+        const Child child(job, report->second.number());
         if (!objection.isNull()) {
             child.refuse();
         }
@@ -186,11 +184,11 @@ StartedProgram startProgram(const platform::LaunchJob &job)
         return {0, words(job, {StageProgram, reason})};
     }
     // The pipe closes when the program runs.
-    writeEnd.close();
+    report->second.close();
     Failure failure;
     ssize_t size = 0;
     do {
-        size = ::read(readEnd.number(), &failure, sizeof failure);
+        size = ::read(report->first.number(), &failure, sizeof failure);
     } while (size < 0 && errno == EINTR);
     if (size != sizeof failure) {
         return {pid, {}};

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Authorization/Authorization.h"
 #include "Platform/Core/Authorization/ToolRequest.h"
+#include "Platform/Core/Basics/DescriptorPair.h"
 #include "Platform/Core/Files/FileContents.h"
 #include "Platform/Core/Processes/ChildExit.h"
 #include "Platform/Core/Processes/ProcessDescriptor.h"
@@ -108,12 +109,11 @@ std::shared_ptr<Authorization> Authorization::handedDown()
 
 Authorization::Inheritance Authorization::handDown() const
 {
-    std::array<int, 2> ends{};
-    if (!m_socket.isOpen() ||
-        ::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+    auto ends = m_socket.isOpen() ? openSocketPair(SOCK_SEQPACKET) : std::nullopt;
+    if (!ends) {
         return {};
     }
-    Inheritance inheritance{Descriptor(ends[0]), {}, Descriptor(ends[1])};
+    Inheritance inheritance{std::move(ends->first), {}, std::move(ends->second)};
     inheritance.environmentEntry =
         QByteArray(variable) + '=' + QByteArray::number(inheritance.descriptor.number());
     return inheritance;

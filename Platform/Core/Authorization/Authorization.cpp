@@ -4,9 +4,10 @@
 
 #include "Platform/Core/Authorization/PasswordAgent.h"
 #include "Platform/Core/Authorization/ToolRequest.h"
+#include "Platform/Core/Basics/DescriptorPair.h"
 #include "Platform/Core/Basics/TrustedPath.h"
 #include "Platform/Core/Processes/ChildExit.h"
-#include "Platform/Core/Processes/CleanProcess.h"
+#include "Platform/Core/Processes/SpawnProgram.h"
 #include "Platform/Core/Text/Console.h"
 #include "Platform/Core/Text/FileName.h"
 #include "Platform/Core/Threads/WorkerThreads.h"
@@ -30,29 +31,6 @@ constexpr const char *pkexecPath = "/usr/bin/pkexec";
 QString text(const char *characters)
 {
     return QString::fromUtf8(characters);
-}
-
-struct Pair {
-    Descriptor ours;
-    Descriptor theirs;
-};
-
-std::optional<Pair> socketPair(int kind)
-{
-    std::array<int, 2> ends{};
-    if (::socketpair(AF_UNIX, kind | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-        return {};
-    }
-    return Pair{Descriptor(ends[0]), Descriptor(ends[1])};
-}
-
-std::optional<Pair> newPipe()
-{
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-        return {};
-    }
-    return Pair{Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
 // What is there without waiting.
@@ -189,32 +167,34 @@ AuthorizationStatus Authorization::acquire(const QString &user, const QString &p
 
 AuthorizationStatus Authorization::startHelper(PasswordAgent *agent)
 {
-    auto channel = socketPair(SOCK_SEQPACKET);
-    auto errors = newPipe();
+    auto channel = openSocketPair(SOCK_SEQPACKET);
+    auto errors = openPipe();
     int error = errno;
     pid_t process = -1;
     if (channel && errors) {
-        process = startCleanProcess(
-            pkexecPath, {QByteArrayLiteral("--disable-internal-agent"), helperPath()},
-            {channel->theirs.number(), -1, errors->theirs.number()}, &error);
+        error = spawnProgram({pkexecPath,
+                              {pkexecPath, "--disable-internal-agent", helperPath().toStdString()},
+                              cleanEnvironment,
+                              {channel->second.number(), nullDevice, errors->second.number()}},
+                             &process);
     }
     if (process < 0) {
         consoleLog(text("Unable to ask for the administrator's authorisation: %@"),
                    text(std::strerror(error)));
         return AuthorizationStatus::Internal;
     }
-    channel->theirs.close();
-    errors->theirs.close();
+    channel->second.close();
+    errors->second.close();
     auto helper = std::make_shared<ChildExit>(process);
-    if (!waitForHelper(channel->ours.number(), agent)) {
+    if (!waitForHelper(channel->first.number(), agent)) {
         helper->signal(SIGTERM); // the dialog goes with pkexec
-        channel->ours.close();
+        channel->first.close();
         helper->wait();
         return AuthorizationStatus::Canceled;
     }
-    auto greeting = receivePacket(channel->ours.number());
+    auto greeting = receivePacket(channel->first.number());
     if (!greeting || greeting->bytes != toolGreeting || greeting->descriptors.size() != 1) {
-        channel->ours.close();
+        channel->first.close();
         if (greeting && greeting->bytes != toolGreeting) {
             consoleLog(text("Unable to ask for the administrator's authorisation: %@ is of another "
                             "version. Install it with: sudo cmake --install BUILD_FOLDER "
@@ -224,7 +204,7 @@ AuthorizationStatus Authorization::startHelper(PasswordAgent *agent)
             return AuthorizationStatus::Internal;
         }
         helper->wait();
-        return explainRefusal(helper->status(), pendingText(errors->ours.number()));
+        return explainRefusal(helper->status(), pendingText(errors->first.number()));
     }
     m_socket = std::move(greeting->descriptors.front());
     limitSending(m_socket.number());
@@ -244,17 +224,17 @@ bool Authorization::isAlive() const
 std::optional<std::int32_t> Authorization::answerTo(const std::vector<std::string> &request,
                                                     int descriptor) const
 {
-    auto reply = newPipe();
+    auto reply = openPipe();
     if (!reply) {
         return errno;
     }
-    const int pipe = reply->theirs.number();
+    const int pipe = reply->second.number();
     const auto bytes = encodeToolRequest(request);
     const bool isSent = descriptor < 0 ? sendPacket(m_socket.number(), bytes, {pipe})
                                        : sendPacket(m_socket.number(), bytes, {pipe, descriptor});
-    reply->theirs.close();
+    reply->second.close();
     const auto answer =
-        isSent ? receiveToolReply(reply->ours.number(), longestToolStart) : std::nullopt;
+        isSent ? receiveToolReply(reply->first.number(), longestToolStart) : std::nullopt;
     if (!answer) {
         m_isLost.store(true, std::memory_order_relaxed); // its end of the socket may close later
     }
@@ -275,18 +255,18 @@ Authorization::Tool Authorization::run(const QString &path, const QStringList &a
     if (!decodeToolRequest(request)) {
         return failure(AuthorizationStatus::ToolExecuteFailure, path, text(std::strerror(EINVAL)));
     }
-    auto stream = newPipe();
+    auto stream = openPipe();
     if (!stream) {
         return failure(AuthorizationStatus::ToolExecuteFailure, path, text(std::strerror(errno)));
     }
-    const auto answer = answerTo(texts, output == Output::Wanted ? stream->theirs.number() : -1);
+    const auto answer = answerTo(texts, output == Output::Wanted ? stream->second.number() : -1);
     if (!answer) {
         return failure(AuthorizationStatus::Internal, path,
                        errno == ETIMEDOUT || errno == EAGAIN
                            ? text("the authorisation helper does not answer")
                            : text("the authorisation helper has ended"));
     }
-    stream->theirs.close();
+    stream->second.close();
     if (*answer != 0) {
         return failure(AuthorizationStatus::ToolExecuteFailure, path,
                        *answer == EPERM
@@ -294,7 +274,7 @@ Authorization::Tool Authorization::run(const QString &path, const QStringList &a
                            : text(std::strerror(*answer)));
     }
     return {AuthorizationStatus::Success,
-            output == Output::Wanted ? std::move(stream->ours) : Descriptor()};
+            output == Output::Wanted ? std::move(stream->first) : Descriptor()};
 }
 
 } // namespace platform

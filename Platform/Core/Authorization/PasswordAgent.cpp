@@ -2,10 +2,13 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Authorization/PasswordAgent.h"
 
-#include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Basics/AccountEntry.h"
+#include "Platform/Core/Basics/DescriptorPair.h"
 #include "Platform/Core/Files/FileContents.h"
 #include "Platform/Core/Processes/ChildExit.h"
-#include "Platform/Core/Processes/CleanProcess.h"
+#include "Platform/Core/Processes/SpawnProgram.h"
+
+#include <QByteArrayList>
 
 #include <fcntl.h>
 #include <pwd.h>
@@ -16,8 +19,6 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <string>
-#include <vector>
 
 namespace platform {
 namespace {
@@ -41,15 +42,6 @@ std::uint64_t startTimeOfThisProcess()
         contentsOfFile(QStringLiteral("/proc/self/stat"), 4096).value_or(QByteArray());
     const auto fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
     return fields.size() > 19 ? fields.at(19).toULongLong() : 0;
-}
-
-std::optional<uid_t> uidOfUser(const QByteArray &name)
-{
-    std::vector<char> buffer(16384);
-    passwd entry{};
-    passwd *found = nullptr;
-    ::getpwnam_r(name.constData(), &entry, buffer.data(), buffer.size(), &found);
-    return found != nullptr ? std::optional(entry.pw_uid) : std::nullopt;
 }
 
 // As one line, without a copy of the text, which may be the password.
@@ -250,9 +242,9 @@ bool PasswordAgent::mayAnswer(sd_bus_message *message, QByteArray *cookie) const
 
 bool PasswordAgent::isAmongIdentities(sd_bus_message *message) const
 {
-    const auto wanted = uidOfUser(m_user);
+    const AccountEntry account(::getpwnam_r, m_user.constData());
     bool found = false;
-    if (!wanted || ::sd_bus_message_enter_container(message, 'a', "(sa{sv})") < 0) {
+    if (!account.exists() || ::sd_bus_message_enter_container(message, 'a', "(sa{sv})") < 0) {
         return false;
     }
     while (::sd_bus_message_enter_container(message, 'r', "sa{sv}") > 0) {
@@ -265,7 +257,7 @@ bool PasswordAgent::isAmongIdentities(sd_bus_message *message) const
             ::sd_bus_message_read(message, "s", &key);
             if (key != nullptr && std::strcmp(key, "uid") == 0 &&
                 ::sd_bus_message_read(message, "v", "u", &uid) > 0) {
-                found = found || (std::strcmp(kind, "unix-user") == 0 && uid == *wanted);
+                found = found || (std::strcmp(kind, "unix-user") == 0 && uid == account->pw_uid);
             } else {
                 ::sd_bus_message_skip(message, "v");
             }
@@ -283,21 +275,18 @@ bool PasswordAgent::authenticate(const QByteArray &cookie) const
     if (m_password.contains('\n') || m_password.contains('\0') || cookie.contains('\n')) {
         return false;
     }
-    std::array<int, 2> ends{};
-    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+    auto ends = openSocketPair(SOCK_STREAM);
+    pid_t process = -1;
+    if (!ends || spawnProgram({pamHelper,
+                               {pamHelper, m_user.toStdString()},
+                               cleanEnvironment,
+                               {ends->second.number(), ends->second.number(), nullDevice}},
+                              &process) != 0) {
         return false;
     }
-    const Descriptor ours(ends[0]);
-    Descriptor theirs(ends[1]);
-    int error = 0;
-    const auto process =
-        startCleanProcess(pamHelper, {m_user}, {theirs.number(), theirs.number(), -1}, &error);
-    theirs.close();
-    if (process < 0) {
-        return false;
-    }
+    ends->second.close();
     const auto helper = std::make_shared<ChildExit>(process);
-    const bool accepted = converse(ours.number(), cookie, m_user, m_password);
+    const bool accepted = converse(ends->first.number(), cookie, m_user, m_password);
     helper->reapInBackground(); // it ends by itself, at the latest when it cannot read any more
     return accepted;
 }

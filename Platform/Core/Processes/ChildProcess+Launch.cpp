@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
+#include "Platform/Core/Basics/DescriptorPair.h"
 #include "Platform/Core/Basics/PlatformException.h"
 #include "Platform/Core/Processes/ChildProcess.h"
 #include "Platform/Core/Processes/SpawnProgram.h"
@@ -49,20 +50,6 @@ std::vector<std::string> environmentOf(const ChildProcess::Environment &variable
     return entries;
 }
 
-struct Pipe {
-    Descriptor reading;
-    Descriptor writing;
-};
-
-Pipe openPipe()
-{
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
-        throw systemFailure(errno);
-    }
-    return {Descriptor(ends[0]), Descriptor(ends[1])};
-}
-
 } // namespace
 
 void ChildProcess::launch()
@@ -87,13 +74,16 @@ void ChildProcess::launch()
             program.streams.at(stream) = inheritedStream;
         } else if (m_streams.at(stream) == Stream::Pipe) {
             auto pipe = openPipe();
+            if (!pipe) {
+                throw systemFailure(errno);
+            }
             const bool isInput = stream == STDIN_FILENO;
             ours.at(stream) =
-                copyAboveStandardStreams((isInput ? pipe.writing : pipe.reading).number());
+                copyAboveStandardStreams((isInput ? pipe->second : pipe->first).number());
             if (!ours.at(stream).isOpen()) {
                 throw systemFailure(errno);
             }
-            theirs.at(stream) = std::move(isInput ? pipe.reading : pipe.writing);
+            theirs.at(stream) = std::move(isInput ? pipe->first : pipe->second);
             // Only makes it faster; a user may not have many large pipes.
             ::fcntl(ours.at(stream).number(), F_SETPIPE_SZ, pipeSize); // NOLINT(*-vararg)
             program.streams.at(stream) = theirs.at(stream).number();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Authorization/ToolRequest.h"
-#include "Platform/Core/Processes/CleanProcess.h"
+#include "Platform/Core/Processes/SpawnProgram.h"
 #include "Tests/Support/Children.h"
 #include "Tests/Support/FaultMatrix.h"
 #include "Tests/Support/TestProgram.h"
@@ -222,8 +222,12 @@ void ToolRequestFaultsTest::aProgramIsStartedOrTheReasonIsTold()
         test::underFaults(
             std::array{kind}, test::Threads::Own, test::Open | test::Spawn | test::Duplicate, [] {},
             [&] {
-                process = platform::startCleanProcess(
-                    "/bin/true", {}, {given.number(), given.number(), given.number()}, &error);
+                process = -1;
+                error = platform::spawnProgram({"/bin/true",
+                                                {"/bin/true"},
+                                                platform::cleanEnvironment,
+                                                {given.number(), given.number(), given.number()}},
+                                               &process);
                 return process > 0;
             },
             [&](bool started) {

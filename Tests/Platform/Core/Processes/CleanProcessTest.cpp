@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
-#include "Platform/Core/Processes/CleanProcess.h"
-
-#include "Platform/Core/Basics/Descriptor.h"
+#include "Platform/Core/Processes/SpawnProgram.h"
 #include "Tests/Support/EnvironmentVariable.h"
 #include "Tests/Support/TestProgram.h"
 
@@ -18,8 +16,21 @@
 
 namespace {
 
+// The program at the path with these arguments and nothing else of ours. 0, or the error number.
+int start(const QByteArray &path, const QList<QByteArray> &arguments,
+          const std::array<int, 3> &streams, pid_t *process)
+{
+    std::vector<std::string> words{path.toStdString()};
+    for (const auto &argument : arguments) {
+        words.push_back(argument.toStdString());
+    }
+    return platform::spawnProgram(
+        {path.toStdString(), std::move(words), platform::cleanEnvironment, streams}, process);
+}
+
 // What the program writes to standard output; its end is waited for.
-QByteArray outputOf(const QByteArray &path, const QList<QByteArray> &arguments, int input = -1)
+QByteArray outputOf(const QByteArray &path, const QList<QByteArray> &arguments,
+                    int input = platform::nullDevice)
 {
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
@@ -27,9 +38,8 @@ QByteArray outputOf(const QByteArray &path, const QList<QByteArray> &arguments, 
     }
     const platform::Descriptor reading(ends[0]);
     platform::Descriptor writing(ends[1]);
-    int error = 0;
-    const auto process =
-        platform::startCleanProcess(path, arguments, {input, writing.number(), -1}, &error);
+    pid_t process = -1;
+    start(path, arguments, {input, writing.number(), platform::nullDevice}, &process);
     writing.close();
     QByteArray output;
     std::array<char, 4096> buffer{};
@@ -115,13 +125,10 @@ void CleanProcessTest::closedStandardDescriptorsDoNoHarm()
 
 void CleanProcessTest::aProgramThatIsMissingGivesTheSystemsError()
 {
-    int error = 0;
-    QCOMPARE(platform::startCleanProcess("/bin/nobody-has-this", {}, {-1, -1, -1}, &error), -1);
-    QCOMPARE(error, ENOENT);
-    QCOMPARE(platform::startCleanProcess("/etc/passwd", {}, {-1, -1, -1}, &error), -1);
-    QCOMPARE(error, EACCES);
-    QCOMPARE(platform::startCleanProcess("/bin/true", {}, {999, -1, -1}, &error), -1);
-    QCOMPARE(error, EBADF);
+    pid_t process = -1;
+    QCOMPARE(start("/bin/nobody-has-this", {}, {-1, -1, -1}, &process), ENOENT);
+    QCOMPARE(start("/etc/passwd", {}, {-1, -1, -1}, &process), EACCES);
+    QCOMPARE(start("/bin/true", {}, {999, -1, -1}, &process), EBADF);
 }
 
 TEST_CLASS(CleanProcessTest, QCoreApplication)
