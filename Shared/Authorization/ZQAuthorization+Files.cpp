@@ -42,15 +42,6 @@ QString workingFolder()
                : QStringLiteral("/dev/null"); // nothing is below it
 }
 
-bool isSystemDirectory(const QString &path, const QString &message)
-{
-    if (!ZQLocalPaths::isPathSystemDirectory(path, ExactMatch::Yes)) {
-        return false;
-    }
-    platform::consoleLog(message, path);
-    return true;
-}
-
 // Reports a path that is missing.
 bool bothGiven(const QString &source, const QString &destination, const QString &operation)
 {
@@ -76,6 +67,15 @@ bool startTool(ZQAuthorization &authorization, const QString &tool, const QStrin
 }
 
 } // namespace
+
+bool ZQAuthorization::isSystemDirectory(const QString &path, const QString &message)
+{
+    if (!ZQLocalPaths::isPathSystemDirectory(path, ExactMatch::Yes)) {
+        return false;
+    }
+    platform::consoleLog(message, path);
+    return true;
+}
 
 QString ZQAuthorization::pathArgument(const QString &path)
 {

@@ -4,7 +4,6 @@
 #include "Platform/Core/Files/FolderEntries.h"
 #include "Platform/Core/Folders/PrivateFiles.h"
 #include "Platform/Core/Folders/StandardFolders.h"
-#include "Platform/Core/Text/Console.h"
 #include "Platform/Core/Text/PathText.h"
 #include "Shared/Authorization/ZQAuthorization.h"
 #include "Shared/Basics/ZQLocalPaths.h"
@@ -30,16 +29,10 @@ QString ZQAuthorization::trashDestination(const QString &path) const
            platform::pathExtension(name);
 }
 
-bool ZQAuthorization::authTrashFile(const QString &path)
-{
-    return authTrashFile(path, DeleteOnRootAccount::No);
-}
-
 bool ZQAuthorization::authTrashFile(const QString &path, DeleteOnRootAccount deleteOnRootAccount)
 {
-    if (ZQLocalPaths::isPathSystemDirectory(path, ExactMatch::Yes)) {
-        platform::consoleLog(
-            QStringLiteral("Unable to trash path %@ because it is a system directory."), path);
+    if (isSystemDirectory(
+            path, QStringLiteral("Unable to trash path %@ because it is a system directory."))) {
         return false;
     }
     const auto destination = trashDestination(path);
@@ -53,19 +46,13 @@ bool ZQAuthorization::authTrashFile(const QString &path, DeleteOnRootAccount del
     return authMoveFile(path, destination);
 }
 
-bool ZQAuthorization::authTrashFolderContents(const QString &folder)
-{
-    return authTrashFolderContents(folder, DeleteOnRootAccount::No);
-}
-
 bool ZQAuthorization::authTrashFolderContents(const QString &folder,
                                               DeleteOnRootAccount deleteOnRootAccount)
 {
-    if (ZQLocalPaths::isPathSystemDirectory(folder, ExactMatch::Yes)) {
-        platform::consoleLog(
+    if (isSystemDirectory(
+            folder,
             QStringLiteral(
-                "Unable to trash folder contents of path %@ because it is a system directory."),
-            folder);
+                "Unable to trash folder contents of path %@ because it is a system directory."))) {
         return false;
     }
     bool allDone = true;
@@ -84,10 +71,9 @@ bool ZQAuthorization::authTrashFolderContents(const QString &folder,
 
 bool ZQAuthorization::authMoveFolderContents(const QString &folder, const QString &destination)
 {
-    if (ZQLocalPaths::isPathSystemDirectory(folder, ExactMatch::Yes)) {
-        platform::consoleLog(
-            QStringLiteral("Unable to move contents of path %@ because it is a system directory."),
-            folder);
+    if (isSystemDirectory(
+            folder, QStringLiteral(
+                        "Unable to move contents of path %@ because it is a system directory."))) {
         return false;
     }
     bool allDone = true;

@@ -83,11 +83,6 @@ ZQAuthorization &ZQAuthorization::sharedController(WithGUI withGUI)
     return controller;
 }
 
-ZQAuthorization &ZQAuthorization::sharedController()
-{
-    return sharedController(WithGUI::Yes);
-}
-
 ZQAuthorization::ZQAuthorization(WithGUI withGUI)
     : m_hasGUI(withGUI == WithGUI::Yes),
       m_userDirectory(platform::isRunningAsRoot() ? QString() : ZQLocalPaths::userDirectory())
@@ -189,11 +184,6 @@ bool ZQAuthorization::authStartWithUser(const QString &user, const QString &pass
 void ZQAuthorization::authEnd()
 {
     setAuthRef(nullptr);
-}
-
-std::int32_t ZQAuthorization::authExecTask(const QString &tool, const QStringList &parameters)
-{
-    return authExecTask(tool, parameters, Async::Yes);
 }
 
 std::int32_t ZQAuthorization::authExecTask(const QString &tool, const QStringList &parameters,

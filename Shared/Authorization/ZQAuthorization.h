@@ -26,9 +26,8 @@ class ZQAuthorization {
 public:
     /// sharedController:
     /// The one instance. The first call says whether the system may show its dialog.
-    static ZQAuthorization &sharedController(WithGUI withGUI);
     /// sharedController
-    static ZQAuthorization &sharedController();
+    static ZQAuthorization &sharedController(WithGUI withGUI = WithGUI::Yes);
 
     ZQAuthorization(const ZQAuthorization &) = delete;
     ZQAuthorization &operator=(const ZQAuthorization &) = delete;
@@ -58,19 +57,19 @@ public:
     /// authRemoveFile:
     bool authRemoveFile(const QString &path);
 
+    /// authTrashFile:
     /// authTrashFile:deleteOnRootAccount:
     /// Moves a file to the trash, under a name with the date and time where its own is taken. For
     /// root without a user's folder and with DeleteOnRootAccount::Yes, removes what has the name in
     /// the trash and leaves the file: kept on purpose.
-    bool authTrashFile(const QString &path, DeleteOnRootAccount deleteOnRootAccount);
-    /// authTrashFile:
-    bool authTrashFile(const QString &path);
+    bool authTrashFile(const QString &path,
+                       DeleteOnRootAccount deleteOnRootAccount = DeleteOnRootAccount::No);
 
+    /// authTrashFolderContents:
     /// authTrashFolderContents:deleteOnRootAccount:
     /// Every entry, hidden ones too, each as authTrashFile(). False when one failed.
-    bool authTrashFolderContents(const QString &folder, DeleteOnRootAccount deleteOnRootAccount);
-    /// authTrashFolderContents:
-    bool authTrashFolderContents(const QString &folder);
+    bool authTrashFolderContents(const QString &folder,
+                                 DeleteOnRootAccount deleteOnRootAccount = DeleteOnRootAccount::No);
 
     /// authMoveFolderContents:toPath:
     /// Every entry into a folder that exists. False when one failed.
@@ -88,13 +87,13 @@ public:
     /// With those above it that are missing. Waits 500 microseconds for it.
     bool authCreateDir(const QString &path);
 
+    /// authExecTask:parameters:
     /// authExecTask:parameters:async:
     /// 0 when the tool was started (and, without async, has closed its output), -2 when it does not
     /// exist, -1 without authorisation, else the platform's status. Its exit status is not looked
     /// at. Unless for a process of root's the tool runs in "/", so that paths are to be absolute.
-    std::int32_t authExecTask(const QString &tool, const QStringList &parameters, Async async);
-    /// authExecTask:parameters:
-    std::int32_t authExecTask(const QString &tool, const QStringList &parameters);
+    std::int32_t authExecTask(const QString &tool, const QStringList &parameters,
+                              Async async = Async::Yes);
 
     // How the last authStart() that had to ask ended: tells a refusal from nobody to ask.
     platform::AuthorizationStatus lastStatus() const
@@ -118,6 +117,9 @@ private:
     ~ZQAuthorization();
 
     QString trashDestination(const QString &path) const;
+
+    // Says on the console, with the message, that the path is guarded.
+    static bool isSystemDirectory(const QString &path, const QString &message);
 
     // A path as a tool's argument: never taken for an option, and for a tool that the authorisation
     // runs, which is in "/", a full path. Full paths stay as they are.

@@ -87,16 +87,6 @@ bool ZQTroubleshootingUtils::gatherLogsForAppsWithNames(const QStringList &names
     return outcome == ZQLogGathering::Outcome::Compressed;
 }
 
-bool ZQTroubleshootingUtils::gatherLogsForAppsWithNames(const QStringList &names, Silent silent)
-{
-    return gatherLogsForAppsWithNames(names, silent, {});
-}
-
-bool ZQTroubleshootingUtils::gatherLogsForAppsWithNames(const QStringList &names)
-{
-    return gatherLogsForAppsWithNames(names, Silent::No);
-}
-
 bool ZQTroubleshootingUtils::gatherLogsForAppWithName(const QString &name)
 {
     return !name.isNull() && gatherLogsForAppsWithNames(QStringList(name));

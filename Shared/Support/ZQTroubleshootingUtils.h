@@ -25,6 +25,8 @@ public:
 
     ZQTroubleshootingUtils() = delete;
 
+    /// gatherLogsForAppsWithNames:
+    /// gatherLogsForAppsWithNames:silent:
     /// gatherLogsForAppsWithNames:silent:additionalFiles:
     /// Puts the programs' logs, crash reports and preferences, of the user and of the computer,
     /// and the additional files (absolute paths) into a zip archive on the desktop that is named
@@ -33,13 +35,9 @@ public:
     /// no alert, and what was copied before stays in "ZQ_App_Logs" in the temporary folder until
     /// the next gathering, as it does where nothing was found: kept on purpose. The process's
     /// current directory changes: kept on purpose.
-    static bool gatherLogsForAppsWithNames(const QStringList &names, Silent silent,
-                                           const QStringList &additionalFiles,
+    static bool gatherLogsForAppsWithNames(const QStringList &names, Silent silent = Silent::No,
+                                           const QStringList &additionalFiles = {},
                                            const Finished &finished = {});
-    /// gatherLogsForAppsWithNames:silent:
-    static bool gatherLogsForAppsWithNames(const QStringList &names, Silent silent);
-    /// gatherLogsForAppsWithNames:
-    static bool gatherLogsForAppsWithNames(const QStringList &names);
     /// gatherLogsForAppWithName:
     /// False for a null name.
     static bool gatherLogsForAppWithName(const QString &name);

@@ -33,12 +33,6 @@ QString dataItem()
 } // namespace
 
 void ZQTaskEx::asyncDataFromTask(const QString &path, const QStringList &arguments,
-                                 Callback callback, const QVariant &object)
-{
-    asyncDataFromTask(path, arguments, std::move(callback), object, std::nullopt);
-}
-
-void ZQTaskEx::asyncDataFromTask(const QString &path, const QStringList &arguments,
                                  Callback callback, const QVariant &object,
                                  const std::optional<Environment> &environment)
 {

@@ -74,17 +74,6 @@ QString decoded(const QByteArray &data, ZQTaskEx::Encoding encoding)
 
 } // namespace
 
-QByteArray ZQTaskEx::dataFromTask(const QString &path, const QStringList &arguments, Task *task)
-{
-    return dataFromTask(path, arguments, task, std::nullopt);
-}
-
-QByteArray ZQTaskEx::dataFromTask(const QString &path, const QStringList &arguments, Task *task,
-                                  const std::optional<Environment> &environment)
-{
-    return dataFromTask(path, arguments, task, environment, LogOutput::Yes);
-}
-
 QByteArray ZQTaskEx::dataFromTask(const QString &path, const QStringList &arguments, Task *task,
                                   const std::optional<Environment> &environment,
                                   LogOutput logOutput)
@@ -113,11 +102,6 @@ QByteArray ZQTaskEx::dataFromTask(const QString &path, const QStringList &argume
                              QString::fromUtf8(exception.what()));
         return {};
     }
-}
-
-QString ZQTaskEx::stringFromTask(const QString &path, const QStringList &arguments)
-{
-    return stringFromTask(path, arguments, nullptr);
 }
 
 QString ZQTaskEx::stringFromTask(const QString &path, const QStringList &arguments, Task *task)

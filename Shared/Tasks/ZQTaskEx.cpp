@@ -42,11 +42,6 @@ std::shared_ptr<ZQTaskEx> ZQTaskEx::create()
     return std::shared_ptr<ZQTaskEx>(new ZQTaskEx);
 }
 
-bool ZQTaskEx::runTask(const QString &path, const QStringList &arguments)
-{
-    return runTask(path, arguments, nullptr);
-}
-
 bool ZQTaskEx::runTask(const QString &path, const QStringList &arguments, Task *task)
 {
     const ZQTaskCommand command(path);
@@ -80,11 +75,6 @@ void ZQTaskEx::runTaskAndReturn(const QString &path, const QStringList &argument
     } catch (const std::exception &exception) {
         logException(path, exception);
     }
-}
-
-qint64 ZQTaskEx::terminationCodeFromTask(const QString &path, const QStringList &arguments)
-{
-    return terminationCodeFromTask(path, arguments, nullptr);
 }
 
 qint64 ZQTaskEx::terminationCodeFromTask(const QString &path, const QStringList &arguments,

@@ -40,8 +40,7 @@ public:
     /// runTask:arguments:
     /// runTask:arguments:task:
     /// Waits for the end. True when launched and finished, whatever the exit status.
-    static bool runTask(const QString &path, const QStringList &arguments);
-    static bool runTask(const QString &path, const QStringList &arguments, Task *task);
+    static bool runTask(const QString &path, const QStringList &arguments, Task *task = nullptr);
     /// runTask:arguments:timeout:
     static void runTask(const QString &path, const QStringList &arguments, Timeout timeout);
     /// runTask:arguments:timeout: (instance)
@@ -56,8 +55,8 @@ public:
     /// stringFromTask:arguments:encoding:task:
     /// The data variant's result as text, ASCII unless told otherwise; empty, not null, when there
     /// is none, and null when it cannot be decoded.
-    static QString stringFromTask(const QString &path, const QStringList &arguments);
-    static QString stringFromTask(const QString &path, const QStringList &arguments, Task *task);
+    static QString stringFromTask(const QString &path, const QStringList &arguments,
+                                  Task *task = nullptr);
     static QString stringFromTask(const QString &path, const QStringList &arguments,
                                   Encoding encoding, Task *task);
     /// stringFromTask:arguments:timeout:
@@ -75,12 +74,9 @@ public:
     /// standard error, so a command that fills the latter's pipe first blocks; its standard input
     /// is a pipe that nobody writes to. Returns at the end of both, not of the command. All kept on
     /// purpose.
-    static QByteArray dataFromTask(const QString &path, const QStringList &arguments, Task *task);
     static QByteArray dataFromTask(const QString &path, const QStringList &arguments, Task *task,
-                                   const std::optional<Environment> &environment);
-    static QByteArray dataFromTask(const QString &path, const QStringList &arguments, Task *task,
-                                   const std::optional<Environment> &environment,
-                                   LogOutput logOutput);
+                                   const std::optional<Environment> &environment = std::nullopt,
+                                   LogOutput logOutput = LogOutput::Yes);
     /// dataFromTask:arguments:timeout:
     static QByteArray dataFromTask(const QString &path, const QStringList &arguments,
                                    Timeout timeout);
@@ -92,9 +88,8 @@ public:
     /// terminationCodeFromTask:arguments:task:
     /// The exit status, or the number of the signal that ended the command; -1 when the path is not
     /// executable. Throws platform::Exception when the command cannot be launched.
-    static qint64 terminationCodeFromTask(const QString &path, const QStringList &arguments);
     static qint64 terminationCodeFromTask(const QString &path, const QStringList &arguments,
-                                          Task *task);
+                                          Task *task = nullptr);
     /// terminationCodeFromTask:arguments:timeout:
     static qint64 terminationCodeFromTask(const QString &path, const QStringList &arguments,
                                           Timeout timeout);
@@ -108,9 +103,8 @@ public:
     /// on a thread that keeps this object alive. One command at a time: an earlier one's callback
     /// is forgotten. Launches whatever is executable, packages too: kept on purpose.
     void asyncDataFromTask(const QString &path, const QStringList &arguments, Callback callback,
-                           const QVariant &object = {});
-    void asyncDataFromTask(const QString &path, const QStringList &arguments, Callback callback,
-                           const QVariant &object, const std::optional<Environment> &environment);
+                           const QVariant &object = {},
+                           const std::optional<Environment> &environment = std::nullopt);
 
     /// terminateAsyncTask
     /// Forgets the callback and the object and terminates the command. A call of the callback that

@@ -293,8 +293,14 @@ const std::map<QString, Command> &commands()
              return QByteArray("done");
          }},
         {QStringLiteral("remove"), onPath(&ZQAuthorization::authRemoveFile)},
-        {QStringLiteral("trash"), onPath(&ZQAuthorization::authTrashFile)},
-        {QStringLiteral("trash-contents"), onPath(&ZQAuthorization::authTrashFolderContents)},
+        {QStringLiteral("trash"),
+         [](const QStringList &words) {
+             return yesOrNo(authorization().authTrashFile(words.first()));
+         }},
+        {QStringLiteral("trash-contents"),
+         [](const QStringList &words) {
+             return yesOrNo(authorization().authTrashFolderContents(words.first()));
+         }},
         {QStringLiteral("create"), onPath(&ZQAuthorization::authCreateDir)},
         {QStringLiteral("move"), onPaths(&ZQAuthorization::authMoveFile)},
         {QStringLiteral("copy"), onPaths(&ZQAuthorization::authCopyFile)},
