@@ -9,6 +9,7 @@
 #include <QFile>
 
 namespace platform {
+
 QString ProcessInformation::value(const QString &key) const
 {
     if (key == QLatin1String("CFBundleExecutable")) {
