@@ -1,113 +1,76 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Bundles/Bundle.h"
+#include "Platform/Core/Keys/KeyPress.h"
 #include "Platform/Core/Keys/KeyboardLayout.h"
 #include "Platform/Core/Text/Console.h"
 #include "Preference Pane/Presets/ZQKeyboardLayoutEditController.h"
+#include "Preference Pane/Shortcut/ShortcutPayload.h"
 
 #include <array>
+#include <optional>
 
 namespace {
 
-constexpr quint32 shiftFlag = 0x20000;
-constexpr quint32 controlFlag = 0x40000;
-constexpr quint32 optionFlag = 0x80000;
-constexpr quint32 commandFlag = 0x100000;
-constexpr quint32 functionFlag = 0x800000;
+using platform::keyflags::Function;
 
 constexpr int room = 255; // UTF-16 units of a key's text
 
-struct Glyph {
-    quint16 value;
+struct NamedCharacter {
+    char16_t value;
     const char *name;
 };
 
-// "Return" and "Enter" stand at each other's values, kept on purpose.
-constexpr std::array<Glyph, 10> characters{{{0x0003, "Return"},
-                                            {0x0009, "Tab"},
-                                            {0x0019, "Backtab"},
-                                            {0x000D, "Enter"},
-                                            {0x0008, "Backspace"},
-                                            {0x007F, "Delete"},
-                                            {0x001B, "Escape"},
-                                            {0x0020, "Space"},
-                                            {0xF700, "Up Arrow"},
-                                            {0xF701, "Down Arrow"}}};
-// Kept on purpose: the last row is never found.
-constexpr std::size_t searchedCharacters = 9;
+// "Return" and "Enter" stand at each other's values, and "Down Arrow" (0xF701) is not among them,
+// because presets have such names.
+constexpr auto namedCharacters = std::to_array<NamedCharacter>({{0x0003, "Return"},
+                                                                {0x0009, "Tab"},
+                                                                {0x0019, "Backtab"},
+                                                                {0x000D, "Enter"},
+                                                                {0x0008, "Backspace"},
+                                                                {0x007F, "Delete"},
+                                                                {0x001B, "Escape"},
+                                                                {0x0020, "Space"},
+                                                                {0xF700, "Up Arrow"}});
+
+// The rows of the table of function keys have these names twice over.
+constexpr auto functionKeyNames = std::to_array<const char *>(
+    {"Up Arrow",  "Down Arrow", "Left Arrow", "Right Arrow", "Home", "End", "Page Up",
+     "Page Down", "F1",         "F2",         "F3",          "F4",   "F5",  "F6",
+     "F7",        "F8",         "F9",         "F10",         "F11",  "F12", "F13"});
 
 // First the values that events give such keys, then what keyboard layouts give the arrows and the
-// navigation keys, and the key codes of F1 to F12. F13 twice and the empty last row are kept on
-// purpose.
-constexpr std::array<Glyph, 43> functionKeys{{{0xF700, "Up Arrow"},
-                                              {0xF701, "Down Arrow"},
-                                              {0xF702, "Left Arrow"},
-                                              {0xF703, "Right Arrow"},
-                                              {0xF729, "Home"},
-                                              {0xF72B, "End"},
-                                              {0xF72C, "Page Up"},
-                                              {0xF72D, "Page Down"},
-                                              {0xF704, "F1"},
-                                              {0xF705, "F2"},
-                                              {0xF706, "F3"},
-                                              {0xF707, "F4"},
-                                              {0xF708, "F5"},
-                                              {0xF709, "F6"},
-                                              {0xF70A, "F7"},
-                                              {0xF70B, "F8"},
-                                              {0xF70C, "F9"},
-                                              {0xF70D, "F10"},
-                                              {0xF70E, "F11"},
-                                              {0xF70F, "F12"},
-                                              {0xF710, "F13"},
-                                              {0x1E, "Up Arrow"},
-                                              {0x1F, "Down Arrow"},
-                                              {0x1C, "Left Arrow"},
-                                              {0x1D, "Right Arrow"},
-                                              {0x01, "Home"},
-                                              {0x04, "End"},
-                                              {0x0B, "Page Up"},
-                                              {0x0C, "Page Down"},
-                                              {0x7A, "F1"},
-                                              {0x78, "F2"},
-                                              {0x63, "F3"},
-                                              {0x76, "F4"},
-                                              {0x60, "F5"},
-                                              {0x61, "F6"},
-                                              {0x62, "F7"},
-                                              {0x64, "F8"},
-                                              {0x65, "F9"},
-                                              {0x6D, "F10"},
-                                              {0x67, "F11"},
-                                              {0x6F, "F12"},
-                                              {0xF710, "F13"},
-                                              {0, nullptr}}};
+// navigation keys, and the key codes of F1 to F12; F13 has the same value in both.
+constexpr auto functionKeyValues = std::to_array<quint16>(
+    {0xF700, 0xF701, 0xF702, 0xF703, 0xF729, 0xF72B, 0xF72C, 0xF72D, 0xF704, 0xF705, 0xF706,
+     0xF707, 0xF708, 0xF709, 0xF70A, 0xF70B, 0xF70C, 0xF70D, 0xF70E, 0xF70F, 0xF710, 0x1E,
+     0x1F,   0x1C,   0x1D,   0x01,   0x04,   0x0B,   0x0C,   0x7A,   0x78,   0x63,   0x76,
+     0x60,   0x61,   0x62,   0x64,   0x65,   0x6D,   0x67,   0x6F,   0xF710});
 
-const Glyph *namedCharacter(quint16 character)
+QString localized(const char *name)
 {
-    for (std::size_t row = 0; row < searchedCharacters; ++row) {
-        if (characters.at(row).value == character) {
-            return &characters.at(row);
-        }
-    }
-    return nullptr;
+    return platform::Bundle::main().localizedString(QString::fromLatin1(name), QString());
 }
 
-const Glyph *namedFunctionKey(quint16 character, quint16 keyCode)
+std::optional<QString> nameOfCharacter(quint16 character)
 {
-    for (const auto &row : functionKeys) {
-        if (row.value == character || row.value == keyCode) {
-            return &row;
+    for (const auto &row : namedCharacters) {
+        if (row.value == character) {
+            return localized(row.name);
         }
     }
-    return nullptr;
+    return std::nullopt;
 }
 
-QString nameOf(const Glyph &glyph)
+std::optional<QString> nameOfFunctionKey(quint16 character, quint16 keyCode)
 {
-    return glyph.name == nullptr ? QStringLiteral("(null)")
-                                 : platform::Bundle::main().localizedString(
-                                       QString::fromLatin1(glyph.name), QString());
+    for (std::size_t row = 0; row < functionKeyValues.size(); ++row) {
+        if (functionKeyValues.at(row) == character || functionKeyValues.at(row) == keyCode) {
+            return localized(functionKeyNames.at(row % functionKeyNames.size()));
+        }
+    }
+    // The table's last row has the value 0 and no name.
+    return character == 0 || keyCode == 0 ? std::optional(QStringLiteral("(null)")) : std::nullopt;
 }
 
 // The characters of a key; null, with a line on the console, where there are none.
@@ -115,7 +78,7 @@ QString translated(const platform::KeyboardLayout &layout, quint16 keyCode, quin
 {
     // Kept on purpose: no modifier reaches the layout, so that the key's plain character comes out.
     QString text;
-    const auto status = layout.translate(keyCode, modifierFlags & functionFlag, room, text);
+    const auto status = layout.translate(keyCode, modifierFlags & Function, room, text);
     if (status != platform::Status::NoError) {
         // Kept on purpose: the status stands where the text speaks of a key code.
         platform::consoleLog(
@@ -138,24 +101,11 @@ QString ZQKeyboardLayoutEditController::nameForKeyCode(const QVariant &keyCode,
                                                        const QVariant &modifiers)
 {
     const auto flags = static_cast<quint32>(modifiers.toLongLong());
-    QString name;
-    if ((flags & controlFlag) != 0) {
-        name += QStringLiteral("Ctrl+");
-    }
-    if ((flags & shiftFlag) != 0) {
-        name += QStringLiteral("Shift+");
-    }
-    if ((flags & optionFlag) != 0) {
-        name += QStringLiteral("Alt+");
-    }
-    if ((flags & commandFlag) != 0) {
-        name += QStringLiteral("Cmd+");
-    }
     auto key = stringForKeyCode(static_cast<quint16>(keyCode.toLongLong()), flags);
     if (key.size() == 1) {
         key = key.toUpper();
     }
-    return name + platform::format(QStringLiteral("%@"), key);
+    return shortcutPayload::prefixes(flags) + platform::format(QStringLiteral("%@"), key);
 }
 
 QString ZQKeyboardLayoutEditController::stringForKeyCode(quint16 keyCode, quint32 modifierFlags)
@@ -173,17 +123,13 @@ QString ZQKeyboardLayoutEditController::stringForKeyCode(quint16 keyCode, quint3
         return {};
     }
     const auto first = text.at(0).unicode();
-    const Glyph *glyph = nullptr;
-    if ((modifierFlags & functionFlag) == 0) {
-        platform::consoleLine(QStringLiteral("no modifier set"));
-        glyph = namedCharacter(first);
-    } else {
-        platform::consoleLine(QStringLiteral("modifier set"));
-        glyph = namedFunctionKey(first, keyCode);
+    const bool isFunction = (modifierFlags & Function) != 0;
+    platform::consoleLine(isFunction ? QStringLiteral("modifier set")
+                                     : QStringLiteral("no modifier set"));
+    const auto name = isFunction ? nameOfFunctionKey(first, keyCode) : nameOfCharacter(first);
+    if (name) {
+        return *name;
     }
-    if (glyph == nullptr) {
-        platform::consoleLine(QStringLiteral("not found in glyph map"));
-        return text;
-    }
-    return nameOf(*glyph);
+    platform::consoleLine(QStringLiteral("not found in glyph map"));
+    return text;
 }

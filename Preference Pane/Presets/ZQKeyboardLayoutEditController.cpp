@@ -5,6 +5,7 @@
 #include "Ostrel/OstrelNames.h"
 #include "Ostrel/PresetFiles.h"
 #include "Platform/Core/Basics/PlatformException.h"
+#include "Platform/Core/Keys/KeyPress.h"
 #include "Platform/Core/PropertyLists/PropertyList.h"
 #include "Platform/Core/Text/ShortText.h"
 #include "Platform/Desktop/Alerts/MainWindow.h"
@@ -37,12 +38,12 @@ void setValue(QVariantMap &row, const QString &key, const QVariant &value)
 // The key and the modifiers that tell shortcuts apart; nothing for a row without one.
 std::optional<std::pair<quint32, quint32>> shortcutOf(const QVariantMap &row)
 {
-    constexpr quint32 modifiers = 0x1E0000; // Shift, Control, Option and Command
     if (!row.contains(presets::keyCodeKey)) {
         return std::nullopt;
     }
     return std::pair(row.value(presets::keyCodeKey).toUInt(),
-                     row.value(presets::modifiersKey).toUInt() & modifiers);
+                     row.value(presets::modifiersKey).toUInt() &
+                         platform::keyflags::ShortcutModifiers);
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 #include "Ostrel/OstrelNames.h"
 #include "Platform/Core/Keys/KeyPress.h"
 
+#include <utility>
+
 namespace shortcutPayload {
 namespace {
 
@@ -30,10 +32,20 @@ QVariantMap ofSheet(quint16 keyCode, quint32 modifierFlags)
 
 QVariantMap ofFieldEditor(quint16 keyCode, quint32 modifierFlags)
 {
-    constexpr quint32 any = Shift | Control | Option | Command;
-    QVariantMap payload = modifiers((modifierFlags & any) == 0 ? Shift | Command : modifierFlags);
+    const bool isPlain = (modifierFlags & ShortcutModifiers) == 0;
+    QVariantMap payload = modifiers(isPlain ? Shift | Command : modifierFlags);
     payload[names::keyCode] = static_cast<int>(keyCode);
     return payload;
+}
+
+QString prefixes(quint32 modifierFlags)
+{
+    QString text;
+    for (const auto &[flag, prefix] :
+         {std::pair{Control, "Ctrl+"}, {Shift, "Shift+"}, {Option, "Alt+"}, {Command, "Cmd+"}}) {
+        text += QLatin1String((modifierFlags & flag) != 0 ? prefix : "");
+    }
+    return text;
 }
 
 } // namespace shortcutPayload

@@ -16,31 +16,6 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <array>
-#include <utility>
-
-namespace {
-
-Qt::KeyboardModifier modifierOfKey(int key)
-{
-    switch (key) {
-    case Qt::Key_Control:
-        return Qt::ControlModifier;
-    case Qt::Key_Shift:
-        return Qt::ShiftModifier;
-    case Qt::Key_Alt:
-        return Qt::AltModifier;
-    case Qt::Key_Meta:
-    case Qt::Key_Super_L:
-    case Qt::Key_Super_R:
-        return Qt::MetaModifier;
-    default:
-        return Qt::NoModifier;
-    }
-}
-
-} // namespace
-
 ZQKeyboardEditPanel::ZQKeyboardEditPanel(QWidget *parent)
     : QDialog(parent), m_question(new QLabel(this)), m_shortcut(new QLabel(this)),
       m_hint(new QLabel(this))
@@ -132,7 +107,8 @@ bool ZQKeyboardEditPanel::event(QEvent *event)
         return true;
     case QEvent::KeyRelease: {
         const auto &key = static_cast<QKeyEvent &>(*event);
-        showModifiers(key.modifiers() & ~Qt::KeyboardModifiers(modifierOfKey(key.key())));
+        showModifiers(key.modifiers() &
+                      ~Qt::KeyboardModifiers(platform::modifierOfQtKey(key.key())));
         return true;
     }
     default:
@@ -144,7 +120,7 @@ void ZQKeyboardEditPanel::pressed(const QKeyEvent &event)
 {
     const platform::KeyPress press(event);
     if (press.isModifierKey()) {
-        showModifiers(event.modifiers() | modifierOfKey(event.key()));
+        showModifiers(event.modifiers() | platform::modifierOfQtKey(event.key()));
         return;
     }
     // The Enter that opened the sheet may still be held down.
@@ -165,15 +141,11 @@ void ZQKeyboardEditPanel::pressed(const QKeyEvent &event)
 
 void ZQKeyboardEditPanel::showModifiers(Qt::KeyboardModifiers modifiers)
 {
-    static const std::array<std::pair<Qt::KeyboardModifier, QString>, 4> prefixes{
-        {{Qt::ControlModifier, QStringLiteral("Ctrl+")},
-         {Qt::ShiftModifier, QStringLiteral("Shift+")},
-         {Qt::AltModifier, QStringLiteral("Alt+")},
-         {Qt::MetaModifier, QStringLiteral("Cmd+")}}};
-    QString text;
-    for (const auto &[modifier, prefix] : prefixes) {
-        text += modifiers.testFlag(modifier) ? prefix : QString();
+    quint32 flags = 0;
+    for (const auto &key : platform::modifierKeys) {
+        flags |= modifiers.testFlag(key.modifier) ? key.flag : 0;
     }
+    const QString text = shortcutPayload::prefixes(flags);
     m_shortcut->setText(text.isEmpty() ? tr("Waiting for a key…") : text + QStringLiteral("…"));
 }
 

@@ -3,7 +3,6 @@
 #include "Platform/Core/Keys/HeldModifiers.h"
 
 #include "Platform/Core/Keys/KeyPress.h"
-#include "Platform/Core/Keys/VirtualKeyCode.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -15,56 +14,17 @@
 namespace platform {
 namespace {
 
-using Kind = HeldModifiers::Kind;
-
-Kind kindOf(int qtKey)
+const ModifierKey *modifierKeyAt(quint16 virtualKey)
 {
-    switch (qtKey) {
-    case Qt::Key_Shift:
-        return Kind::Shift;
-    case Qt::Key_Control:
-        return Kind::Control;
-    case Qt::Key_Alt:
-    case Qt::Key_AltGr:
-    case Qt::Key_Mode_switch:
-        return Kind::Option;
-    case Qt::Key_Meta:
-    case Qt::Key_Super_L:
-    case Qt::Key_Super_R:
-        return Kind::Command;
-    default:
-        return Kind::None;
-    }
-}
-
-Kind kindAt(quint16 virtualKey)
-{
-    switch (virtualKey) {
-    case virtualkey::Shift:
-    case virtualkey::RightShift:
-        return Kind::Shift;
-    case virtualkey::Control:
-    case virtualkey::RightControl:
-        return Kind::Control;
-    case virtualkey::Option:
-    case virtualkey::RightOption:
-        return Kind::Option;
-    case virtualkey::Command:
-    case virtualkey::RightCommand:
-        return Kind::Command;
-    default:
-        return Kind::None;
-    }
-}
-
-bool isRightPlace(quint16 virtualKey)
-{
-    return virtualKey == virtualkey::RightShift || virtualKey == virtualkey::RightControl ||
-           virtualKey == virtualkey::RightOption || virtualKey == virtualkey::RightCommand;
+    const auto *key =
+        std::find_if(modifierKeys.begin(), modifierKeys.end(), [&](const ModifierKey &one) {
+            return one.leftCode == virtualKey || one.rightCode == virtualKey;
+        });
+    return key == modifierKeys.end() ? nullptr : key;
 }
 
 // The layout may give a key on one side the modifier of the other.
-bool isRight(const QKeyEvent &event, quint16 virtualKey)
+bool isRight(const QKeyEvent &event, bool isRightPlace)
 {
     switch (event.nativeVirtualKey()) {
     case XKB_KEY_Shift_R:
@@ -80,32 +40,13 @@ bool isRight(const QKeyEvent &event, quint16 virtualKey)
     case XKB_KEY_Super_L:
         return false;
     default:
-        return isRightPlace(virtualKey) || event.key() == Qt::Key_AltGr ||
-               event.key() == Qt::Key_Super_R;
+        return isRightPlace || event.key() == Qt::Key_AltGr || event.key() == Qt::Key_Super_R;
     }
 }
 
 quint32 identityOf(const QKeyEvent &event)
 {
     return event.nativeScanCode() != 0 ? event.nativeScanCode() : static_cast<quint32>(event.key());
-}
-
-bool isOn(const QKeyEvent &event, Kind kind)
-{
-    const auto modifiers = event.modifiers();
-    switch (kind) {
-    case Kind::Shift:
-        return modifiers.testFlag(Qt::ShiftModifier);
-    case Kind::Control:
-        return modifiers.testFlag(Qt::ControlModifier);
-    case Kind::Option:
-        return modifiers.testFlag(Qt::AltModifier) || choosesThirdLevel(event);
-    case Kind::Command:
-        return modifiers.testFlag(Qt::MetaModifier);
-    case Kind::None:
-        break;
-    }
-    return false;
 }
 
 } // namespace
@@ -121,13 +62,13 @@ HeldModifiers::HeldModifiers()
     qGuiApp->installEventFilter(this);
 }
 
-HeldModifiers::Sides HeldModifiers::sides(Kind kind) const
+HeldModifiers::Sides HeldModifiers::sides(Qt::KeyboardModifier modifier) const
 {
     // Where Shift turns Alt into Meta, Alt is on and Meta is what went down: then the place tells.
     for (const auto member : {&Held::meaning, &Held::place}) {
         Sides sides{false, false};
         for (const auto &held : m_held) {
-            if (held.*member == kind) {
+            if (held.*member == modifier) {
                 (held.right ? sides.right : sides.left) = true;
             }
         }
@@ -160,14 +101,16 @@ bool HeldModifiers::eventFilter(QObject *watched, QEvent *event)
 
 void HeldModifiers::pressed(const QKeyEvent &event)
 {
-    const auto virtualKey = virtualKeyCodeOf(event).value_or(virtualkey::limit);
-    const auto meaning = kindOf(event.key());
-    if (meaning == Kind::None) {
-        forgetAllBut(event);
+    const auto meaning = modifierOfQtKey(event.key());
+    if (meaning == Qt::NoModifier) {
+        dropReleased(event);
         return;
     }
+    const auto code = virtualKeyCodeOf(event).value_or(virtualkey::limit);
+    const auto *place = modifierKeyAt(code);
     released(event); // at most once in the list
-    m_held << Held{identityOf(event), meaning, kindAt(virtualKey), isRight(event, virtualKey)};
+    m_held << Held{identityOf(event), meaning, place != nullptr ? place->modifier : Qt::NoModifier,
+                   isRight(event, place != nullptr && place->rightCode == code)};
 }
 
 void HeldModifiers::released(const QKeyEvent &event)
@@ -178,7 +121,7 @@ void HeldModifiers::released(const QKeyEvent &event)
                  m_held.end());
 }
 
-void HeldModifiers::forgetAllBut(const QKeyEvent &event)
+void HeldModifiers::dropReleased(const QKeyEvent &event)
 {
     m_held.erase(std::remove_if(m_held.begin(), m_held.end(),
                                 [&event](const Held &held) {

@@ -20,28 +20,27 @@ public:
 
     HeldModifiers();
 
-    enum class Kind : quint8 { None, Shift, Control, Option, Command };
     struct Sides {
         bool left;
         bool right;
     };
 
-    // Which keys of a kind are down. Of a modifier that is on without its key being known it is
-    // assumed that it is the left one.
-    Sides sides(Kind kind) const;
+    // Which of a modifier's two keys are down; neither for a modifier whose key is not known.
+    Sides sides(Qt::KeyboardModifier modifier) const;
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     struct Held {
-        quint32 key;  // what is pressed and released: the scan code or else Qt's key
-        Kind meaning; // what the layout makes of it
-        Kind place;   // what stands at its place
+        quint32 key; // what is pressed and released: the scan code or else Qt's key
+        Qt::KeyboardModifier meaning; // what the layout makes of it
+        Qt::KeyboardModifier place;   // what stands at its place
         bool right;
     };
     void pressed(const QKeyEvent &event);
     void released(const QKeyEvent &event);
-    void forgetAllBut(const QKeyEvent &event);
+    // Drops the keys whose modifiers the event does not have.
+    void dropReleased(const QKeyEvent &event);
 
     QVector<Held> m_held;
 };

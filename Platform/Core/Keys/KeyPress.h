@@ -2,8 +2,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Core/Keys/VirtualKeyCode.h"
+
 #include <QString>
 
+#include <array>
 #include <optional>
 
 class QKeyEvent;
@@ -35,7 +38,34 @@ inline constexpr quint32 RightControl = 0x2000;
 // the same wherever they were captured.
 inline constexpr quint32 Keyboard = 0x100;
 
+// The four modifiers that tell shortcuts apart.
+inline constexpr quint32 ShortcutModifiers = Shift | Control | Option | Command;
+
 } // namespace keyflags
+
+// One of those four, as Qt, flag words and virtual key codes know it.
+struct ModifierKey {
+    Qt::KeyboardModifier modifier;
+    quint32 flag;
+    quint32 leftFlag;
+    quint32 rightFlag;
+    virtualkey::Code leftCode;
+    virtualkey::Code rightCode;
+};
+
+inline constexpr std::array<ModifierKey, 4> modifierKeys{
+    {{Qt::ShiftModifier, keyflags::Shift, keyflags::LeftShift, keyflags::RightShift,
+      virtualkey::Shift, virtualkey::RightShift},
+     {Qt::ControlModifier, keyflags::Control, keyflags::LeftControl, keyflags::RightControl,
+      virtualkey::Control, virtualkey::RightControl},
+     {Qt::AltModifier, keyflags::Option, keyflags::LeftOption, keyflags::RightOption,
+      virtualkey::Option, virtualkey::RightOption},
+     {Qt::MetaModifier, keyflags::Command, keyflags::LeftCommand, keyflags::RightCommand,
+      virtualkey::Command, virtualkey::RightCommand}}};
+
+// Which of Qt's modifiers a key (Qt::Key) is: Qt::AltModifier for AltGr and its like, too.
+// Qt::NoModifier for any other key.
+Qt::KeyboardModifier modifierOfQtKey(int key);
 
 // What a press or release of a key says in virtual key codes. Call HeldModifiers::shared() early
 // (when the window opens), or right modifiers count as left ones. Main thread only.
@@ -72,5 +102,8 @@ std::optional<quint16> virtualKeyCodeOf(const QKeyEvent &event);
 
 // Whether AltGr or whatever the layout has for the third level is held or locked.
 bool choosesThirdLevel(const QKeyEvent &event);
+
+// Whether one of Qt's modifiers is on; Qt::AltModifier also where the third level is chosen.
+bool isOn(const QKeyEvent &event, Qt::KeyboardModifier modifier);
 
 } // namespace platform

@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Keys/KeyboardLayout.h"
 
-#include "Platform/Core/Keys/VirtualKeyCode.h"
+#include "Platform/Core/Keys/KeyPress.h"
+#include "Platform/Core/Keys/SpecialKey.h"
 #include "Platform/Core/Keys/WaylandKeyboard.h"
 #include "Platform/Core/Keys/XKeyboard.h"
 
@@ -15,95 +16,19 @@
 namespace platform {
 namespace {
 
-constexpr quint32 shiftFlag = 0x20000;
-constexpr quint32 functionFlag = 0x800000;
 constexpr quint32 evdevOffset = 8; // of XKB's key codes
 
-// The characters of the keys that are the same in every layout; 0 for the other keys.
-char16_t fixedCharacter(quint16 keyCode)
+// What the key has in every layout; null for a key that the layout decides about. Without the
+// function-key bit only keys without a character have words.
+QString fixedText(quint16 keyCode, quint32 modifiers)
 {
-    switch (keyCode) {
-    case virtualkey::Return:
-        return 0x0D;
-    case virtualkey::KeypadEnter:
-        return 0x03;
-    case virtualkey::Tab:
-        return 0x09;
-    case virtualkey::Backspace:
-        return 0x08;
-    case virtualkey::ForwardDelete:
-        return 0x7F;
-    case virtualkey::Escape:
-    case virtualkey::KeypadClear: // kept on purpose: layouts give Clear the character of Escape
-        return 0x1B;
-    case virtualkey::Help:
-        return 0x05;
-    case virtualkey::Home:
-        return 0x01;
-    case virtualkey::End:
-        return 0x04;
-    case virtualkey::PageUp:
-        return 0x0B;
-    case virtualkey::PageDown:
-        return 0x0C;
-    case virtualkey::LeftArrow:
-        return 0x1C;
-    case virtualkey::RightArrow:
-        return 0x1D;
-    case virtualkey::UpArrow:
-        return 0x1E;
-    case virtualkey::DownArrow:
-        return 0x1F;
-    case virtualkey::KeypadComma: // Linux layouts have a second decimal point there
-        return u',';
-    default:
-        return isFunctionKey(keyCode) ? 0x10 : 0; // what is left are F1 to F20 and the menu key
-    }
-}
-
-// Words for the keys that nobody would know by what layouts have for them: one control character
-// for all of F13 to F20, or nothing. Null for the other keys.
-QString fixedWord(quint16 keyCode, quint32 modifiers)
-{
-    switch (keyCode) {
-    case virtualkey::VolumeUp:
-        return QStringLiteral("Volume Up");
-    case virtualkey::VolumeDown:
-        return QStringLiteral("Volume Down");
-    case virtualkey::Mute:
-        return QStringLiteral("Mute");
-    default:
-        break;
-    }
-    if ((modifiers & functionFlag) == 0) {
+    const auto *key = specialKey(keyCode);
+    if (key == nullptr) {
         return {};
     }
-    switch (keyCode) {
-    case virtualkey::F13:
-        return QChar(0xF710); // the function-key character
-    case virtualkey::F14:
-        return QStringLiteral("F14");
-    case virtualkey::F15:
-        return QStringLiteral("F15");
-    case virtualkey::F16:
-        return QStringLiteral("F16");
-    case virtualkey::F17:
-        return QStringLiteral("F17");
-    case virtualkey::F18:
-        return QStringLiteral("F18");
-    case virtualkey::F19:
-        return QStringLiteral("F19");
-    case virtualkey::F20:
-        return QStringLiteral("F20");
-    case virtualkey::ForwardDelete:
-        return QStringLiteral("Delete");
-    case virtualkey::Help:
-        return QStringLiteral("Insert");
-    case virtualkey::ContextMenu:
-        return QStringLiteral("Menu");
-    default:
-        return {};
-    }
+    const bool byWord = key->layoutCharacter == 0 || (modifiers & keyflags::Function) != 0;
+    return key->word != nullptr && byWord ? QString::fromUtf16(key->word)
+                                          : QString(QChar(key->layoutCharacter));
 }
 
 xkb_mod_mask_t maskOf(xkb_keymap *keymap, const char *modifier)
@@ -171,10 +96,9 @@ Status KeyboardLayout::translate(quint16 keyCode, quint32 modifiers, int room, Q
     if (keyCode >= virtualkey::limit) {
         return Status::Parameter;
     }
-    auto characters = fixedWord(keyCode, modifiers);
+    auto characters = fixedText(keyCode, modifiers);
     if (characters.isNull()) {
-        const auto fixed = fixedCharacter(keyCode);
-        characters = fixed != 0 ? QString(QChar(fixed)) : layoutText(keyCode, modifiers);
+        characters = layoutText(keyCode, modifiers);
     }
     if (characters.size() > room) {
         return Status::OutputBufferTooSmall;
@@ -196,7 +120,7 @@ QString KeyboardLayout::layoutText(quint16 keyCode, quint32 modifiers) const
     xkb_mod_mask_t mask = 0;
     if (isKeypadKey(keyCode)) {
         mask = maskOf(m_keymap.get(), XKB_MOD_NAME_NUM);
-    } else if ((modifiers & shiftFlag) != 0) {
+    } else if ((modifiers & keyflags::Shift) != 0) {
         mask = maskOf(m_keymap.get(), XKB_MOD_NAME_SHIFT);
     }
     ::xkb_state_update_mask(state.get(), mask, 0, 0, 0, 0, m_group);

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Keys/VirtualKeyCode.h"
 
+#include "Platform/Core/Keys/SpecialKey.h"
+
 #include <linux/input-event-codes.h>
 
 #include <algorithm>
@@ -10,150 +12,34 @@
 namespace platform {
 namespace {
 
-struct Row {
-    quint16 virtualKey;
-    quint16 evdev;
-};
-
-// By place on the keyboard. Codes without a name are the letter or digit of the evdev name.
-constexpr auto table = std::to_array<Row>({
-    {virtualkey::A, KEY_A},
-    {virtualkey::S, KEY_S},
-    {0x02, KEY_D},
-    {0x03, KEY_F},
-    {0x04, KEY_H},
-    {0x05, KEY_G},
-    {0x06, KEY_Z},
-    {0x07, KEY_X},
-    {0x08, KEY_C},
-    {0x09, KEY_V},
-    {virtualkey::Section, KEY_102ND},
-    {0x0B, KEY_B},
-    {0x0C, KEY_Q},
-    {0x0D, KEY_W},
-    {0x0E, KEY_E},
-    {0x0F, KEY_R},
-    {0x10, KEY_Y},
-    {0x11, KEY_T},
-    {0x12, KEY_1},
-    {0x13, KEY_2},
-    {0x14, KEY_3},
-    {0x15, KEY_4},
-    {0x16, KEY_6},
-    {0x17, KEY_5},
-    {virtualkey::Equal, KEY_EQUAL},
-    {0x19, KEY_9},
-    {0x1A, KEY_7},
-    {virtualkey::Minus, KEY_MINUS},
-    {0x1C, KEY_8},
-    {0x1D, KEY_0},
-    {virtualkey::RightBracket, KEY_RIGHTBRACE},
-    {0x1F, KEY_O},
-    {0x20, KEY_U},
-    {virtualkey::LeftBracket, KEY_LEFTBRACE},
-    {0x22, KEY_I},
-    {0x23, KEY_P},
-    {virtualkey::Return, KEY_ENTER},
-    {0x25, KEY_L},
-    {0x26, KEY_J},
-    {virtualkey::Quote, KEY_APOSTROPHE},
-    {0x28, KEY_K},
-    {virtualkey::Semicolon, KEY_SEMICOLON},
-    {virtualkey::Backslash, KEY_BACKSLASH},
-    {virtualkey::Comma, KEY_COMMA},
-    {virtualkey::Slash, KEY_SLASH},
-    {0x2D, KEY_N},
-    {0x2E, KEY_M},
-    {virtualkey::Period, KEY_DOT},
-    {virtualkey::Tab, KEY_TAB},
-    {virtualkey::Space, KEY_SPACE},
-    {virtualkey::Grave, KEY_GRAVE},
-    {virtualkey::Backspace, KEY_BACKSPACE},
-    {virtualkey::Escape, KEY_ESC},
-    {virtualkey::RightCommand, KEY_RIGHTMETA},
-    {virtualkey::Command, KEY_LEFTMETA},
-    {virtualkey::Shift, KEY_LEFTSHIFT},
-    {virtualkey::CapsLock, KEY_CAPSLOCK},
-    {virtualkey::Option, KEY_LEFTALT},
-    {virtualkey::Control, KEY_LEFTCTRL},
-    {virtualkey::RightShift, KEY_RIGHTSHIFT},
-    {virtualkey::RightOption, KEY_RIGHTALT},
-    {virtualkey::RightControl, KEY_RIGHTCTRL},
-    {virtualkey::Function, KEY_FN},
-    {virtualkey::F17, KEY_F17},
-    {virtualkey::KeypadDecimal, KEY_KPDOT},
-    {virtualkey::KeypadMultiply, KEY_KPASTERISK},
-    {virtualkey::KeypadPlus, KEY_KPPLUS},
-    {virtualkey::KeypadClear, KEY_NUMLOCK},
-    {virtualkey::VolumeUp, KEY_VOLUMEUP},
-    {virtualkey::VolumeDown, KEY_VOLUMEDOWN},
-    {virtualkey::Mute, KEY_MUTE},
-    {virtualkey::KeypadDivide, KEY_KPSLASH},
-    {virtualkey::KeypadEnter, KEY_KPENTER},
-    {virtualkey::KeypadMinus, KEY_KPMINUS},
-    {virtualkey::F18, KEY_F18},
-    {virtualkey::F19, KEY_F19},
-    {virtualkey::KeypadEquals, KEY_KPEQUAL},
-    {virtualkey::Keypad0, KEY_KP0},
-    {virtualkey::Keypad1, KEY_KP1},
-    {virtualkey::Keypad2, KEY_KP2},
-    {virtualkey::Keypad3, KEY_KP3},
-    {virtualkey::Keypad4, KEY_KP4},
-    {virtualkey::Keypad5, KEY_KP5},
-    {virtualkey::Keypad6, KEY_KP6},
-    {virtualkey::Keypad7, KEY_KP7},
-    {virtualkey::F20, KEY_F20},
-    {virtualkey::Keypad8, KEY_KP8},
-    {virtualkey::Keypad9, KEY_KP9},
-    {virtualkey::Yen, KEY_YEN},
-    {virtualkey::Underscore, KEY_RO},
-    {virtualkey::KeypadComma, KEY_KPCOMMA},
-    {virtualkey::F5, KEY_F5},
-    {virtualkey::F6, KEY_F6},
-    {virtualkey::F7, KEY_F7},
-    {virtualkey::F3, KEY_F3},
-    {virtualkey::F8, KEY_F8},
-    {virtualkey::F9, KEY_F9},
-    {virtualkey::Eisu, KEY_MUHENKAN},
-    {virtualkey::F11, KEY_F11},
-    {virtualkey::Kana, KEY_HENKAN},
-    {virtualkey::F13, KEY_F13},
-    {virtualkey::F16, KEY_F16},
-    {virtualkey::F14, KEY_F14},
-    {virtualkey::F10, KEY_F10},
-    {virtualkey::ContextMenu, KEY_COMPOSE},
-    {virtualkey::F12, KEY_F12},
-    {virtualkey::F15, KEY_F15},
-    {virtualkey::Help, KEY_INSERT},
-    {virtualkey::Home, KEY_HOME},
-    {virtualkey::PageUp, KEY_PAGEUP},
-    {virtualkey::ForwardDelete, KEY_DELETE},
-    {virtualkey::F4, KEY_F4},
-    {virtualkey::End, KEY_END},
-    {virtualkey::F2, KEY_F2},
-    {virtualkey::PageDown, KEY_PAGEDOWN},
-    {virtualkey::F1, KEY_F1},
-    {virtualkey::LeftArrow, KEY_LEFT},
-    {virtualkey::RightArrow, KEY_RIGHT},
-    {virtualkey::DownArrow, KEY_DOWN},
-    {virtualkey::UpArrow, KEY_UP},
-});
-
-// The same keys as other keyboards send them.
-constexpr auto alternatives = std::to_array<Row>({
-    {virtualkey::Help, KEY_HELP},
-    {virtualkey::KeypadComma, KEY_KPJPCOMMA},
-    {virtualkey::Kana, KEY_HANGEUL}, // JIS keyboards made for these key codes send the
-    {virtualkey::Eisu, KEY_HANJA},   // Korean language keys, which have the same USB usages
-});
-
-template <typename Rows, typename Member>
-const Row *rowWith(const Rows &rows, Member member, quint32 value)
-{
-    const auto row = std::find_if(std::begin(rows), std::end(rows),
-                                  [&](const Row &one) { return one.*member == value; });
-    return row == std::end(rows) ? nullptr : &*row;
-}
+// Of each virtual key code, by place on the keyboard; KEY_RESERVED where it stands for no key.
+constexpr std::array<quint16, virtualkey::limit> evdevCodes{
+    // 0x00
+    KEY_A, KEY_S, KEY_D, KEY_F, KEY_H, KEY_G, KEY_Z, KEY_X, KEY_C, KEY_V, KEY_102ND, KEY_B, KEY_Q,
+    KEY_W, KEY_E, KEY_R,
+    // 0x10
+    KEY_Y, KEY_T, KEY_1, KEY_2, KEY_3, KEY_4, KEY_6, KEY_5, KEY_EQUAL, KEY_9, KEY_7, KEY_MINUS,
+    KEY_8, KEY_0, KEY_RIGHTBRACE, KEY_O,
+    // 0x20
+    KEY_U, KEY_LEFTBRACE, KEY_I, KEY_P, KEY_ENTER, KEY_L, KEY_J, KEY_APOSTROPHE, KEY_K,
+    KEY_SEMICOLON, KEY_BACKSLASH, KEY_COMMA, KEY_SLASH, KEY_N, KEY_M, KEY_DOT,
+    // 0x30
+    KEY_TAB, KEY_SPACE, KEY_GRAVE, KEY_BACKSPACE, KEY_RESERVED, KEY_ESC, KEY_RIGHTMETA,
+    KEY_LEFTMETA, KEY_LEFTSHIFT, KEY_CAPSLOCK, KEY_LEFTALT, KEY_LEFTCTRL, KEY_RIGHTSHIFT,
+    KEY_RIGHTALT, KEY_RIGHTCTRL, KEY_FN,
+    // 0x40
+    KEY_F17, KEY_KPDOT, KEY_RESERVED, KEY_KPASTERISK, KEY_RESERVED, KEY_KPPLUS, KEY_RESERVED,
+    KEY_NUMLOCK, KEY_VOLUMEUP, KEY_VOLUMEDOWN, KEY_MUTE, KEY_KPSLASH, KEY_KPENTER, KEY_RESERVED,
+    KEY_KPMINUS, KEY_F18,
+    // 0x50
+    KEY_F19, KEY_KPEQUAL, KEY_KP0, KEY_KP1, KEY_KP2, KEY_KP3, KEY_KP4, KEY_KP5, KEY_KP6, KEY_KP7,
+    KEY_F20, KEY_KP8, KEY_KP9, KEY_YEN, KEY_RO, KEY_KPCOMMA,
+    // 0x60
+    KEY_F5, KEY_F6, KEY_F7, KEY_F3, KEY_F8, KEY_F9, KEY_MUHENKAN, KEY_F11, KEY_HENKAN, KEY_F13,
+    KEY_F16, KEY_F14, KEY_RESERVED, KEY_F10, KEY_COMPOSE, KEY_F12,
+    // 0x70
+    KEY_RESERVED, KEY_F15, KEY_INSERT, KEY_HOME, KEY_PAGEUP, KEY_DELETE, KEY_F4, KEY_END, KEY_F2,
+    KEY_PAGEDOWN, KEY_F1, KEY_LEFT, KEY_RIGHT, KEY_DOWN, KEY_UP, KEY_RESERVED};
 
 bool isOneOf(quint16 key, std::initializer_list<virtualkey::Code> codes)
 {
@@ -164,27 +50,33 @@ bool isOneOf(quint16 key, std::initializer_list<virtualkey::Code> codes)
 
 std::optional<quint16> virtualKeyCode(quint32 evdevCode)
 {
-    const auto *row = rowWith(table, &Row::evdev, evdevCode);
-    if (row == nullptr) {
-        row = rowWith(alternatives, &Row::evdev, evdevCode);
+    // The same keys as other keyboards send them. JIS keyboards made for these key codes send the
+    // Korean language keys, which have the same USB usages.
+    switch (evdevCode) {
+    case KEY_RESERVED:
+        return std::nullopt;
+    case KEY_HELP:
+        return virtualkey::Help;
+    case KEY_KPJPCOMMA:
+        return virtualkey::KeypadComma;
+    case KEY_HANGEUL:
+        return virtualkey::Kana;
+    case KEY_HANJA:
+        return virtualkey::Eisu;
+    default:
+        break;
     }
-    return row == nullptr ? std::nullopt : std::optional(row->virtualKey);
+    const auto found = std::find(evdevCodes.begin(), evdevCodes.end(), evdevCode);
+    return found == evdevCodes.end()
+               ? std::nullopt
+               : std::optional(static_cast<quint16>(found - evdevCodes.begin()));
 }
 
 std::optional<quint32> evdevCode(quint16 virtualKeyCode)
 {
-    const auto *row = rowWith(table, &Row::virtualKey, virtualKeyCode);
-    return row == nullptr ? std::nullopt : std::optional<quint32>(row->evdev);
-}
-
-QVector<quint16> virtualKeyCodes()
-{
-    QVector<quint16> codes;
-    for (const auto &row : table) {
-        codes << row.virtualKey;
-    }
-    std::sort(codes.begin(), codes.end());
-    return codes;
+    const quint32 code =
+        virtualKeyCode < evdevCodes.size() ? evdevCodes[virtualKeyCode] : KEY_RESERVED;
+    return code == KEY_RESERVED ? std::nullopt : std::optional(code);
 }
 
 bool isKeypadKey(quint16 virtualKeyCode)
@@ -203,13 +95,10 @@ bool isArrowKey(quint16 virtualKeyCode)
 
 bool isFunctionKey(quint16 virtualKeyCode)
 {
-    using namespace virtualkey;
-    return isArrowKey(virtualKeyCode) ||
-           isOneOf(virtualKeyCode,
-                   {F1,  F2,       F3,         F4,  F5,   F6,   F7,     F8,
-                    F9,  F10,      F11,        F12, F13,  F14,  F15,    F16,
-                    F17, F18,      F19,        F20, Help, Home, PageUp, ForwardDelete,
-                    End, PageDown, ContextMenu});
+    constexpr char16_t firstFunctionCharacter = 0xF700;
+    const auto *key = specialKey(virtualKeyCode);
+    return key != nullptr && key->eventCharacter >= firstFunctionCharacter &&
+           !isKeypadKey(virtualKeyCode);
 }
 
 bool isModifierKey(quint16 virtualKeyCode)

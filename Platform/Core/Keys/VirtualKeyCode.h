@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QVector>
+#include <QtGlobal>
 
 #include <optional>
 
@@ -112,9 +112,6 @@ std::optional<quint16> virtualKeyCode(quint32 evdevCode);
 
 // The evdev code of a virtual key code; nothing for a code that stands for no key.
 std::optional<quint32> evdevCode(quint16 virtualKeyCode);
-
-// All virtual key codes that stand for a key, ascending.
-QVector<quint16> virtualKeyCodes();
 
 // What the numeric keypad has, its Enter and Clear included.
 bool isKeypadKey(quint16 virtualKeyCode);

@@ -5,6 +5,7 @@
 #include "Platform/Core/Keys/HeldModifiers.h"
 #include "Platform/Core/Keys/VirtualKeyCode.h"
 #include "Tests/Support/TestProgram.h"
+#include "Tests/Support/VirtualKeyCodes.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -213,7 +214,7 @@ void KeyPressTest::anUnknownScanCodeLeavesQtsKey()
 
 void KeyPressTest::everyKeyOfTheTableIsKnownByItsScanCode()
 {
-    for (const auto code : platform::virtualKeyCodes()) {
+    for (const auto code : test::virtualKeyCodes()) {
         const auto evdev = platform::evdevCode(code).value_or(0);
         QCOMPARE(KeyPress(native(Qt::Key_unknown, evdev)).keyCode(), std::optional(code));
     }

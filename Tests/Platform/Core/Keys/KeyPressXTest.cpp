@@ -6,6 +6,7 @@
 #include "Tests/Support/Command.h"
 #include "Tests/Support/KeyboardSettings.h"
 #include "Tests/Support/TestProgram.h"
+#include "Tests/Support/VirtualKeyCodes.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -72,7 +73,7 @@ constexpr std::array<ModifierKey, 8> modifierKeys{
 QVector<quint16> pressableKeys()
 {
     QVector<quint16> keys;
-    for (const auto code : platform::virtualKeyCodes()) {
+    for (const auto code : test::virtualKeyCodes()) {
         if (!platform::isModifierKey(code) && platform::evdevCode(code).value_or(256) + 8 <= 255) {
             keys << code;
         }

@@ -6,6 +6,7 @@
 #include "Tests/Support/EnvironmentVariable.h"
 #include "Tests/Support/KeyboardSettings.h"
 #include "Tests/Support/TestProgram.h"
+#include "Tests/Support/VirtualKeyCodes.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -160,7 +161,7 @@ void KeyboardLayoutTest::keysThatMoveOrEditHaveTheSameControlCharactersInEveryLa
 
 void KeyboardLayoutTest::theFunctionBitChangesTheKeysWithWordsOnly()
 {
-    for (const auto code : platform::virtualKeyCodes()) {
+    for (const auto code : test::virtualKeyCodes()) {
         using namespace platform::virtualkey;
         static const QList<quint16> withWords{F13, F14, F15,           F16,  F17,        F18,
                                               F19, F20, ForwardDelete, Help, ContextMenu};

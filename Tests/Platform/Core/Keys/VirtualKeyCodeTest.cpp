@@ -3,6 +3,7 @@
 #include "Platform/Core/Keys/VirtualKeyCode.h"
 
 #include "Tests/Support/TestProgram.h"
+#include "Tests/Support/VirtualKeyCodes.h"
 
 #include <QSet>
 #include <QTest>
@@ -11,7 +12,7 @@
 
 using platform::evdevCode;
 using platform::virtualKeyCode;
-using platform::virtualKeyCodes;
+using test::virtualKeyCodes;
 
 class VirtualKeyCodeTest : public QObject {
     Q_OBJECT

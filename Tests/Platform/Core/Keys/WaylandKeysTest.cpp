@@ -6,6 +6,7 @@
 #include "Platform/Core/Keys/VirtualKeyCode.h"
 #include "Platform/Desktop/KeyCapture/ShortcutInhibition.h"
 #include "Tests/Support/TestProgram.h"
+#include "Tests/Support/VirtualKeyCodes.h"
 #include "Tests/Support/VirtualKeyboard.h"
 
 #include <QApplication>
@@ -126,7 +127,7 @@ void WaylandKeysTest::everyKeyOfTheTableArrivesWithItsCode()
 {
     start("us");
     QVector<int> expected;
-    for (const auto code : platform::virtualKeyCodes()) {
+    for (const auto code : test::virtualKeyCodes()) {
         if (!platform::isModifierKey(code)) {
             m_keyboard->click(*platform::evdevCode(code));
             expected << code;
