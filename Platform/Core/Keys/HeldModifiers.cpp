@@ -125,7 +125,8 @@ void HeldModifiers::dropReleased(const QKeyEvent &event)
 {
     m_held.erase(std::remove_if(m_held.begin(), m_held.end(),
                                 [&event](const Held &held) {
-                                    return !isOn(event, held.meaning) && !isOn(event, held.place);
+                                    return !hasModifier(event, held.meaning) &&
+                                           !hasModifier(event, held.place);
                                 }),
                  m_held.end());
 }

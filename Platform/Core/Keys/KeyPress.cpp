@@ -29,7 +29,7 @@ quint32 flagsOf(const ModifierKey &key, const QKeyEvent &event)
     const auto sides = HeldModifiers::shared().sides(key.modifier);
     // The event of a modifier itself may come with the state before or after it.
     const bool ownEvent = isModifierOfQt(event.key()) && (sides.left || sides.right);
-    if (!isOn(event, key.modifier) && !ownEvent) {
+    if (!hasModifier(event, key.modifier) && !ownEvent) {
         return 0;
     }
     if (!sides.left && !sides.right) {
@@ -91,7 +91,7 @@ Qt::KeyboardModifier modifierOfQtKey(int key)
     }
 }
 
-bool isOn(const QKeyEvent &event, Qt::KeyboardModifier modifier)
+bool hasModifier(const QKeyEvent &event, Qt::KeyboardModifier modifier)
 {
     return (event.modifiers() & modifier) != 0 ||
            (modifier == Qt::AltModifier && choosesThirdLevel(event));

@@ -104,6 +104,6 @@ std::optional<quint16> virtualKeyCodeOf(const QKeyEvent &event);
 bool choosesThirdLevel(const QKeyEvent &event);
 
 // Whether one of Qt's modifiers is on; Qt::AltModifier also where the third level is chosen.
-bool isOn(const QKeyEvent &event, Qt::KeyboardModifier modifier);
+bool hasModifier(const QKeyEvent &event, Qt::KeyboardModifier modifier);
 
 } // namespace platform

@@ -45,7 +45,9 @@ struct FreeState {
     void operator()(xkb_state *state) const { ::xkb_state_unref(state); }
 };
 
-std::shared_ptr<xkb_keymap> keymapOfEnvironment()
+} // namespace
+
+std::shared_ptr<xkb_keymap> makeKeymap(const std::function<xkb_keymap *(xkb_context *)> &make)
 {
     const std::unique_ptr<xkb_context, FreeContext> context(
         ::xkb_context_new(XKB_CONTEXT_NO_FLAGS));
@@ -53,11 +55,8 @@ std::shared_ptr<xkb_keymap> keymapOfEnvironment()
         return nullptr;
     }
     ::xkb_context_set_log_level(context.get(), XKB_LOG_LEVEL_CRITICAL); // the caller tells
-    auto *keymap = ::xkb_keymap_new_from_names(context.get(), nullptr, XKB_KEYMAP_COMPILE_NO_FLAGS);
-    return keymap == nullptr ? nullptr : std::shared_ptr<xkb_keymap>(keymap, ::xkb_keymap_unref);
+    return {make(context.get()), ::xkb_keymap_unref};
 }
-
-} // namespace
 
 std::optional<KeyboardLayout> KeyboardLayout::current()
 {
@@ -84,7 +83,9 @@ std::optional<KeyboardLayout> KeyboardLayout::ofEnvironment()
         names += qgetenv(variable) + '\n';
     }
     if (lastKeymap == nullptr || names != lastNames) {
-        lastKeymap = keymapOfEnvironment();
+        lastKeymap = makeKeymap([](xkb_context *context) {
+            return ::xkb_keymap_new_from_names(context, nullptr, XKB_KEYMAP_COMPILE_NO_FLAGS);
+        });
         lastNames = names;
     }
     return lastKeymap == nullptr ? std::nullopt : std::optional(KeyboardLayout(lastKeymap, 0));

@@ -6,12 +6,17 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
+struct xkb_context;
 struct xkb_keymap;
 
 namespace platform {
+
+// What make compiles; null where it fails, or where the files of XKB are missing.
+std::shared_ptr<xkb_keymap> makeKeymap(const std::function<xkb_keymap *(xkb_context *)> &make);
 
 // What the keys of the session's keyboard mean. Main thread only.
 class KeyboardLayout {

@@ -16,17 +16,9 @@ enum Code : quint16 {
     A = 0x00,
     S = 0x01,
     Section = 0x0A, // beside the left Shift of ISO keyboards
-    Equal = 0x18,
-    Minus = 0x1B,
-    RightBracket = 0x1E,
     LeftBracket = 0x21,
     Return = 0x24,
     Quote = 0x27,
-    Semicolon = 0x29,
-    Backslash = 0x2A,
-    Comma = 0x2B,
-    Slash = 0x2C,
-    Period = 0x2F,
     Tab = 0x30,
     Space = 0x31,
     Grave = 0x32,
@@ -63,8 +55,7 @@ enum Code : quint16 {
     Keypad7 = 0x59,
     Keypad8 = 0x5B,
     Keypad9 = 0x5C,
-    Yen = 0x5D,        // JIS
-    Underscore = 0x5E, // JIS
+    Yen = 0x5D, // JIS
     KeypadComma = 0x5F,
     Eisu = 0x66, // JIS, left of the space bar
     Kana = 0x68, // JIS, right of the space bar

@@ -22,15 +22,15 @@ wl_display *programsDisplay()
                : static_cast<wl_display *>(native->nativeResourceForIntegration("wl_display"));
 }
 
-void globalGone(void *, wl_registry *, quint32) {}
+void onGlobalRemove(void *, wl_registry *, quint32) {}
 
-void nameTold(void *, wl_seat *, const char *) {}
+void onSeatName(void *, wl_seat *, const char *) {}
 
 } // namespace
 
 WaylandConnection::WaylandConnection() : m_display(programsDisplay())
 {
-    static constexpr wl_registry_listener listener{globalTold, globalGone};
+    static constexpr wl_registry_listener listener{onGlobal, onGlobalRemove};
     if (m_display == nullptr) {
         return;
     }
@@ -57,7 +57,7 @@ WaylandConnection::~WaylandConnection()
 
 wl_seat *WaylandConnection::seat()
 {
-    static constexpr wl_seat_listener listener{capabilitiesTold, nameTold};
+    static constexpr wl_seat_listener listener{onCapabilities, onSeatName};
     if (m_seat == nullptr) {
         m_seat = static_cast<wl_seat *>(bind(wl_seat_interface, seatVersion));
         if (m_seat != nullptr) {
@@ -90,13 +90,13 @@ void WaylandConnection::roundTrip()
     }
 }
 
-void WaylandConnection::globalTold(void *data, wl_registry *, quint32 name, const char *interface,
-                                   quint32 version)
+void WaylandConnection::onGlobal(void *data, wl_registry *, quint32 name, const char *interface,
+                                 quint32 version)
 {
     static_cast<WaylandConnection *>(data)->m_globals.append(Global{name, interface, version});
 }
 
-void WaylandConnection::capabilitiesTold(void *data, wl_seat *, quint32 capabilities)
+void WaylandConnection::onCapabilities(void *data, wl_seat *, quint32 capabilities)
 {
     static_cast<WaylandConnection *>(data)->m_capabilities = capabilities;
 }

@@ -40,9 +40,9 @@ private:
         QByteArray interface;
         quint32 version;
     };
-    static void globalTold(void *data, wl_registry *registry, quint32 name, const char *interface,
-                           quint32 version);
-    static void capabilitiesTold(void *data, wl_seat *seat, quint32 capabilities);
+    static void onGlobal(void *data, wl_registry *registry, quint32 name, const char *interface,
+                         quint32 version);
+    static void onCapabilities(void *data, wl_seat *seat, quint32 capabilities);
 
     wl_display *m_display = nullptr;
     wl_event_queue *m_queue = nullptr;

@@ -29,11 +29,7 @@ XKeyboard &XKeyboard::shared()
     return keyboard;
 }
 
-XKeyboard::XKeyboard()
-    : m_connection(::xcb_connect(nullptr, nullptr)),
-      m_context(::xkb_context_new(XKB_CONTEXT_NO_FLAGS), ::xkb_context_unref), m_works(begin())
-{
-}
+XKeyboard::XKeyboard() : m_connection(::xcb_connect(nullptr, nullptr)), m_works(begin()) {}
 
 XKeyboard::~XKeyboard()
 {
@@ -42,7 +38,7 @@ XKeyboard::~XKeyboard()
 
 bool XKeyboard::begin()
 {
-    if (::xcb_connection_has_error(m_connection) != 0 || m_context == nullptr ||
+    if (::xcb_connection_has_error(m_connection) != 0 ||
         ::xkb_x11_setup_xkb_extension(
             m_connection, XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
             XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, &m_event, nullptr) == 0) {
@@ -75,14 +71,13 @@ std::optional<KeyboardLayout> XKeyboard::layout()
     }
     if (m_keymap == nullptr) {
         const auto device = ::xkb_x11_get_core_keyboard_device_id(m_connection);
-        auto *keymap = device < 0
-                           ? nullptr
-                           : ::xkb_x11_keymap_new_from_device(m_context.get(), m_connection, device,
-                                                              XKB_KEYMAP_COMPILE_NO_FLAGS);
-        if (keymap == nullptr) {
-            return std::nullopt;
-        }
-        m_keymap.reset(keymap, ::xkb_keymap_unref);
+        m_keymap = device < 0 ? nullptr : makeKeymap([&](xkb_context *context) {
+            return ::xkb_x11_keymap_new_from_device(context, m_connection, device,
+                                                    XKB_KEYMAP_COMPILE_NO_FLAGS);
+        });
+    }
+    if (m_keymap == nullptr) {
+        return std::nullopt;
     }
     return KeyboardLayout(m_keymap, state->group);
 }

@@ -5,7 +5,6 @@
 #include "Platform/Core/Keys/KeyboardLayout.h"
 
 struct xcb_connection_t;
-struct xkb_context;
 
 namespace platform {
 
@@ -29,7 +28,6 @@ private:
     bool begin();
 
     xcb_connection_t *m_connection;
-    std::shared_ptr<xkb_context> m_context;
     std::shared_ptr<xkb_keymap> m_keymap; // null: to be read
     quint8 m_event = 0;                   // the number of the extension's events
     bool m_works;

@@ -12,17 +12,17 @@
 namespace platform {
 namespace {
 
-void becameActive(void *data, zwp_keyboard_shortcuts_inhibitor_v1 *)
+void onActive(void *data, zwp_keyboard_shortcuts_inhibitor_v1 *)
 {
     *static_cast<bool *>(data) = true;
 }
 
-void becameInactive(void *data, zwp_keyboard_shortcuts_inhibitor_v1 *)
+void onInactive(void *data, zwp_keyboard_shortcuts_inhibitor_v1 *)
 {
     *static_cast<bool *>(data) = false;
 }
 
-constexpr zwp_keyboard_shortcuts_inhibitor_v1_listener listener{becameActive, becameInactive};
+constexpr zwp_keyboard_shortcuts_inhibitor_v1_listener listener{onActive, onInactive};
 
 wl_surface *surfaceOf(QWindow *window)
 {
