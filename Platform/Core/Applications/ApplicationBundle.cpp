@@ -70,7 +70,7 @@ bool ApplicationBundle::readFolder()
 
 bool ApplicationBundle::readEntry()
 {
-    const auto contents = contentsOfFile(m_path, longestDesktopEntry);
+    const auto contents = contentsOfFile(m_path, maxDesktopEntrySize);
     auto entry = contents ? desktopEntryFromData(*contents, messageLocales()) : std::nullopt;
     if (!entry) {
         return false;

@@ -21,8 +21,8 @@
 namespace platform {
 namespace {
 
-constexpr int deepest = 5;
-constexpr int mostEntries = 100000; // no machine has as many; a folder full of links might
+constexpr int maxDepth = 5;
+constexpr int maxEntries = 100000; // no machine has as many; a folder full of links might
 
 bool isFolder(const QByteArray &path, unsigned char type)
 {
@@ -68,17 +68,11 @@ void collect(const QByteArray &folder, int depth, ApplicationFolderContents &con
     contents.desktopEntries << entries;
     contents.applicationBundles << bundles;
     for (const auto &subfolder : subfolders) {
-        if (depth < deepest && contents.desktopEntries.size() < mostEntries &&
-            contents.folders.size() < mostEntries / 100) {
+        if (depth < maxDepth && contents.desktopEntries.size() < maxEntries &&
+            contents.folders.size() < maxEntries / 100) {
             collect(subfolder, depth + 1, contents);
         }
     }
-}
-
-// What of the path lies below the folder; null where it does not.
-QString below(const QString &folder, const QString &path)
-{
-    return path.startsWith(folder + QLatin1Char('/')) ? path.mid(folder.size() + 1) : QString();
 }
 
 } // namespace
@@ -97,26 +91,32 @@ QStringList applicationBundleFolders()
     return searchPathForDirectories(SearchPathDirectory::Application, UserDomain | LocalDomain);
 }
 
+QString desktopFileId(const QString &folder, const QString &path)
+{
+    return path.startsWith(folder + QLatin1Char('/'))
+               ? path.mid(folder.size() + 1).replace(QLatin1Char('/'), QLatin1Char('-'))
+               : QString();
+}
+
 QString desktopFileId(const QString &path)
 {
-    auto name = lastPathComponent(path);
-    const auto folder = deletingLastPathComponent(path);
     const auto all = desktopEntryFolders();
     // As it is written, else where links lead.
     for (const auto &candidate : all) {
-        auto id = below(candidate, path);
+        auto id = desktopFileId(candidate, path);
         if (!id.isNull()) {
-            return id.replace(QLatin1Char('/'), QLatin1Char('-'));
+            return id;
         }
     }
-    const auto real = QFileInfo(folder).canonicalFilePath();
+    const auto name = lastPathComponent(path);
+    const auto real = QFileInfo(deletingLastPathComponent(path)).canonicalFilePath();
     for (const auto &candidate : all) {
         const auto realCandidate = QFileInfo(candidate).canonicalFilePath();
-        if (!realCandidate.isEmpty() && !real.isEmpty()) {
-            auto id = below(realCandidate, real + QLatin1Char('/') + name);
-            if (!id.isNull()) {
-                return id.replace(QLatin1Char('/'), QLatin1Char('-'));
-            }
+        auto id = realCandidate.isEmpty()
+                      ? QString()
+                      : desktopFileId(realCandidate, real + QLatin1Char('/') + name);
+        if (!id.isNull()) {
+            return id;
         }
     }
     return name;

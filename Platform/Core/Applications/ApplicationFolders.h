@@ -20,6 +20,9 @@ QStringList applicationBundleFolders();
 // its file name.
 QString desktopFileId(const QString &path);
 
+// The same for one of the folders; null for an entry that is not below it.
+QString desktopFileId(const QString &folder, const QString &path);
+
 // What lies in a folder and, a few levels deep, in its subfolders, except in ".app" folders.
 struct ApplicationFolderContents {
     QStringList desktopEntries;     // paths, those of each folder sorted, subfolders last

@@ -13,8 +13,8 @@
 namespace platform {
 namespace {
 
-constexpr qint64 largestFile = qint64(16) * 1024 * 1024;
-constexpr int longestSide = 4096;
+constexpr qint64 maxFileSize = qint64(16) * 1024 * 1024;
+constexpr int maxSide = 4096;
 
 constexpr std::array pictureEndings{".png", ".svg", ".svgz", ".xpm"};
 
@@ -22,12 +22,12 @@ constexpr std::array pictureEndings{".png", ".svg", ".svgz", ".xpm"};
 QIcon iconInFile(const QString &path)
 {
     const QFileInfo file(path);
-    if (!file.isFile() || file.size() > largestFile) {
+    if (!file.isFile() || file.size() > maxFileSize) {
         return {};
     }
     const auto size = QImageReader(path).size();
-    return size.isEmpty() || std::max(size.width(), size.height()) > longestSide ? QIcon()
-                                                                                 : QIcon(path);
+    return size.isEmpty() || std::max(size.width(), size.height()) > maxSide ? QIcon()
+                                                                             : QIcon(path);
 }
 
 // Icons of a theme have names without an ending; many entries give one all the same.

@@ -15,9 +15,9 @@ namespace platform {
 namespace {
 
 // Longer than a tick of the clock by which the kernel marks changes (at most 10 ms).
-constexpr qint64 freshness = 20'000'000;
+constexpr qint64 clockTick = 20'000'000;
 // A time so far ahead is a wrong one.
-constexpr qint64 distance = 60'000'000'000;
+constexpr qint64 maxClockError = 60'000'000'000;
 
 qint64 nanoseconds(const timespec &time)
 {
@@ -35,17 +35,14 @@ qint64 ChangeMark::now()
 
 ChangeMark::ChangeMark(const QString &path, qint64 since)
     : m_path(fileNameBytes(path)), m_state(look(m_path)),
-      m_isFresh(m_state.exists && m_state.changed > since - freshness &&
-                m_state.changed < since + distance)
+      m_isFresh(m_state.exists && m_state.changed > since - clockTick &&
+                m_state.changed < since + maxClockError)
 {
 }
 
 bool ChangeMark::hasChanged() const
 {
-    const auto state = look(m_path);
-    return m_isFresh || state.exists != m_state.exists || state.device != m_state.device ||
-           state.number != m_state.number || state.size != m_state.size ||
-           state.changed != m_state.changed;
+    return m_isFresh || look(m_path) != m_state;
 }
 
 ChangeMark::State ChangeMark::look(const QByteArray &path)
@@ -78,8 +75,7 @@ void ApplicationIndex::read()
         m_marks.emplace_back(folder, since);
     }
     for (const auto &path : contents.desktopEntries) {
-        auto id = path.mid(m_folder.size() + 1);
-        id.replace(QLatin1Char('/'), QLatin1Char('-'));
+        const auto id = desktopFileId(m_folder, path);
         if (!m_entries.contains(id)) {
             m_entries.insert(id, path);
         }

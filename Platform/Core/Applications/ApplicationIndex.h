@@ -29,6 +29,7 @@ private:
         ino_t number = 0;
         off_t size = 0;
         qint64 changed = 0;
+        bool operator==(const State &) const = default;
     };
     static State look(const QByteArray &path);
 

@@ -16,7 +16,7 @@
 namespace platform {
 namespace {
 
-constexpr qint64 largestEntry = qint64{1} << 20U;
+constexpr qint64 maxEntrySize = qint64{1} << 20U;
 
 // "applications" of the user's data folder, where the desktop looks first.
 QString entryFolder()
@@ -46,28 +46,10 @@ QString entryName(const QString &identifier)
 }
 
 // A value of one line.
-QByteArray escaped(const QByteArray &value)
+QByteArray escaped(QByteArray value)
 {
-    QByteArray text;
-    for (const auto byte : value) {
-        switch (byte) {
-        case '\\':
-            text += "\\\\";
-            break;
-        case '\n':
-            text += "\\n";
-            break;
-        case '\r':
-            text += "\\r";
-            break;
-        case '\t':
-            text += "\\t";
-            break;
-        default:
-            text += byte;
-        }
-    }
-    return text;
+    value.replace('\\', "\\\\").replace('\n', "\\n").replace('\r', "\\r").replace('\t', "\\t");
+    return value;
 }
 
 // A word of a command line: quoted, then escaped as any value is.
@@ -150,7 +132,7 @@ FileError registerApplication(const QString &path)
     if (kind != QStringLiteral("desktop")) {
         return {EINVAL, path};
     }
-    const auto entry = contentsOfFile(whole, largestEntry);
+    const auto entry = contentsOfFile(whole, maxEntrySize);
     if (!entry || !entry->contains("[Desktop Entry]")) {
         return {EINVAL, path};
     }

@@ -8,7 +8,6 @@
 #include <QStandardPaths>
 
 #include <algorithm>
-#include <cstring>
 
 namespace platform {
 namespace {
@@ -21,12 +20,8 @@ std::optional<Keys> keysOfEntry(const QByteArray &data)
     Keys keys;
     bool isFound = false;
     bool isInside = false;
-    for (qsizetype at = 0; at < data.size();) {
-        auto end = static_cast<qsizetype>(data.indexOf('\n', static_cast<int>(at)));
-        end = end < 0 ? data.size() : end;
-        const auto line =
-            QByteArray::fromRawData(data.constData() + at, static_cast<int>(end - at)).trimmed();
-        at = end + 1;
+    for (const auto &untrimmed : data.split('\n')) {
+        const auto line = untrimmed.trimmed();
         if (line.startsWith('[')) {
             isInside = line == "[Desktop Entry]";
             isFound = isFound || isInside;
@@ -34,44 +29,26 @@ std::optional<Keys> keysOfEntry(const QByteArray &data)
         }
         const auto equals = line.indexOf('=');
         if (isInside && equals > 0 && !line.startsWith('#')) {
-            // Copies, since the line is only a view of the data.
-            const auto key = line.left(equals).trimmed();
-            const auto value = line.mid(equals + 1).trimmed();
-            keys.insert(QByteArray(key.constData(), key.size()),
-                        QByteArray(value.constData(), value.size()));
+            keys.insert(line.left(equals).trimmed(), line.mid(equals + 1).trimmed());
         }
     }
     return isFound ? std::optional(keys) : std::nullopt;
-}
-
-char unescaped(char letter)
-{
-    switch (letter) {
-    case 's':
-        return ' ';
-    case 'n':
-        return '\n';
-    case 't':
-        return '\t';
-    case 'r':
-        return '\r';
-    default:
-        return letter;
-    }
 }
 
 // The parts of a value, which a semicolon ends where it is a list; a text is one part. An unknown
 // escape stands for itself.
 QStringList parts(const QByteArray &value, bool isList)
 {
+    static const QByteArray escapes("sntr\\;");
+    static const QByteArray meanings(" \n\t\r\\;");
     QStringList all;
     QByteArray part;
     for (auto i = 0; i < value.size(); ++i) {
         const auto letter = value.at(i);
         if (letter == '\\' && i + 1 < value.size()) {
             const auto next = value.at(++i);
-            const auto isKnown = std::strchr("sntr\\", next) != nullptr || (isList && next == ';');
-            part += isKnown ? QByteArray(1, unescaped(next)) : QByteArray("\\") + next;
+            const auto known = next == ';' && !isList ? -1 : escapes.indexOf(next);
+            part += known < 0 ? QByteArray("\\") + next : QByteArray(1, meanings.at(known));
         } else if (letter == ';' && isList) {
             all << QString::fromUtf8(part);
             part.clear();

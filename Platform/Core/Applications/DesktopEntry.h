@@ -11,7 +11,7 @@
 namespace platform {
 
 // More than the largest ones have with all their translations.
-constexpr qint64 longestDesktopEntry = qint64(1024) * 1024;
+constexpr qint64 maxDesktopEntrySize = qint64(1024) * 1024;
 
 // Absent values are null and empty.
 struct DesktopEntry {

@@ -16,43 +16,25 @@ namespace {
 
 using Applications = std::vector<ApplicationBundle>;
 
-void addListed(const QStringList &paths, QSet<QString> &seen, Applications &all)
+// Of several with one id the first counts that is not broken.
+void addListed(const QString &path, const QString &id, QSet<QString> &ids, Applications &all)
 {
-    for (const auto &path : paths) {
-        if (WorkerThreads::currentThreadIsToEnd()) {
-            return;
-        }
-        if (seen.contains(path)) {
-            continue;
-        }
-        seen.insert(path);
-        auto application = ApplicationBundle::withPath(path);
-        if (application.isListed()) {
-            all.push_back(std::move(application));
-        }
+    if (ids.contains(id) || WorkerThreads::currentThreadIsToEnd()) {
+        return;
+    }
+    auto application = ApplicationBundle::withPath(path);
+    if (!application.isNull()) {
+        ids.insert(id);
+    }
+    if (application.isListed()) {
+        all.push_back(std::move(application));
     }
 }
 
-void addEntries(const QString &folder, QSet<QString> &ids, Applications &all)
+void addBundles(const QString &folder, QSet<QString> &ids, Applications &all)
 {
-    const auto paths = contentsOfApplicationFolder(folder).desktopEntries;
-    for (const auto &path : paths) {
-        if (WorkerThreads::currentThreadIsToEnd()) {
-            return;
-        }
-        auto id = path.mid(folder.size() + 1);
-        id.replace(QLatin1Char('/'), QLatin1Char('-'));
-        if (ids.contains(id)) {
-            continue;
-        }
-        auto application = ApplicationBundle::withPath(path);
-        // A broken one does not stand for the id: the next folder may have a sound one.
-        if (!application.isNull()) {
-            ids.insert(id);
-        }
-        if (application.isListed()) {
-            all.push_back(std::move(application));
-        }
+    for (const auto &path : contentsOfApplicationFolder(folder).applicationBundles) {
+        addListed(path, path, ids, all);
     }
 }
 
@@ -63,15 +45,9 @@ void sortByName(Applications::iterator begin, Applications::iterator end)
     QCollator collator(locale.language() == QLocale::C ? QLocale(QLocale::English) : locale);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     collator.setNumericMode(true);
-    std::vector<std::pair<QCollatorSortKey, ApplicationBundle>> keyed;
-    for (auto each = begin; each != end; ++each) {
-        keyed.emplace_back(collator.sortKey(each->displayName()), std::move(*each));
-    }
-    std::stable_sort(keyed.begin(), keyed.end(), [](const auto &one, const auto &other) {
-        return one.first.compare(other.first) < 0;
+    std::stable_sort(begin, end, [&](const ApplicationBundle &one, const ApplicationBundle &other) {
+        return collator.compare(one.displayName(), other.displayName()) < 0;
     });
-    std::transform(keyed.begin(), keyed.end(), begin,
-                   [](auto &each) { return std::move(each.second); });
 }
 
 } // namespace
@@ -79,20 +55,18 @@ void sortByName(Applications::iterator begin, Applications::iterator end)
 std::vector<ApplicationBundle> installedApplications(const QString &firstFolder)
 {
     Applications all;
-    QSet<QString> seen;
+    QSet<QString> ids; // of a folder, its path
     if (!firstFolder.isEmpty()) {
-        const auto folder = QDir::cleanPath(firstFolder);
-        addListed(contentsOfApplicationFolder(folder).applicationBundles, seen, all);
+        addBundles(QDir::cleanPath(firstFolder), ids, all);
     }
     const auto first = static_cast<Applications::difference_type>(all.size());
-    const auto bundleFolders = applicationBundleFolders();
-    for (const auto &folder : bundleFolders) {
-        addListed(contentsOfApplicationFolder(folder).applicationBundles, seen, all);
+    for (const auto &folder : applicationBundleFolders()) {
+        addBundles(folder, ids, all);
     }
-    QSet<QString> ids;
-    const auto entryFolders = desktopEntryFolders();
-    for (const auto &folder : entryFolders) {
-        addEntries(folder, ids, all);
+    for (const auto &folder : desktopEntryFolders()) {
+        for (const auto &path : contentsOfApplicationFolder(folder).desktopEntries) {
+            addListed(path, desktopFileId(folder, path), ids, all);
+        }
     }
     sortByName(all.begin(), all.begin() + first);
     sortByName(all.begin() + first, all.end());

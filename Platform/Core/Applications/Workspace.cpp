@@ -17,8 +17,8 @@ namespace {
 
 // How long an icon that was not there is believed to be missing: a package manager may unpack the
 // entry before its icon.
-constexpr qint64 missingFor = 3000; // ms
-constexpr int mostKept = 4096;      // applications
+constexpr qint64 missingIconLifetime = 3000; // ms
+constexpr int maxKept = 4096;                // applications
 
 // An application as it was when its file had this mark.
 struct Known {
@@ -67,7 +67,7 @@ public:
             forgetIcons();
         }
         const auto isStale =
-            !known.icon || (known.icon->isNull() && known.iconAge.hasExpired(missingFor));
+            !known.icon || (known.icon->isNull() && known.iconAge.hasExpired(missingIconLifetime));
         if (isStale) {
             known.icon = applicationIcon(known.application);
             known.iconAge.start();
@@ -139,7 +139,7 @@ private:
     QByteArrayList m_environment;
     std::vector<ApplicationIndex> m_entries;
     std::vector<ApplicationIndex> m_bundles;
-    QCache<QString, Known> m_known{mostKept};
+    QCache<QString, Known> m_known{maxKept};
     QString m_theme;
 };
 

@@ -13,7 +13,7 @@
 namespace platform {
 namespace {
 
-constexpr int longestText = 200; // more is never seen in a row
+constexpr int maxTextLength = 200; // more is never seen in a row
 
 QString forSearch(const QString &text)
 {
@@ -30,7 +30,7 @@ QString forSearch(const QString &text)
 
 QString shown(const QString &text)
 {
-    return text.left(longestText).simplified();
+    return text.left(maxTextLength).simplified();
 }
 
 // Behind the beginning, a part of a name begins behind anything that is no letter or digit.
@@ -48,18 +48,18 @@ bool beginsAPart(const QString &name, const QString &word)
 
 QStringList searchWords(const QString &text)
 {
-    return forSearch(text.left(longestText).simplified())
+    return forSearch(text.left(maxTextLength).simplified())
         .split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
 
 ApplicationRow::ApplicationRow(ApplicationBundle application)
     : m_application(std::move(application)),
-      m_name(forSearch(m_application.displayName().left(longestText)))
+      m_name(forSearch(m_application.displayName().left(maxTextLength)))
 {
     const auto &entry = m_application.entry();
-    const QStringList texts{entry.genericName.left(longestText),
-                            entry.keywords.join(QLatin1Char('\n')).left(10 * longestText),
-                            m_application.program().left(longestText)};
+    const QStringList texts{entry.genericName.left(maxTextLength),
+                            entry.keywords.join(QLatin1Char('\n')).left(10 * maxTextLength),
+                            m_application.program().left(maxTextLength)};
     m_texts = m_name + QLatin1Char('\n') + forSearch(texts.join(QLatin1Char('\n')));
 }
 

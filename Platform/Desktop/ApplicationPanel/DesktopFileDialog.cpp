@@ -15,8 +15,8 @@
 namespace platform {
 namespace {
 
-// Of Qt's own platform theme, of KDE's and of others that can be set to the portal; all of them
-// call it so.
+// Qt's own platform theme, KDE's and others can use the portal; all of them give the class this
+// name.
 bool isPortals(const QObject &dialog)
 {
     return QByteArray(dialog.metaObject()->className()).contains("XdgDesktopPortal");

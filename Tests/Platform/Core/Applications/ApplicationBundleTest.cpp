@@ -195,7 +195,7 @@ void ApplicationBundleTest::whatIsNoApplicationIsNotOpened()
     test::writeFile(folder / "nogroup.desktop", "Type=Application\n");
     test::makeLink(folder / "nowhere", folder / "dangling.desktop");
     test::writeFile(folder / "huge.desktop",
-                    test::entry("A", std::string(platform::longestDesktopEntry, '#')));
+                    test::entry("A", std::string(platform::maxDesktopEntrySize, '#')));
     test::writeFile(folder / "application.txt", test::entry("A"));
 
     const auto found = at(folder / path.toStdString());
