@@ -4,7 +4,7 @@
 #include "Platform/Core/Text/TextFormat.h"
 #include "Platform/Desktop/Alerts/MainWindow.h"
 #include "Shared/Alerts/ZQAlert.h"
-#include "Shared/Alerts/ZQAlertCompletion.h"
+#include "Shared/Basics/DelegateMethod.h"
 #include "Shared/Log/ZQLog.h"
 
 #include <QApplication>
@@ -94,6 +94,16 @@ void ZQAlert::endWithoutAnswer()
         setReturnCode(m_escapeReturn);
         setAlertEnded(true);
     }
+}
+
+QMetaMethod ZQAlert::completionMethod(const QObject &delegate, const QString &selector)
+{
+    if (selector.count(QLatin1Char(':')) != 3 || !selector.endsWith(QLatin1Char(':'))) {
+        return {};
+    }
+    const auto name = selector.left(selector.indexOf(QLatin1Char(':'))).toUtf8();
+    return delegateMethod(delegate, name,
+                          {QMetaType::QObjectStar, QMetaType::LongLong, QMetaType::VoidStar});
 }
 
 // The delegate hears of the answer first; it may give the alert object another code meanwhile, or

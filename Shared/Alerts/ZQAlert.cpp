@@ -6,7 +6,6 @@
 #include "Platform/Core/Threads/MainThread.h"
 #include "Platform/Core/Threads/WorkerThreads.h"
 #include "Platform/Desktop/Alerts/MainWindow.h"
-#include "Shared/Alerts/ZQAlertCompletion.h"
 #include "Shared/Log/ZQLog.h"
 
 #include <QCoreApplication>
@@ -120,7 +119,9 @@ qint64 ZQAlert::alertSheetWithMessageText(const QString &messageText, const QStr
     if (std::exchange(alert->m_used, true)) {
         alert->setAlertEnded(false);
     }
-    const auto selector = didEndSelector.isNull() ? defaultCompletionSelector : didEndSelector;
+    const auto selector = didEndSelector.isNull()
+                              ? QStringLiteral("alertDidEnd:returnCode:contextInfo:")
+                              : didEndSelector;
     if (!completionMethod(*alert->delegate(), selector).isValid()) {
         ZQLog::appendLog(QStringLiteral("Alert error: delegate does not respond to selector %@"),
                          selector);
@@ -137,7 +138,7 @@ qint64 ZQAlert::alertSheetWithMessageText(const QString &messageText, const QStr
     putUnlessNull(dictionary, QStringLiteral("suppressionBinding"), suppressionBinding);
     const bool hasWindows = platform::hasWindows();
     const auto begin = [&] { alert->alertSheetWithDictionary(dictionary); };
-    // Without an application there may be nobody who serves the main thread.
+    // Without an application the main thread may have no event loop.
     hasWindows ? platform::performOnMainThreadAndWait(begin) : begin();
 
     if (block == Block::No) {

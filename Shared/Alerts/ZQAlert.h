@@ -4,6 +4,7 @@
 
 #include "Platform/Desktop/Alerts/AlertPanel.h"
 
+#include <QMetaMethod>
 #include <QObject>
 #include <QPointer>
 #include <QVariantMap>
@@ -43,7 +44,7 @@ public:
 
     /// alertSheetWithMessageText:defaultButton:alternateButton:otherButton:informativeText:
     /// parentWindow:block:
-    /// Always waits, whatever block says (kept on purpose).
+    /// Always waits, whatever block says: callers rely on it.
     static qint64
     alertSheetWithMessageText(const QString &messageText, const QString &defaultButton,
                               const QString &alternateButton, const QString &otherButton,
@@ -51,7 +52,7 @@ public:
 
     /// alertSheetWithMessageText:defaultButton:alternateButton:otherButton:informativeText:
     /// parentWindow:delegate:didEndSelector:block:
-    /// Ignores delegate, selector and block and always waits (kept on purpose).
+    /// Ignores delegate, selector and block and always waits: callers rely on it.
     static qint64
     alertSheetWithMessageText(const QString &messageText, const QString &defaultButton,
                               const QString &alternateButton, const QString &otherButton,
@@ -72,9 +73,8 @@ public:
     /// The answer when it waits, else -1 at once; also -1, and nothing shown, when the delegate
     /// does not answer to the selector. Null stands for none everywhere; without a delegate the
     /// alert object is its own. Texts are plain; informativeText is a format without arguments, so
-    /// that a
-    /// "%" in it begins a directive (kept on purpose). suppressionBinding is the key path in the
-    /// program's preferences that the check box "Do not show this message again" shows and sets.
+    /// that a "%" in it begins a directive, as callers expect. The check box "Do not show this
+    /// message again" shows and sets the program's preference at the key path suppressionBinding.
     static qint64 alertSheetWithMessageText(
         const QString &messageText, const QString &defaultButton, const QString &alternateButton,
         const QString &otherButton, const QString &informativeText, QWidget *parentWindow,
@@ -131,6 +131,8 @@ private:
         std::atomic<bool> ended = false;
     };
 
+    // The delegate's method for a selector; invalid when it has none.
+    static QMetaMethod completionMethod(const QObject &delegate, const QString &selector);
     static void endAfter(Outcome &outcome, qint64 seconds);
     static void endByDefault(Outcome &outcome);
     void startTimer(qint64 seconds);

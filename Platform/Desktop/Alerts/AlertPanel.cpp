@@ -9,7 +9,7 @@
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QGridLayout>
-#include <QPainter>
+#include <QLabel>
 #include <QPushButton>
 #include <QScreen>
 #include <QStyle>
@@ -21,38 +21,24 @@ namespace platform {
 namespace {
 
 // A person reads no more than this in an alert, and laying out more would take noticeable time.
-constexpr int longestMessage = 1000;
-constexpr int longestBody = 10000;
+constexpr int maxMessageLength = 1000;
+constexpr int maxBodyLength = 10000;
 
 // Line lengths that read well, in average characters.
-constexpr int shortestLine = 34;
-constexpr int longestLine = 60;
-constexpr int longestTitle = 30;
+constexpr int minLineWidth = 34;
+constexpr int maxLineWidth = 60;
+constexpr int maxTitleWidth = 30;
 
-class AlertIcon : public QWidget {
-public:
-    AlertIcon(AlertStyle alertStyle, QWidget *parent)
-        : QWidget(parent),
-          m_picture(alertStyle == AlertStyle::Warning ? QStyle::SP_MessageBoxWarning
-                                                      : QStyle::SP_MessageBoxInformation)
-    {
-        const auto side = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
-        setFixedSize(icon().actualSize(QSize(side, side)));
-        setVisible(!icon().isNull());
-    }
-
-protected:
-    void paintEvent(QPaintEvent * /*event*/) override
-    {
-        QPainter painter(this);
-        icon().paint(&painter, rect());
-    }
-
-private:
-    QIcon icon() const { return style()->standardIcon(m_picture, nullptr, this); }
-
-    QStyle::StandardPixmap m_picture;
-};
+QLabel *alertIcon(AlertStyle alertStyle, QWidget *panel)
+{
+    auto *icon = new QLabel(panel);
+    const auto *style = panel->style();
+    const auto side = style->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, panel);
+    const auto picture = alertStyle == AlertStyle::Warning ? QStyle::SP_MessageBoxWarning
+                                                           : QStyle::SP_MessageBoxInformation;
+    icon->setPixmap(style->standardIcon(picture, nullptr, panel).pixmap(side, side));
+    return icon;
+}
 
 // Screen readers announce a window with this role at once, whole.
 QAccessibleInterface *accessibleAlert(const QString &className, QObject *object)
@@ -71,11 +57,6 @@ void bringToFront(QWidget *window)
     window->activateWindow();
 }
 
-QWidget *windowOf(QWidget *widget)
-{
-    return widget == nullptr ? nullptr : widget->window();
-}
-
 } // namespace
 
 qint64 AlertDescription::escapeReturn() const
@@ -87,9 +68,9 @@ qint64 AlertDescription::escapeReturn() const
 }
 
 AlertPanel::AlertPanel(const AlertDescription &description, QWidget *parent)
-    : QDialog(windowOf(parent)), m_description(description),
-      m_message(new AlertText(description.messageText, longestMessage, this)),
-      m_body(new AlertText(description.informativeText, longestBody, this)),
+    : QDialog(parent == nullptr ? nullptr : parent->window()), m_description(description),
+      m_message(new AlertText(description.messageText, maxMessageLength, this)),
+      m_body(new AlertText(description.informativeText, maxBodyLength, this)),
       m_buttons(new QDialogButtonBox(this))
 {
     static const bool installed = [] {
@@ -102,15 +83,15 @@ AlertPanel::AlertPanel(const AlertDescription &description, QWidget *parent)
     setWindowModality(parent == nullptr ? Qt::NonModal : Qt::WindowModal);
     setAttribute(Qt::WA_QuitOnClose, false);
     setWindowTitle(QGuiApplication::applicationDisplayName());
-    setAccessibleName(description.messageText.left(longestMessage));
-    setAccessibleDescription(description.informativeText.left(longestBody));
+    setAccessibleName(description.messageText.left(maxMessageLength));
+    setAccessibleDescription(description.informativeText.left(maxBodyLength));
     m_message->setObjectName(QStringLiteral("messageText"));
     m_body->setObjectName(QStringLiteral("informativeText"));
     m_body->setVisible(!description.informativeText.isEmpty());
 
     auto *layout = new QGridLayout(this);
     layout->setSizeConstraint(QLayout::SetFixedSize);
-    layout->addWidget(new AlertIcon(description.style, this), 0, 0, 3, 1, Qt::AlignTop);
+    layout->addWidget(alertIcon(description.style, this), 0, 0, 3, 1, Qt::AlignTop);
     layout->addWidget(m_message, 0, 1);
     layout->addWidget(m_body, 1, 1);
     layout->setRowStretch(2, 1);
@@ -190,16 +171,17 @@ QPushButton *AlertPanel::addButton(const QString &title, int role, qint64 code)
         button = m_buttons->addButton(QDialogButtonBox::Ok);
     } else {
         const auto metrics = fontMetrics();
-        const auto widest = std::min(longestTitle * metrics.averageCharWidth(), room().width() / 5);
+        const auto maxWidth =
+            std::min(maxTitleWidth * metrics.averageCharWidth(), availableSize().width() / 5);
         const auto shown =
-            metrics.elidedText(title.left(longestMessage).simplified(), Qt::ElideRight, widest);
+            metrics.elidedText(title.left(maxMessageLength).simplified(), Qt::ElideRight, maxWidth);
         // An ampersand in a title is one, not the mark of a shortcut.
         auto label = shown;
         label.replace(QLatin1Char('&'), QLatin1String("&&"));
         button = m_buttons->addButton(label, static_cast<QDialogButtonBox::ButtonRole>(role));
-        button->setAccessibleName(title.left(longestMessage));
+        button->setAccessibleName(title.left(maxMessageLength));
         if (shown != title) {
-            button->setToolTip(Qt::convertFromPlainText(title.left(longestMessage)));
+            button->setToolTip(Qt::convertFromPlainText(title.left(maxMessageLength)));
         }
     }
     connect(button, &QPushButton::clicked, this, [this, code] { answer(code); });
@@ -221,7 +203,7 @@ void AlertPanel::showEvent(QShowEvent *event)
     QAccessible::updateAccessibility(&alert);
 }
 
-QSize AlertPanel::room() const
+QSize AlertPanel::availableSize() const
 {
     const auto *nearest = parentWidget() != nullptr ? parentWidget()->screen() : screen();
     return nearest->availableGeometry().size();
@@ -236,11 +218,11 @@ void AlertPanel::fit()
     m_message->setFont(headline);
 
     const auto character = fontMetrics().averageCharWidth();
-    const auto widest = std::min(longestLine * character, room().width() / 2);
-    const auto width = std::max({m_message->idealWidth(widest), m_body->idealWidth(widest),
-                                 std::min(shortestLine * character, widest)});
-    m_message->fit(width, room().height() / 5);
-    m_body->fit(width, room().height() * 2 / 5);
+    const auto maxWidth = std::min(maxLineWidth * character, availableSize().width() / 2);
+    const auto width = std::max({m_message->idealWidth(maxWidth), m_body->idealWidth(maxWidth),
+                                 std::min(minLineWidth * character, maxWidth)});
+    m_message->fit(width, availableSize().height() / 5);
+    m_body->fit(width, availableSize().height() * 2 / 5);
 }
 
 } // namespace platform

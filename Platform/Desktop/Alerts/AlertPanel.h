@@ -74,7 +74,7 @@ private:
     void addButtons();
     QPushButton *addButton(const QString &title, int role, qint64 code);
     void answer(qint64 code);
-    QSize room() const;
+    QSize availableSize() const;
     void fit();
 
     AlertDescription m_description;

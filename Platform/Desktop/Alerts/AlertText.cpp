@@ -12,7 +12,7 @@
 
 namespace platform {
 
-AlertText::AlertText(const QString &text, int longest, QWidget *parent) : QTextBrowser(parent)
+AlertText::AlertText(const QString &text, int maxLength, QWidget *parent) : QTextBrowser(parent)
 {
     setFrameStyle(QFrame::NoFrame);
     viewport()->setAutoFillBackground(false);
@@ -21,25 +21,25 @@ AlertText::AlertText(const QString &text, int longest, QWidget *parent) : QTextB
     setOpenLinks(false);
     setUndoRedoEnabled(false);
     document()->setDocumentMargin(0);
-    setPlainText(shortened(text, longest));
+    setPlainText(shortened(text, maxLength));
     takeLabelColours();
 }
 
-int AlertText::idealWidth(int widest) const
+int AlertText::idealWidth(int maxWidth) const
 {
-    return static_cast<int>(std::min<qreal>(std::ceil(measured(-1)->idealWidth()), widest));
+    return static_cast<int>(std::min<qreal>(std::ceil(measured(-1)->idealWidth()), maxWidth));
 }
 
-void AlertText::fit(int width, int highest)
+void AlertText::fit(int width, int maxHeight)
 {
     const auto height = static_cast<int>(std::ceil(measured(width)->size().height()));
-    const bool scrolls = height > highest;
+    const bool scrolls = height > maxHeight;
     setVerticalScrollBarPolicy(scrolls ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
     // Only a text that must be scrolled is a stop for the Tab key.
     setFocusPolicy(scrolls ? Qt::StrongFocus : Qt::NoFocus);
     setTextInteractionFlags(scrolls ? Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard
                                     : Qt::TextInteractionFlags(Qt::TextSelectableByMouse));
-    setFixedSize(width, std::min(height, highest));
+    setFixedSize(width, std::min(height, maxHeight));
 }
 
 void AlertText::changeEvent(QEvent *event)

@@ -13,14 +13,14 @@ namespace platform {
 class AlertText : public QTextBrowser {
     Q_OBJECT
 public:
-    // Shows at most longest UTF-16 units of the text.
-    AlertText(const QString &text, int longest, QWidget *parent);
+    // Shows at most maxLength UTF-16 units of the text.
+    AlertText(const QString &text, int maxLength, QWidget *parent);
 
-    // The width that the text would like, at most widest.
-    int idealWidth(int widest) const;
+    // The width that the text would like, at most maxWidth.
+    int idealWidth(int maxWidth) const;
 
-    // Takes that width and the height that the text then needs, at most highest.
-    void fit(int width, int highest);
+    // Takes that width and the height that the text then needs, at most maxHeight.
+    void fit(int width, int maxHeight);
 
 protected:
     void changeEvent(QEvent *event) override;
