@@ -18,37 +18,24 @@ QEasingCurve implicitTiming()
     return curve;
 }
 
-qreal valueOf(const QRectF &rectangle, LayerAttribute attribute)
-{
-    switch (attribute) {
-    case LayerAttribute::MinX:
-        return rectangle.x();
-    case LayerAttribute::MinY:
-        return rectangle.y();
-    case LayerAttribute::Width:
-        return rectangle.width();
-    case LayerAttribute::Height:
-        break;
-    }
-    return rectangle.height();
-}
+struct Accessors {
+    qreal (QRectF::*value)() const;
+    void (QRectF::*setValue)(qreal value);
+};
 
-void setValueOf(QRectF &rectangle, LayerAttribute attribute, qreal value)
+Accessors accessorsOf(LayerAttribute attribute)
 {
     switch (attribute) {
     case LayerAttribute::MinX:
-        rectangle.moveLeft(value);
-        break;
+        return {&QRectF::x, &QRectF::moveLeft};
     case LayerAttribute::MinY:
-        rectangle.moveTop(value);
-        break;
+        return {&QRectF::y, &QRectF::moveTop};
     case LayerAttribute::Width:
-        rectangle.setWidth(value);
-        break;
+        return {&QRectF::width, &QRectF::setWidth};
     case LayerAttribute::Height:
-        rectangle.setHeight(value);
         break;
     }
+    return {&QRectF::height, &QRectF::setHeight};
 }
 
 } // namespace
@@ -213,8 +200,8 @@ void Layer::layoutSublayers()
     for (const auto &sublayer : m_sublayers) {
         QRectF placed = sublayer->frame();
         for (const auto &constraint : sublayer->m_constraints) {
-            setValueOf(placed, constraint.attribute,
-                       valueOf(m_geometry.bounds, constraint.superlayerAttribute));
+            const auto value = accessorsOf(constraint.superlayerAttribute).value;
+            (placed.*accessorsOf(constraint.attribute).setValue)((m_geometry.bounds.*value)());
         }
         sublayer->setFrame(placed);
     }

@@ -3,30 +3,21 @@
 #include "Preference Pane/Switch/LayerTransaction.h"
 
 namespace platform {
-namespace {
-
-LayerTransaction *&innermost()
-{
-    static LayerTransaction *transaction = nullptr;
-    return transaction;
-}
-
-} // namespace
 
 LayerTransaction::LayerTransaction(std::chrono::milliseconds animationDuration)
-    : m_enclosing(innermost()), m_animationDuration(animationDuration)
+    : m_enclosing(s_innermost), m_animationDuration(animationDuration)
 {
-    innermost() = this;
+    s_innermost = this;
 }
 
 LayerTransaction::~LayerTransaction()
 {
-    innermost() = m_enclosing;
+    s_innermost = m_enclosing;
 }
 
 std::optional<std::chrono::milliseconds> LayerTransaction::animationDuration()
 {
-    const LayerTransaction *transaction = innermost();
+    const LayerTransaction *transaction = s_innermost;
     return transaction != nullptr ? std::optional(transaction->m_animationDuration) : std::nullopt;
 }
 

@@ -21,6 +21,8 @@ public:
     static std::optional<std::chrono::milliseconds> animationDuration();
 
 private:
+    static inline LayerTransaction *s_innermost = nullptr;
+
     LayerTransaction *m_enclosing;
     std::chrono::milliseconds m_animationDuration;
 };

@@ -61,19 +61,10 @@ QImage ZQSwitchButtonCALayer::switchImageForPath(const QPainterPath &path, const
 void ZQSwitchButtonCALayer::showFace(Face face)
 {
     m_face = face;
-    if (!m_theSwitch) {
-        return;
-    }
-    switch (face) {
-    case Face::Normal:
-        m_theSwitch->setContents(m_notClickedImgRef);
-        break;
-    case Face::Pressed:
-        m_theSwitch->setContents(m_clickedImgRef);
-        break;
-    case Face::Disabled:
-        m_theSwitch->setContents(m_disabledImgRef);
-        break;
+    if (m_theSwitch) {
+        m_theSwitch->setContents(face == Face::Normal    ? m_notClickedImgRef
+                                 : face == Face::Pressed ? m_clickedImgRef
+                                                         : m_disabledImgRef);
     }
 }
 

@@ -45,7 +45,7 @@ public:
 
     bool enabled() const { return m_enabled; }
     /// setEnabled:
-    // Kept on purpose: enabling shows the pressed face, which stays until the next release.
+    // Enabling shows the pressed face until the next release: users see that the switch is back.
     void setEnabled(bool enabled);
 
     /// switchSide
