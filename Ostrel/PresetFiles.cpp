@@ -8,25 +8,21 @@
 #include "Platform/Core/PropertyLists/PropertyList.h"
 #include "Platform/Core/Text/PathText.h"
 #include "Platform/Core/Text/TextFormat.h"
-#include "Platform/Core/Threads/BackgroundThread.h"
 #include "Shared/Basics/ZQLocalPaths.h"
 
 #include <QFileInfo>
-
-#include <atomic>
-#include <vector>
 
 namespace presets {
 namespace {
 
 constexpr qint64 kibibyte = 1024;
-constexpr qint64 largestFile = 16 * kibibyte * kibibyte; // bytes
-constexpr qint64 largestListing = 2 * largestFile;       // all files together
+constexpr qint64 maxFileSize = 16 * kibibyte * kibibyte; // bytes
+constexpr qint64 maxListing = 2 * maxFileSize;           // all files together
 constexpr qint64 costOfFile = 4 * kibibyte;              // of opening it, in bytes read instead
 
-std::optional<QVariantMap> readUpTo(const QString &path, qint64 largest)
+std::optional<QVariantMap> readUpTo(const QString &path, qint64 maxSize)
 {
-    const auto bytes = platform::contentsOfFile(path, largest);
+    const auto bytes = platform::contentsOfFile(path, maxSize);
     const auto value = bytes ? platform::propertyListFromData(*bytes) : std::nullopt;
     return value && value->userType() == QMetaType::QVariantMap ? std::optional(value->toMap())
                                                                 : std::nullopt;
@@ -91,37 +87,21 @@ QStringList identifiers(const QVariantMap &preset)
 
 std::optional<QVariantMap> read(const QString &path)
 {
-    return readUpTo(path, largestFile);
+    return readUpTo(path, maxFileSize);
 }
 
 QList<QStringList> identifiersOfFiles(const QStringList &paths)
 {
-    constexpr std::size_t few = 20; // as many take less than starting a thread may
-    std::vector<QString> files(paths.begin(), paths.end());
-    std::vector<QStringList> lists(files.size());
-    std::vector<qint64> sizes(files.size());
-    qint64 left = largestListing;
-    for (std::size_t at = 0; at < files.size(); ++at) {
-        const qint64 size = QFileInfo(files[at]).size();
+    QList<QStringList> lists;
+    qint64 left = maxListing;
+    for (const QString &path : paths) {
+        const qint64 size = QFileInfo(path).size();
         const bool fits = size + costOfFile <= left;
         left -= fits ? size + costOfFile : 0;
-        sizes[at] = fits ? size : -1;
+        lists.append(fits ? identifiers(readUpTo(path, size).value_or(QVariantMap()))
+                          : QStringList());
     }
-    std::atomic<std::size_t> next = 0;
-    const auto readAll = [&] {
-        for (std::size_t at = next++; at < files.size(); at = next++) {
-            lists[at] = identifiers(readUpTo(files[at], sizes[at]).value_or(QVariantMap()));
-        }
-    };
-    std::thread second;
-    if (files.size() > few) {
-        second = platform::startThread(readAll); // without it this one reads all of them
-    }
-    readAll();
-    if (second.joinable()) {
-        second.join();
-    }
-    return {lists.begin(), lists.end()};
+    return lists;
 }
 
 QVariantMap blank(const QString &name, const QString &identifier)

@@ -42,16 +42,16 @@ QStringList fileNames(const QString &folder);
 QString titleOf(const QString &fileName);
 
 // The applications that a preset says it is for: "bundleids", then "bundleid", also where it stands
-// there already (kept on purpose). What is no text is left out.
+// there already: the listener sees both. What is no text is left out.
 QStringList identifiers(const QVariantMap &preset);
 
 // The preset in a file, as a dictionary; nothing where it cannot be read or has more than 16 MB,
 // which take about as long to read as people wait.
 std::optional<QVariantMap> read(const QString &path);
 
-// The identifiers of each of these files, none of one that cannot be read. Reads many on two
-// threads. So that no folder keeps the page from opening, files are left out that would make it
-// more than 32 MB in all, with 4 KB for each file besides.
+// The identifiers of each of these files, none of one that cannot be read. So that no folder keeps
+// the page from opening, files are left out that would make it more than 32 MB in all, with 4 KB
+// for each file besides.
 QList<QStringList> identifiersOfFiles(const QStringList &paths);
 
 // A preset without shortcuts.

@@ -7,28 +7,6 @@
 #include <QShortcut>
 #include <QTimer>
 
-#ifdef __GLIBC__
-#include <malloc.h>
-#endif
-
-using namespace std::chrono_literals;
-
-namespace {
-
-// By then the pane's own start-up, a second long, is over, too.
-constexpr auto endOfOpening = 2s;
-
-// Gives back what only the opening needed, such as the texts of the font and icon settings: a fifth
-// of all that was allocated.
-void releaseFreeMemory()
-{
-#ifdef __GLIBC__
-    ::malloc_trim(0);
-#endif
-}
-
-} // namespace
-
 SettingsWindow::SettingsWindow(std::unique_ptr<platform::PreferencePane> pane)
     : m_pane(std::move(pane))
 {
@@ -51,7 +29,6 @@ void SettingsWindow::paintEvent(QPaintEvent *event)
         // Looking through the icon themes takes as long as all the rest of the opening.
         QTimer::singleShot(
             0, this, [this] { setWindowIcon(QIcon::fromTheme(QStringLiteral("input-keyboard"))); });
-        QTimer::singleShot(endOfOpening, this, &releaseFreeMemory);
     }
 }
 

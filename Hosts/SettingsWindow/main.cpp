@@ -1,15 +1,12 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Hosts/SettingsWindow/SettingsWindow.h"
-#include "Platform/Core/Threads/BackgroundThread.h"
 #include "Platform/Desktop/PaneLoading/PreferencePaneLoader.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
 #include <QTimer>
-
-#include <fontconfig/fontconfig.h>
 
 #include <cstdio>
 
@@ -24,31 +21,10 @@ int fail(const QString &message, int code)
     return code;
 }
 
-// Reads the font configuration beside the start of the application, which needs it for its first
-// text only; it takes as long as a good part of the rest.
-class FontPreload {
-public:
-    FontPreload() : m_thread(platform::startThread([] { ::FcInit(); })) {}
-    ~FontPreload() { wait(); }
-    FontPreload(const FontPreload &) = delete;
-    FontPreload &operator=(const FontPreload &) = delete;
-
-    void wait()
-    {
-        if (m_thread.joinable()) {
-            m_thread.join();
-        }
-    }
-
-private:
-    std::thread m_thread;
-};
-
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    FontPreload fonts;
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
@@ -102,7 +78,6 @@ int main(int argc, char *argv[])
         return fail(loaded.error, failed);
     }
 
-    fonts.wait();
     SettingsWindow window(std::move(loaded.pane));
     if (parser.isSet(pageOption) && !window.pane().showPage(parser.value(pageOption))) {
         return fail(

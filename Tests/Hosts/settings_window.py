@@ -5,7 +5,6 @@
 
 usage: settings_window.py BUILD_FOLDER
 """
-import errno
 import os
 import shutil
 import subprocess
@@ -15,8 +14,6 @@ import unittest
 BUILD = sys.argv.pop(1)
 PROGRAM = f"{BUILD}/bin/ostrel-settings"
 BUNDLE = f"{BUILD}/Ostrel.prefPane"
-FAULTS = f"{BUILD}/Tests/Support/libFaults.so"
-THREAD = 1 << 18
 
 
 def run(*arguments):
@@ -55,13 +52,6 @@ class SettingsWindow(unittest.TestCase):
                 width, height = png_size(f"/tmp/{page}.png")
                 self.assertGreater(width, 300)
                 self.assertGreater(height, 150)
-
-    def test_without_a_thread_for_the_fonts_it_opens_all_the_same(self):
-        # The first thread that it starts fails once, with EAGAIN: see Tests/Support/Faults.
-        environment = {**os.environ, "LD_PRELOAD": FAULTS, "FAULT": f"{THREAD} 1 0 {errno.EAGAIN} 0"}
-        done = subprocess.run([PROGRAM, "--version"], env=environment, capture_output=True, text=True,
-                              timeout=60)
-        self.assertEqual(done.returncode, 0, done.stderr)
 
     def test_the_picture_is_sharp_at_higher_scale_factors(self):
         run("--screenshot", "/tmp/one.png")

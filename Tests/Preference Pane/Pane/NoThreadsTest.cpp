@@ -1,6 +1,5 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
-#include "Ostrel/PresetFiles.h"
 #include "Tests/Preference Pane/Pane/PaneFixture.h"
 #include "Tests/Support/Faults/Faults.h"
 #include "Tests/Support/TestProgram.h"
@@ -18,7 +17,6 @@ private Q_SLOTS:
     void initTestCase();
     void thePaneOpensAndHasLoaded();
     void aStartOrStopEndsAsOneThatIsRefused();
-    void manyPresetsAreRead();
 };
 
 namespace {
@@ -68,17 +66,6 @@ void NoThreadsTest::aStartOrStopEndsAsOneThatIsRefused()
         QVERIFY(!fixture.pane().isProcessing());
         fixture.close();
     }
-}
-
-void NoThreadsTest::manyPresetsAreRead()
-{
-    const test::Faults faults(noThreads);
-    QStringList paths;
-    for (auto number = 0; number < 100; ++number) {
-        paths << QStringLiteral("/no such file %1").arg(number);
-    }
-    QCOMPARE(presets::identifiersOfFiles(paths).size(), 100);
-    QVERIFY(test::Faults::haveStruck());
 }
 
 TEST_CLASS(NoThreadsTest, QApplication)
