@@ -20,14 +20,11 @@ namespace {
 qlonglong cutToInteger(double real)
 {
     using Limits = std::numeric_limits<qlonglong>;
-    if (std::isnan(real)) {
-        return 0;
-    }
-    // 2^63 itself, which a double holds exactly.
-    const double end = -static_cast<double>(Limits::min());
-    return real >= end    ? Limits::max()
-           : real <= -end ? Limits::min()
-                          : static_cast<qlonglong>(real);
+    constexpr double end = 0x1p63; // which a double holds exactly
+    return std::isnan(real) ? 0
+           : real >= end    ? Limits::max()
+           : real <= -end   ? Limits::min()
+                            : static_cast<qlonglong>(real);
 }
 
 } // namespace

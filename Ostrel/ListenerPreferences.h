@@ -33,7 +33,7 @@ bool write(const QVariantMap &preferences);
 // what is not a number or truth value. Text is no number.
 std::optional<qlonglong> number(const QVariant &value);
 
-// Kept on purpose: these two are off only at 0, whatever else is stored or missing ...
+// For files of versions without them: two settings are off only at 0, whatever else is stored ...
 bool isOnUnlessZero(const QVariantMap &preferences, const QString &key);
 // ... and the others are on only at 1.
 bool isOnOnlyAtOne(const QVariantMap &preferences, const QString &key);

@@ -33,27 +33,27 @@ void disableWithReason(QPushButton *button, const QString &reason)
 // stand for one that is not there any more.
 void connectMenu(QComboBox *menu, QObject *context, const std::function<void()> &changed)
 {
-    const auto told = std::make_shared<int>(-1);
+    const auto reported = std::make_shared<int>(-1);
     QObject::connect(menu, QOverload<int>::of(&QComboBox::currentIndexChanged), context,
-                     [told, changed](int index) {
-                         *told = index;
+                     [reported, changed](int index) {
+                         *reported = index;
                          changed();
                      });
     QObject::connect(menu, QOverload<int>::of(&QComboBox::activated), context,
-                     [told, changed](int index) {
-                         if (std::exchange(*told, -1) != index) {
+                     [reported, changed](int index) {
+                         if (std::exchange(*reported, -1) != index) {
                              changed();
                          }
                      });
     // A screen reader selects in the list without going there, and nothing would choose the item.
     // Keys and mouse do both, one after the other.
     auto *list = menu->view();
-    const auto choose = [menu, list, told] {
+    const auto choose = [menu, list, reported] {
         const auto selected = list->selectionModel()->selectedIndexes();
         if (selected.size() == 1 && selected.first() != list->currentIndex()) {
             menu->hidePopup();
             menu->setCurrentIndex(selected.first().row());
-            *told = -1; // nothing is activated
+            *reported = -1; // nothing is activated
         }
     };
     QObject::connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, context,

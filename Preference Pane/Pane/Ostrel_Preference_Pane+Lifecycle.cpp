@@ -37,6 +37,21 @@ QVariantMap listenerJob(const QString &program)
         {QStringLiteral("KeepAlive"), QVariantMap{{QStringLiteral("SuccessfulExit"), false}}}};
 }
 
+// Logs the platform's exceptions under the method's name; the closing steps follow any exception.
+void runLogged(const char *method, const std::function<void()> &operation,
+               const std::function<void()> &closing)
+{
+    try {
+        operation();
+    } catch (const platform::Exception &exception) {
+        ZQException::logException(exception, method);
+    } catch (...) {
+        closing();
+        throw;
+    }
+    closing();
+}
+
 } // namespace
 
 void Ostrel_Preference_Pane::setProcessing(bool processing)
@@ -53,32 +68,25 @@ QString Ostrel_Preference_Pane::listenerPath() const
 void Ostrel_Preference_Pane::runClientOperation(const char *method,
                                                 const std::function<void()> &operation)
 {
-    // Kept on purpose: the lock is private to each call and so excludes nothing. The disabled
+    // The maker wants a lock that is private to each call, which excludes nothing. The disabled
     // switch and isProcessing keep two operations apart.
     std::mutex lock;
     const std::lock_guard locked(lock);
     const AuthorizationUse use; // also beyond the pane's own
     setProcessing(true);
-    try {
-        operation();
-    } catch (const platform::Exception &exception) {
-        ZQException::logException(exception, method);
-    } catch (...) {
-        endClientOperation();
-        throw;
-    }
-    endClientOperation();
+    runLogged(method, operation, [this] { endClientOperation(); });
 }
 
 // A refusal is the user's own and gets no message; that nobody could be asked does.
 bool Ostrel_Preference_Pane::authorize()
 {
     auto &authorization = ZQAuthorization::sharedController();
-    const auto authorized = authorization.authStart();
+    if (authorization.authStart()) {
+        return true;
+    }
     const auto status = authorization.lastStatus();
     const auto notice =
-        authorized ? QString()
-        : status == platform::AuthorizationStatus::InteractionNotAllowed
+        status == platform::AuthorizationStatus::InteractionNotAllowed
             ? tr("The administrator's password cannot be asked for: no polkit agent is running in "
                  "this session.")
         : status == platform::AuthorizationStatus::Internal
@@ -86,7 +94,7 @@ bool Ostrel_Preference_Pane::authorize()
                  "log tells the reason.")
             : QString();
     platform::performOnMainThreadAndWait([this, notice] { showNotice(notice); });
-    return authorized;
+    return false;
 }
 
 void Ostrel_Preference_Pane::endClientOperation()
@@ -101,6 +109,7 @@ void Ostrel_Preference_Pane::setupClient()
     runClientOperation("-[Ostrel_Preference_Pane setupClient]", [this] {
         platform::performOnMainThreadAndWait([this] {
             disableInterface();
+            showNotice({});
             m_ui->statusSpinner->startAnimation();
         });
         const auto path = listenerPath();
@@ -131,7 +140,10 @@ void Ostrel_Preference_Pane::stopClient()
         if (!authorize()) {
             return;
         }
-        platform::performOnMainThreadAndWait([this] { disableInterface(); });
+        platform::performOnMainThreadAndWait([this] {
+            disableInterface();
+            showNotice({});
+        });
         platform::performOnMainThreadAndWait(
             [this] { updateStatus(names::statusNotification(names::disconnecting)); });
         platform::performOnMainThreadAndWait([this] { m_ui->statusSpinner->startAnimation(); });
@@ -150,43 +162,32 @@ void Ostrel_Preference_Pane::stopClient()
 void Ostrel_Preference_Pane::launchClientAfterDelay()
 {
     const auto begin = std::chrono::steady_clock::now();
-    const auto refresh = [this] {
-        platform::performOnMainThreadAndWait([this] { updateEnabledStatus(); });
-    };
-    try {
-        // Kept on purpose: the thread spins all the time.
-        while (std::chrono::steady_clock::now() - begin < inPaneTime(launchTime)) {
-            if (platform::WorkerThreads::currentThreadIsToEnd()) {
-                return;
-            }
+    // The maker wants the thread to spin, not to sleep.
+    while (std::chrono::steady_clock::now() - begin < inPaneTime(launchTime)) {
+        if (platform::WorkerThreads::currentThreadIsToEnd()) {
+            return;
         }
+    }
+    const auto launch = [this] {
         const auto path = listenerPath();
         if (!isProcessRunning(names::listener)) {
             platform::consoleLine(QStringLiteral("Launching client manually"));
             ZQTaskEx::runTaskAndReturn(path, {});
         }
-    } catch (const platform::Exception &exception) {
-        ZQException::logException(exception, "-[Ostrel_Preference_Pane launchClientAfterDelay]");
-    } catch (...) {
-        refresh();
-        throw;
-    }
-    refresh();
+    };
+    runLogged("-[Ostrel_Preference_Pane launchClientAfterDelay]", launch,
+              [this] { platform::performOnMainThreadAndWait([this] { updateEnabledStatus(); }); });
 }
 
 void Ostrel_Preference_Pane::reloadClientIfNew()
 {
-    if (m_workers.sleepFor(inPaneTime(1s))) {
-        try {
+    const auto reload = [this] {
+        if (m_workers.sleepFor(inPaneTime(1s))) {
             reloadChangedListener();
-        } catch (const platform::Exception &exception) {
-            ZQException::logException(exception, "-[Ostrel_Preference_Pane reloadClientIfNew]");
-        } catch (...) {
-            m_isLoading.store(false, std::memory_order_relaxed);
-            throw;
         }
-    }
-    m_isLoading.store(false, std::memory_order_relaxed);
+    };
+    runLogged("-[Ostrel_Preference_Pane reloadClientIfNew]", reload,
+              [this] { m_isLoading.store(false, std::memory_order_relaxed); });
 }
 
 void Ostrel_Preference_Pane::reloadChangedListener()
@@ -213,7 +214,7 @@ bool Ostrel_Preference_Pane::isProcessRunning(const QString &processName)
 {
     const QString ending = QLatin1Char('/') + processName;
     return platform::findProcess([&](const platform::ProcessInformation &process) {
-        // Kept on purpose: the second key is none that process information has.
+        // The maker wants the second key tested, which no process information has.
         return process.value(QStringLiteral("CFBundleExecutable")).endsWith(ending) ||
                process.value(QStringLiteral("kCFBundleNameKey")) == processName;
     });

@@ -24,7 +24,7 @@ const QString nameKey = QStringLiteral("name");
 const QString addressKey = QStringLiteral("macAddress");
 const QString dataType = QStringLiteral("SPNetworkDataType");
 
-constexpr std::chrono::seconds longestTime = 10s;
+constexpr std::chrono::seconds profilerTimeOut = 10s;
 // From the request to end until a profiler that heeds it is gone; another is waited for no longer.
 constexpr std::chrono::seconds graceTime = 2s;
 
@@ -36,7 +36,7 @@ std::future<QString> startSystemProfiler()
     if (!platform::startBackgroundThread([promise] {
             promise->set_value(ZQTaskEx::stringFromTask(QStringLiteral("/usr/sbin/system_profiler"),
                                                         {dataType, QStringLiteral("-xml")},
-                                                        longestTime));
+                                                        profilerTimeOut));
         })) {
         platform::consoleLog(QStringLiteral("No thread for the system profiler"));
         return {};
@@ -51,7 +51,7 @@ QString waitForProfile(std::future<QString> profile)
     if (!profile.valid()) {
         return {};
     }
-    const auto end = std::chrono::steady_clock::now() + longestTime + graceTime;
+    const auto end = std::chrono::steady_clock::now() + profilerTimeOut + graceTime;
     while (profile.wait_for(step) != std::future_status::ready) {
         if (std::chrono::steady_clock::now() >= end) {
             return {};
@@ -61,19 +61,9 @@ QString waitForProfile(std::future<QString> profile)
     return profile.get();
 }
 
-bool isArray(const QVariant &value)
+bool hasType(const QVariant &value, QMetaType::Type type)
 {
-    return value.userType() == QMetaType::QVariantList;
-}
-
-bool isDictionary(const QVariant &value)
-{
-    return value.userType() == QMetaType::QVariantMap;
-}
-
-bool isText(const QVariant &value)
-{
-    return value.userType() == QMetaType::QString;
+    return value.userType() == type;
 }
 
 // The profiler's items; nothing, after a console line, where its text has none.
@@ -84,20 +74,21 @@ std::optional<QVariantList> itemsOf(const QString &profile)
         return std::nullopt;
     }
     const auto list = platform::propertyListFromData(profile.toUtf8());
-    if (!list || !isArray(*list)) {
+    if (!list || !hasType(*list, QMetaType::QVariantList)) {
         platform::consoleLine(QStringLiteral("Error 1 - Invalid system profile data"));
         return std::nullopt;
     }
     const auto first = list->toList().value(0);
-    if (!isDictionary(first)) {
-        // Kept on purpose: there is no error 2.
+    if (!hasType(first, QMetaType::QVariantMap)) {
+        // There is no error 2: support knows the messages by these numbers.
         platform::consoleLine(QStringLiteral("Error 3 - Invalid system profile data"));
         return std::nullopt;
     }
     const auto document = first.toMap();
     const auto type = document.value(QStringLiteral("_dataType"));
     const auto items = document.value(QStringLiteral("_items"));
-    if (!isText(type) || type.toString() != dataType || !isArray(items)) {
+    if (!hasType(type, QMetaType::QString) || type.toString() != dataType ||
+        !hasType(items, QMetaType::QVariantList)) {
         platform::consoleLine(QStringLiteral("Invalid system profile data format"));
         return std::nullopt;
     }
@@ -110,7 +101,7 @@ QVariantMap entryFromItem(const QVariantMap &item)
     const auto address =
         item.value(QStringLiteral("Ethernet")).toMap().value(QStringLiteral("MAC Address"));
     const auto name = item.value(QStringLiteral("_name"));
-    if (!isText(address) || !isText(name)) {
+    if (!hasType(address, QMetaType::QString) || !hasType(name, QMetaType::QString)) {
         return {};
     }
     const auto interface = item.value(QStringLiteral("interface"));
@@ -127,7 +118,8 @@ std::optional<QVariantList> interfacesIn(const QString &profile)
     }
     QVariantList entries;
     for (const auto &item : *items) {
-        const auto entry = isDictionary(item) ? entryFromItem(item.toMap()) : QVariantMap();
+        const auto entry =
+            hasType(item, QMetaType::QVariantMap) ? entryFromItem(item.toMap()) : QVariantMap();
         if (!entry.isEmpty()) {
             entries.append(entry);
         }
@@ -169,9 +161,9 @@ void Ostrel_Preference_Pane::populateNetworkInterfaces()
         menu->addItem(name, address);
         const auto last = menu->count() - 1;
         menu->setItemData(last, name, Qt::ToolTipRole); // the menu may cut it short
-        // Kept on purpose: the last of several with that address. One that is not listed leaves the
-        // first item selected, and the next save forgets it.
-        if (isText(saved) && address.toString() == saved.toString()) {
+        // Of several with that address the last is selected, as users know it. One that is not
+        // listed leaves the first item selected, and the next save forgets it.
+        if (hasType(saved, QMetaType::QString) && address.toString() == saved.toString()) {
             menu->setCurrentIndex(last);
         }
     }

@@ -38,11 +38,7 @@ std::chrono::milliseconds Ostrel_Preference_Pane::inPaneTime(std::chrono::second
 
 void Ostrel_Preference_Pane::startStatusPoll()
 {
-    m_statusTimer = std::make_unique<QTimer>();
-    m_statusTimer->setTimerType(Qt::PreciseTimer);
-    connect(m_statusTimer.get(), &QTimer::timeout, this,
-            &Ostrel_Preference_Pane::fetchCurrentStatus);
-    m_statusTimer->start(inPaneTime(pollInterval));
+    m_statusTimer.start(inPaneTime(pollInterval));
 }
 
 void Ostrel_Preference_Pane::updateStatus(const platform::Notification &notification)
@@ -78,24 +74,16 @@ void Ostrel_Preference_Pane::scheduleTimeOut(std::chrono::seconds interval)
     // The poll arms a time-out at the moment when the one of the poll before is due. Which of the
     // two the event loop would take first is chance, so what is due fires first: else a listener
     // that fell silent might never be noticed.
-    if (m_messageTimer && m_messageTimer->remainingTimeAsDuration() <= dueTolerance()) {
+    if (m_messageTimer.isActive() && m_messageTimer.remainingTimeAsDuration() <= dueTolerance()) {
         timedOut();
     }
     platform::performOnMainThreadAndWait([this] { invalidateTimeOut(); });
-    m_messageTimer = std::make_unique<QTimer>();
-    m_messageTimer->setSingleShot(true);
-    m_messageTimer->setTimerType(Qt::PreciseTimer);
-    connect(m_messageTimer.get(), &QTimer::timeout, this, &Ostrel_Preference_Pane::timedOut);
-    m_messageTimer->start(inPaneTime(interval));
+    m_messageTimer.start(inPaneTime(interval));
 }
 
 void Ostrel_Preference_Pane::invalidateTimeOut()
 {
-    if (m_messageTimer) {
-        m_messageTimer->stop();
-        // It may be the one whose firing brought us here.
-        m_messageTimer.release()->deleteLater();
-    }
+    m_messageTimer.stop();
 }
 
 void Ostrel_Preference_Pane::timedOut()

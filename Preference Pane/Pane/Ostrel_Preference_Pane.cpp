@@ -16,6 +16,11 @@
 Ostrel_Preference_Pane::Ostrel_Preference_Pane(const platform::Bundle &bundle)
     : PreferencePane(bundle), m_ui(std::make_unique<Ui::Ostrel_Preference_Pane>())
 {
+    m_messageTimer.setSingleShot(true);
+    m_messageTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_messageTimer, &QTimer::timeout, this, &Ostrel_Preference_Pane::timedOut);
+    m_statusTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_statusTimer, &QTimer::timeout, this, &Ostrel_Preference_Pane::fetchCurrentStatus);
 }
 
 Ostrel_Preference_Pane::~Ostrel_Preference_Pane()
@@ -24,7 +29,7 @@ Ostrel_Preference_Pane::~Ostrel_Preference_Pane()
         savePortBeforeClosing();
         m_ui->masterSwitch->disconnect(this);
     }
-    m_statusTimer.reset();
+    m_statusTimer.stop();
     m_statusObserver.reset();
     // The last calls of the workers onto the main thread still find the controls.
     m_workers.end();
@@ -145,8 +150,8 @@ void Ostrel_Preference_Pane::updateEnabledStatus(ChangeSwitch changeSwitch)
 {
     m_ui->masterSwitch->setEnabled(true);
     if (changeSwitch == ChangeSwitch::Yes) {
-        // Kept on purpose: a move made here reaches observeSwitch() as the user's own does, and so
-        // starts or stops the listener while nothing else is under way.
+        // A move made here reaches observeSwitch() as the user's own does, and so starts or stops
+        // the listener while nothing else is under way: it does what the user sees.
         const bool up = isListenerUp();
         m_ui->masterSwitch->setOn(up, Animated::No);
         if (!up) {

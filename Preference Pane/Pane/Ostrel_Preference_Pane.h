@@ -138,8 +138,8 @@ private:
     QWidget *m_mainView = nullptr;
     std::atomic<bool> m_isLoading = true;
     std::atomic<bool> m_isProcessing = false;
-    std::unique_ptr<QTimer> m_messageTimer;
-    std::unique_ptr<QTimer> m_statusTimer;
+    QTimer m_messageTimer;
+    QTimer m_statusTimer;
     QTimer m_portTimer;
     enum class Saving { Done, Waits, Closed } m_saving = Saving::Done; // waits: for its questions
     std::future<QString> m_systemProfile;

@@ -9,7 +9,7 @@
 
 namespace {
 // More than any window shows; keeps painting quick whatever somebody sends.
-constexpr int longestPainted = 512;
+constexpr int maxPaintedLength = 512;
 constexpr int widthInCharacters = 30;
 } // namespace
 
@@ -31,7 +31,7 @@ QSize StatusLabel::minimumSizeHint() const
 
 QString StatusLabel::shownText() const
 {
-    QString shown = text().left(longestPainted);
+    QString shown = text().left(maxPaintedLength);
     for (auto &character : shown) {
         if (character.category() == QChar::Other_Control ||
             character.category() == QChar::Separator_Line ||
@@ -39,7 +39,7 @@ QString StatusLabel::shownText() const
             character = QLatin1Char(' ');
         }
     }
-    if (text().size() > longestPainted) {
+    if (text().size() > maxPaintedLength) {
         shown += QChar(0x2026);
     }
     return shown;

@@ -71,10 +71,10 @@ QStringList texts(const QList<Refusal> &refusals)
 // A line each, for as many as an alert has room for.
 QString firstOf(const QStringList &lines)
 {
-    constexpr int most = 5;
-    QStringList shown = lines.mid(0, most);
-    if (lines.size() > most) {
-        shown.append(KeyboardLayoutPage::tr("and %1 more").arg(lines.size() - most));
+    constexpr int maxLines = 5;
+    QStringList shown = lines.mid(0, maxLines);
+    if (lines.size() > maxLines) {
+        shown.append(KeyboardLayoutPage::tr("and %1 more").arg(lines.size() - maxLines));
     }
     return shown.join(QLatin1Char('\n'));
 }
@@ -102,9 +102,9 @@ void KeyboardLayoutPage::presetChangedOutside(const QString &title)
 
 void KeyboardLayoutPage::keepRestorable(const presets::KeptPreset &preset)
 {
-    constexpr int mostKept = 20; // nobody undoes more
+    constexpr int maxKept = 20; // nobody undoes more
     m_removed.append(preset);
-    if (m_removed.size() > mostKept) {
+    if (m_removed.size() > maxKept) {
         m_removed.removeFirst();
     }
     updateControls();

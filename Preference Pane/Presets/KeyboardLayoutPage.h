@@ -39,13 +39,13 @@ public:
     ZQKeyboardLayoutEditController *editor() const { return m_editor.get(); }
     ZQKeyboardEditPanel *panel() const;
 
-    // Makes presets of files, asking once where there are some of the same titles already; of two
-    // files of one title the second gets another one. What is none is refused: one alert at the end
-    // tells the reasons.
+    // Imports files as presets. Asks once whether presets of the same titles may be replaced; the
+    // second of two files with one title gets another title. Files that are no presets are refused;
+    // one alert at the end gives the reasons.
     void importPresets(const QStringList &paths);
     // Copies the selected preset to a place that the user chooses.
     void exportPreset();
-    // Puts the preset back that was removed or replaced last; next time the one before it.
+    // Restores the preset that was removed or replaced last; the next call the one before it.
     void restorePreset();
 
 protected:

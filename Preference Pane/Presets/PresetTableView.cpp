@@ -40,9 +40,9 @@ void PresetTableView::dragEnterEvent(QDragEnterEvent *event)
 
 void PresetTableView::dragMoveEvent(QDragMoveEvent *event)
 {
-    const bool welcome = event->source() != this && !localFiles(*event->mimeData()).isEmpty() &&
-                         event->possibleActions().testFlag(Qt::CopyAction);
-    if (welcome) {
+    const bool isAccepted = event->source() != this && !localFiles(*event->mimeData()).isEmpty() &&
+                            event->possibleActions().testFlag(Qt::CopyAction);
+    if (isAccepted) {
         event->setDropAction(Qt::CopyAction);
         event->accept();
     } else {
@@ -59,7 +59,7 @@ void PresetTableView::dropEvent(QDropEvent *event)
     }
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    // Later: who dragged waits for the end of this event, not for the answers to our questions.
+    // Queued: the program that drags waits for the end of this event, and must not wait for alerts.
     QMetaObject::invokeMethod(
         this, [this, paths] { Q_EMIT filesDropped(paths); }, Qt::QueuedConnection);
 }

@@ -24,9 +24,9 @@ QString tr(const char *text)
     return QCoreApplication::translate("PresetTransfer", text);
 }
 
-constexpr qint64 largestImport = qint64(1024) * 1024; // bytes
-constexpr int mostIdentifiers = 1000;
-constexpr int longestText = 500; // UTF-16 units
+constexpr qint64 maxImportSize = qint64(1024) * 1024; // bytes
+constexpr int maxIdentifiers = 1000;
+constexpr int maxTextLength = 500; // UTF-16 units
 
 std::optional<QByteArray> contents(const QString &path)
 {
@@ -50,7 +50,7 @@ bool isText(const QVariantMap &preset, const QString &key)
 
 bool isLong(const QVariant &value)
 {
-    return value.userType() == QMetaType::QString && value.toString().size() > longestText;
+    return value.userType() == QMetaType::QString && value.toString().size() > maxTextLength;
 }
 
 // All that the page shows of a preset.
@@ -68,12 +68,12 @@ QVariantList shownValues(const QVariantMap &preset)
 QString reasonAgainstSize(const QVariantMap &preset)
 {
     const QLocale locale(QLocale::English);
-    if (preset.value(bundleIdsKey).toList().size() > mostIdentifiers) {
-        return tr("It is for more than %1 applications.").arg(locale.toString(mostIdentifiers));
+    if (preset.value(bundleIdsKey).toList().size() > maxIdentifiers) {
+        return tr("It is for more than %1 applications.").arg(locale.toString(maxIdentifiers));
     }
     const QVariantList values = shownValues(preset);
     if (std::any_of(values.begin(), values.end(), isLong)) {
-        return tr("A text in it has more than %1 characters.").arg(locale.toString(longestText));
+        return tr("A text in it has more than %1 characters.").arg(locale.toString(maxTextLength));
     }
     return {};
 }
@@ -86,10 +86,10 @@ QString reasonAgainst(const QString &path)
         return tr("The names of presets end in “.okl”.");
     }
     const QFileInfo file(path);
-    if (file.isFile() && file.size() > largestImport) {
+    if (file.isFile() && file.size() > maxImportSize) {
         return tr("The file has more than 1 MB.");
     }
-    const auto bytes = platform::contentsOfFile(path, largestImport);
+    const auto bytes = platform::contentsOfFile(path, maxImportSize);
     if (!bytes) {
         return tr("The file cannot be read.");
     }
@@ -111,7 +111,7 @@ QString reasonAgainst(const QString &path)
 
 bool importFile(const QString &path, const QString &title, QString *error)
 {
-    const auto bytes = platform::contentsOfFile(path, largestImport);
+    const auto bytes = platform::contentsOfFile(path, maxImportSize);
     if (!bytes) {
         *error = tr("The file cannot be read.");
         return false;

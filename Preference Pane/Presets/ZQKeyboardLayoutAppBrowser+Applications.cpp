@@ -32,7 +32,7 @@ void alertSheet(const QString &message, const QString &information)
 } // namespace
 
 // Only the user's own files count, whatever folder the row is from: an application that a default
-// preset alone serves may get one of the user's (kept on purpose).
+// preset alone serves may get one of the user's, who wants to begin with an empty one.
 bool ZQKeyboardLayoutAppBrowser::isServed(const QString &identifier) const
 {
     return std::any_of(m_dataArray.begin(), m_dataArray.end(), [&identifier](const Row &row) {

@@ -93,8 +93,8 @@ void ZQKeyboardLayoutAppBrowser::tableViewWillDisplayCell(platform::TableCell &c
                                                           const QString & /*column*/, int row) const
 {
     // More than any preset has: the ways that an application is packaged.
-    constexpr int mostIdentifiers = 32;
-    for (const QString &identifier : m_dataArray[row].bundleIDs.mid(0, mostIdentifiers)) {
+    constexpr int maxIdentifiers = 32;
+    for (const QString &identifier : m_dataArray[row].bundleIDs.mid(0, maxIdentifiers)) {
         const QString path = platform::absolutePathForAppBundleWithIdentifier(identifier);
         if (!path.isNull()) {
             cell.image = platform::iconForFile(path);

@@ -19,8 +19,8 @@ class ApplicationPanel;
 } // namespace platform
 
 // The presets, the user's and the default ones, each with the icon of the application it is for. A
-// title that both have shows twice, and both rows stand for the user's file: kept on purpose. Main
-// thread only.
+// title that both have shows twice, so that users see that there is a default one; both rows stand
+// for the user's file. Main thread only.
 class ZQKeyboardLayoutAppBrowser : public QObject, public platform::TableDataSource {
     Q_OBJECT
 public:

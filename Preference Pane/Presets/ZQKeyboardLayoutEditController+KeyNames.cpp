@@ -76,11 +76,11 @@ std::optional<QString> nameOfFunctionKey(quint16 character, quint16 keyCode)
 // The characters of a key; null, with a line on the console, where there are none.
 QString translated(const platform::KeyboardLayout &layout, quint16 keyCode, quint32 modifierFlags)
 {
-    // Kept on purpose: no modifier reaches the layout, so that the key's plain character comes out.
+    // No modifier reaches the layout, so that people read the key's plain character.
     QString text;
     const auto status = layout.translate(keyCode, modifierFlags & Function, room, text);
     if (status != platform::Status::NoError) {
-        // Kept on purpose: the status stands where the text speaks of a key code.
+        // The status stands where the text speaks of a key code: support looks for it there.
         platform::consoleLog(
             QStringLiteral("There was an %s error translating from the '%d' key code to a human "
                            "readable string: %s"),

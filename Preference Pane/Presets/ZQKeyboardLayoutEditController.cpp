@@ -196,8 +196,8 @@ QString ZQKeyboardLayoutEditController::descriptionOfRow(int row) const
     const QVariantMap &key = m_keyArray[row];
     const QString name = key.value(nameKey).toString();
     // A preset may give a key any name.
-    constexpr int longest = 100;
-    return platform::shortened(name.isEmpty() ? key.value(keyKey).toString() : name, longest);
+    constexpr int maxLength = 100;
+    return platform::shortened(name.isEmpty() ? key.value(keyKey).toString() : name, maxLength);
 }
 
 QVariant ZQKeyboardLayoutEditController::tableViewObjectValueForTableColumn(const QString &column,

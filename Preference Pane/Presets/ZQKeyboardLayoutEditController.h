@@ -40,9 +40,10 @@ public:
     /// changeKeyboardShortcut: opens the sheet that captures a shortcut.
     void changeKeyboardShortcut();
     /// keyChanged:
-    /// Gives the selected key the notification's shortcut. Does not ask the table to reload (kept
-    /// on purpose). Throws platform::Exception where the notification lacks "keycode" or
-    /// "modifierFlags"; the row then has part of the shortcut and nothing is written.
+    /// Gives the selected key the notification's shortcut. Does not ask the table to reload,
+    /// which asks for its cells anew when the sheet goes. Throws platform::Exception where the
+    /// notification lacks "keycode" or "modifierFlags"; the row then has part of the shortcut and
+    /// nothing is written.
     void keyChanged(const platform::Notification &notification);
     /// keyCleared:
     /// Takes the selected key's shortcut away.
@@ -64,7 +65,6 @@ public:
                                   int row) const override;
 
     const QList<QVariantMap> &keyArray() const { return m_keyArray; }
-    const QList<QVariantMap> &keyNames() const { return m_keyNames; }
     // Null as long as nothing was loaded.
     const QString &currentFile() const { return m_currentFile; }
     void setCurrentFile(const QString &path) { m_currentFile = path; }

@@ -89,7 +89,7 @@ void ZQKeyboardEditPanel::keyDown(quint16 keyCode, quint32 modifierFlags)
     const QPointer<ZQKeyboardEditPanel> self(this);
     platform::NotificationCenter::defaultCenter().post(
         {names::shortcutKeyChanged, {}, shortcutPayload::ofSheet(keyCode, modifierFlags)});
-    if (self != nullptr) { // who heard it may have waited for a password
+    if (self != nullptr) { // an observer may have closed the pane
         done(QDialog::Accepted);
     }
 }

@@ -14,7 +14,6 @@ public:
     explicit ApplicationListView(QWidget *parent);
 
     void setPlaceholder(const QString &text);
-    const QString &placeholder() const { return m_placeholder; }
 
 Q_SIGNALS:
     // Text typed into the list, which belongs into the search field.

@@ -150,7 +150,7 @@ void ApplicationPanel::load()
 void ApplicationPanel::search(const QString &text)
 {
     m_model->setSearch(text);
-    // Who searches wants the best one, and Enter adds it.
+    // The best match is selected, so that Enter adds it.
     if (!text.trimmed().isEmpty() && m_model->rowCount() > 0) {
         m_list->setCurrentIndex(m_model->index(0));
     }

@@ -12,7 +12,7 @@ namespace platform {
 namespace {
 
 // UTF-16 units: more than a cell has room for, little enough to be laid out at once.
-constexpr int longestText = 512;
+constexpr int maxTextLength = 512;
 
 } // namespace
 
@@ -97,7 +97,7 @@ QString TableModel::text(int column, int row) const
 {
     const QVariant value =
         m_source->tableViewObjectValueForTableColumn(m_columns[column].identifier, row);
-    return value.isValid() ? shortDescription(value, longestText) : QString();
+    return value.isValid() ? shortDescription(value, maxTextLength) : QString();
 }
 
 QVariant TableModel::data(const QModelIndex &index, int role) const
@@ -119,7 +119,7 @@ QVariant TableModel::data(const QModelIndex &index, int role) const
     if (role == Qt::DecorationRole) {
         return cell.image.isNull() ? QVariant() : QVariant(cell.image);
     }
-    const QString tip = shortened(cell.toolTip, longestText);
+    const QString tip = shortened(cell.toolTip, maxTextLength);
     if (tip.isEmpty()) {
         return {};
     }

@@ -40,7 +40,8 @@ TableView::TableView(QWidget *parent) : QTableView(parent), m_model(new TableMod
     });
 }
 
-// A screen reader selects a row without going there; Enter and the arrows are for the current one.
+// A screen reader selects a row without making it the current one, on which Enter and the arrows
+// act.
 void TableView::followSelection()
 {
     const auto rows = selectionModel()->selectedRows();
@@ -105,7 +106,7 @@ void TableView::selectOnlyRow(int row)
 void TableView::focusInEvent(QFocusEvent *event)
 {
     QTableView::focusInEvent(event);
-    // Who comes with the keyboard sees what Enter and Delete will act on.
+    // Users who come with the keyboard see which row Enter and Delete will act on.
     if (selectedRow() < 0 && event->reason() != Qt::MouseFocusReason && currentIndex().isValid()) {
         selectOnlyRow(m_model->sourceRow(currentIndex().row()));
     }
@@ -116,11 +117,6 @@ void TableView::keyPressEvent(QKeyEvent *event)
     m_isKeyPress = true;
     QTableView::keyPressEvent(event);
     m_isKeyPress = false;
-}
-
-QRect TableView::rectOfCell(int row, int column) const
-{
-    return visualRect(m_model->index(m_model->shownRow(row), column));
 }
 
 } // namespace platform

@@ -28,13 +28,10 @@ public:
     // As TableModel::setFilter(). What is hidden is no longer selected.
     void setFilter(const QString &words);
 
-    int numberOfRows() const { return m_model->rowCount(); }
     // -1 for none.
     int selectedRow() const;
     // Selects only that row and brings it into sight; none where it is not shown.
     void selectOnlyRow(int row);
-    // The rectangle of a row's cell in the viewport.
-    QRect rectOfCell(int row, int column) const;
 
 Q_SIGNALS:
     // The user or the program selected another row, or none. Not sent by a reload that keeps it.

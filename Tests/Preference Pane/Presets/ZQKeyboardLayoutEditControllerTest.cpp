@@ -397,7 +397,8 @@ void ZQKeyboardLayoutEditControllerTest::enterAndDoubleClickOpenTheSheet()
     QVERIFY(fixture.panel().isModal());
     QCOMPARE(fixture.panel().parentWidget(), &fixture.window());
     fixture.panel().reject();
-    const QPoint place = fixture.keyTable().rectOfCell(1, 0).center();
+    const QPoint place =
+        fixture.keyTable().visualRect(fixture.keyTable().model()->index(1, 0)).center();
     QTest::mouseClick(fixture.keyTable().viewport(), Qt::LeftButton, {}, place);
     QVERIFY(!fixture.panel().isVisible());
     QTest::mouseDClick(fixture.keyTable().viewport(), Qt::LeftButton, {}, place);

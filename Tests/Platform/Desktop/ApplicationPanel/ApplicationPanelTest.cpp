@@ -173,7 +173,8 @@ void ApplicationPanelTest::withoutAMatchTheListSaysSoAndNothingCanBeAdded()
     QTest::keyClicks(opened.search(), QStringLiteral("vlc"));
     QVERIFY(opened.button("addButton")->isEnabled());
     QTest::keyClicks(opened.search(), QStringLiteral("xyz"));
-    QCOMPARE(opened.list()->placeholder(), QStringLiteral("No application is called that"));
+    QCOMPARE(opened.list()->accessibleDescription(),
+             QStringLiteral("No application is called that"));
     QVERIFY(!opened.button("addButton")->isEnabled());
     QTest::keyClick(opened.search(), Qt::Key_Return);
     QVERIFY(opened.codes.isEmpty());
@@ -183,7 +184,8 @@ void ApplicationPanelTest::anEmptyMachineSaysSo()
 {
     const test::DataFolders data;
     const Opened opened;
-    QTRY_COMPARE(opened.list()->placeholder(), QStringLiteral("No applications are installed"));
+    QTRY_COMPARE(opened.list()->accessibleDescription(),
+                 QStringLiteral("No applications are installed"));
 }
 
 void ApplicationPanelTest::enterInTheSearchAddsTheSelectedOne()
