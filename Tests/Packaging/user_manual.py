@@ -114,21 +114,21 @@ class UserManual(unittest.TestCase):
             self.assertEqual(missing(contents(TEXT), contents(path)), [], path)
 
     def test_a_title_that_it_does_not_name_is_noticed(self):
-        interface = contents(f"{PANE}/Ostrel_Preference_Pane.ui")
+        interface = contents(f"{PANE}/Pane/Ostrel_Preference_Pane.ui")
         for title in titles(interface):
             text = " ".join(contents(TEXT).split()).replace(title, "")
             self.assertIn(title, missing(text, interface))
 
     def test_it_names_every_entry_of_the_menu_of_presets(self):
         entries = re.findall(r'tr\("(&?[A-Z][^"]*Preset[^"]*…|&Restore) ?[^"]*"\)',
-                             contents(f"{PANE}/KeyboardLayoutPage.cpp"))
+                             contents(f"{PANE}/Presets/KeyboardLayoutPage.cpp"))
         self.assertGreater(len(entries), 2)
         for entry in entries:
             self.assertIn(plain(entry), contents(TEXT))
 
     def test_it_explains_every_status_word_of_the_pane(self):
         words = re.findall(r'QString (?!status\b)[a-zA-Z]+ = QStringLiteral\("([A-Z][a-z. ]+)"\)',
-                           contents(f"{PANE}/OstrelNames.h"))
+                           contents(f"{SOURCE}/Ostrel/OstrelNames.h"))
         self.assertEqual(len(words), 9)
         for word in words:
             self.assertIn(f"\n| {word} | ", contents(TEXT))
