@@ -23,25 +23,64 @@ void ZQLog::appendTextToLog(const QString &text)
     if (text.isEmpty()) {
         return;
     }
-    m_bytesInQueue.fetch_add(static_cast<quint64>(text.size()), std::memory_order_relaxed);
+    const ZQLogTexts::Text entry{text.toUtf8(), static_cast<quint64>(text.size())};
+    m_bytesInQueue.fetch_add(entry.characters, std::memory_order_relaxed);
     if (m_writeQueue.isCurrentThread()) {
-        appendLogOnThread(text); // so that the header stays at the head of its file
+        appendLogOnThread(entry); // so that the header stays at the head of its file
     } else {
-        m_writeQueue.add(text);
+        m_writeQueue.add(entry);
     }
 }
 
-void ZQLog::appendLogOnThread(const QString &text)
+void ZQLog::appendAll(const ZQLogTexts &texts)
+{
+    auto areWritten = false;
+    guarded([&] { areWritten = appendTogether(texts); });
+    for (std::size_t index = 0; index < texts.count() && !areWritten; ++index) {
+        if (m_writeQueue.isStopped()) {
+            return;
+        }
+        appendLogOnThread(texts[index]);
+    }
+}
+
+// Saves system calls where the outcome is as if each text were written by itself. False, with
+// nothing written, where it might not be.
+bool ZQLog::appendTogether(const ZQLogTexts &texts)
+{
+    const auto file = fileHandle();
+    if (file == nullptr || loggingDisabled()) {
+        return false;
+    }
+    QByteArray lines;
+    for (std::size_t index = 0; index < texts.count(); ++index) {
+        lines += date();
+        lines += texts[index].utf8;
+        lines += '\n';
+    }
+    const auto size = static_cast<std::size_t>(lines.size());
+    if (bytesWritten() + size >= maxFileSize) {
+        return false;
+    }
+    if (const auto outcome = file->append(lines.constData(), size); outcome.error != 0) {
+        file->removeTail(outcome.written);
+        return false;
+    }
+    m_bytesWritten.fetch_add(size, std::memory_order_relaxed);
+    m_bytesInQueue.fetch_sub(texts.characters(), std::memory_order_relaxed);
+    return true;
+}
+
+void ZQLog::appendLogOnThread(const ZQLogTexts::Text &text)
 {
     if (loggingDisabled()) {
         return; // with the text still counted in bytesInQueue: kept on purpose
     }
     guarded([&] {
         if (const auto file = openFileHandle()) {
-            const auto date = platform::description(QDateTime::currentDateTimeUtc());
-            const auto line = (date + QStringLiteral(" - ") + text + u'\n').toUtf8();
+            const QByteArray bytes = date() + text.utf8 + '\n';
             const auto outcome =
-                file->append(line.constData(), static_cast<std::size_t>(line.size()));
+                file->append(bytes.constData(), static_cast<std::size_t>(bytes.size()));
             if (outcome.error != 0) {
                 file->removeTail(outcome.written);
                 throw std::system_error(outcome.error, std::generic_category());
@@ -53,10 +92,10 @@ void ZQLog::appendLogOnThread(const QString &text)
             }
         } else if (!loggingDisabled()) {
             platform::printLine(platform::format(
-                QStringLiteral("Unable to log the following information: %s"), text));
+                QStringLiteral("Unable to log the following information: %s"), text.utf8));
             platform::printLine(QStringLiteral("Unable to open log for output"));
         }
-        m_bytesInQueue.fetch_sub(static_cast<quint64>(text.size()), std::memory_order_relaxed);
+        m_bytesInQueue.fetch_sub(text.characters, std::memory_order_relaxed);
     });
 }
 
@@ -74,6 +113,16 @@ ZQLog::FileHandle ZQLog::openFileHandle()
         setFileHandle(file);
     }
     return file;
+}
+
+// What a line begins with now.
+const QByteArray &ZQLog::date()
+{
+    if (const auto now = std::time(nullptr); now != m_second) {
+        m_second = now;
+        m_date = platform::description(QDateTime::currentDateTimeUtc()).toLatin1() + " - ";
+    }
+    return m_date;
 }
 
 ZQLog::FileHandle ZQLog::fileHandle() const

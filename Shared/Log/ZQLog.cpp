@@ -52,12 +52,7 @@ struct ZQLog::Forking {
 ZQLog::ZQLog()
     : m_terminationObserver(platform::NotificationCenter::defaultCenter().addObserver(
           platform::applicationWillTerminateNotification, &ZQLog::willTerminate)),
-      m_writeQueue("log", [this](const Texts &texts) {
-          for (auto text = texts.all.cbegin();
-               text != texts.all.cend() && !m_writeQueue.isStopped(); ++text) {
-              appendLogOnThread(*text);
-          }
-      })
+      m_writeQueue("log", [this](const ZQLogTexts &texts) { appendAll(texts); })
 {
     platform::setUncaughtExceptionHandler(uncaughtExceptionHandler);
 }

@@ -7,10 +7,12 @@
 #include "Platform/Core/Notifications/NotificationCenter.h"
 #include "Platform/Core/Text/TextFormat.h"
 #include "Platform/Core/Threads/SerialQueue.h"
+#include "Shared/Log/ZQLogTexts.h"
 
 #include <QStringList>
 
 #include <atomic>
+#include <ctime>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -87,12 +89,6 @@ public:
 private:
     using FileHandle = std::shared_ptr<platform::AppendFile>;
     enum class Wait { Never, ForShortText };
-    struct Texts {
-        QStringList all;
-        void add(const QString &text) { all << text; }
-        std::size_t count() const { return static_cast<std::size_t>(all.size()); }
-        void clear() { all.clear(); }
-    };
     struct Forking;
 
     ZQLog();
@@ -116,8 +112,11 @@ private:
     }
     void reportException(const char *reason) const noexcept;
     // On the write queue.
-    void appendLogOnThread(const QString &text);
+    void appendAll(const ZQLogTexts &texts);
+    bool appendTogether(const ZQLogTexts &texts);
+    void appendLogOnThread(const ZQLogTexts::Text &text);
     FileHandle openFileHandle();
+    const QByteArray &date();
 
     bool startNewLog(const QString &applicationName);
     bool rotate(const QString &folder) const;
@@ -135,8 +134,12 @@ private:
     QString m_appName;
     FileHandle m_fileHandle;
 
+    // The write queue's own.
+    std::time_t m_second = -1;
+    QByteArray m_date; // of that second
+
     std::atomic<quint64> m_bytesInQueue = 0;
-    platform::SerialQueue<Texts> m_writeQueue;
+    platform::SerialQueue<ZQLogTexts> m_writeQueue;
 };
 
 // For exceptions that nobody catches; installed with the log.

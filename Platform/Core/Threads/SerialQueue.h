@@ -4,12 +4,13 @@
 
 #include "Platform/Core/Threads/SerialWorker.h"
 
+#include <deque>
 #include <utility>
 
 namespace platform {
 
 // Entries that are handled in the background, in the order in which they were added, a batch at a
-// time. A Batch has add(entry), count() and clear(), which may keep memory for the next entries.
+// time. A Batch has add(entry), count() and isFull().
 template <typename Batch>
 class SerialQueue {
 public:
@@ -25,7 +26,12 @@ public:
     template <typename Entry>
     void add(const Entry &entry)
     {
-        m_worker.add([&] { m_waiting.add(entry); });
+        m_worker.add([&] {
+            if (m_waiting.empty() || m_waiting.back().isFull()) {
+                m_waiting.emplace_back();
+            }
+            m_waiting.back().add(entry);
+        });
     }
 
     void waitUntilIdle() { m_worker.waitUntilIdle(); }
@@ -49,19 +55,18 @@ public:
 private:
     std::size_t handleWaiting()
     {
+        Batch batch;
         {
             const auto lock = m_worker.lock();
-            std::swap(m_waiting, m_handled);
+            batch = std::move(m_waiting.front());
+            m_waiting.pop_front();
         }
-        m_handle(m_handled);
-        const auto count = m_handled.count();
-        m_handled.clear();
-        return count;
+        m_handle(batch);
+        return batch.count();
     }
 
     Handle m_handle;
-    Batch m_waiting;
-    Batch m_handled;       // the work's own
+    std::deque<Batch> m_waiting;
     SerialWorker m_worker; // ends before the rest does
 };
 

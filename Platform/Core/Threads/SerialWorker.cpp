@@ -45,14 +45,9 @@ void SerialWorker::run()
     m_id.store(std::this_thread::get_id(), std::memory_order_relaxed);
     ::pthread_setname_np(::pthread_self(), m_threadName);
     std::unique_lock lock(m_mutex);
-    for (;;) {
-        m_threads.wake.wait(lock, [this] { return m_finished < m_added || isStopped(); });
-        if (isStopped()) {
-            break;
-        }
-        lock.unlock();
-        work();
-        lock.lock();
+    const auto hasWork = [this] { return m_finished < m_added && !m_isPaused; };
+    while (m_threads.wake.wait(lock, [&] { return hasWork() || isStopped(); }), !isStopped()) {
+        work(lock);
     }
     // The system may give the same identifier to a new thread.
     m_id.store(std::thread::id(), std::memory_order_relaxed);
@@ -60,11 +55,14 @@ void SerialWorker::run()
     m_threads.done.notify_all();
 }
 
-void SerialWorker::work()
+// Unlocks meanwhile.
+void SerialWorker::work(std::unique_lock<std::mutex> &lock)
 {
-    const std::lock_guard working(m_working);
+    m_isWorking = true;
+    lock.unlock();
     const auto entries = m_work();
-    const std::lock_guard lock(m_mutex);
+    lock.lock();
+    m_isWorking = false;
     m_finished += entries;
     m_threads.done.notify_all();
 }
@@ -75,9 +73,7 @@ void SerialWorker::workHere(std::unique_lock<std::mutex> &lock) noexcept
     m_running = true;
     m_id.store(std::this_thread::get_id(), std::memory_order_relaxed);
     while (m_finished < m_added && !isStopped()) {
-        lock.unlock();
-        work();
-        lock.lock();
+        work(lock);
     }
     m_id.store(std::thread::id(), std::memory_order_relaxed);
     m_running = false;
@@ -103,13 +99,10 @@ void SerialWorker::prepareForFork()
     if (isCurrentThread()) {
         return;
     }
-    auto isPaused = m_working.try_lock();
-    for (auto tries = 0; !isPaused && tries < 20; ++tries) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        isPaused = m_working.try_lock();
-    }
-    m_mutex.lock();
-    m_isPaused = isPaused;
+    std::unique_lock lock(m_mutex);
+    m_isPaused = true;
+    m_threads.done.wait_for(lock, std::chrono::milliseconds(20), [this] { return !m_isWorking; });
+    lock.release(); // stays locked
 }
 
 void SerialWorker::parentHasForked()
@@ -117,11 +110,9 @@ void SerialWorker::parentHasForked()
     if (isCurrentThread()) {
         return;
     }
-    const auto isPaused = m_isPaused;
+    m_isPaused = false;
     m_mutex.unlock();
-    if (isPaused) {
-        m_working.unlock();
-    }
+    m_threads.wake.notify_one();
 }
 
 void SerialWorker::childWasForked()
@@ -132,15 +123,12 @@ void SerialWorker::childWasForked()
     // Not destroyed: others are said to wait there, and to be joined, who do not exist here.
     ::new (&m_threads) Threads;
     m_finished = m_added; // what was waiting is the parent's
-    m_running = false;
+    m_running = m_isPaused = false;
     m_isForked = true;
     m_id.store(std::thread::id(), std::memory_order_relaxed);
+    // What it works with is in no order in the midst of the work.
+    m_stopped.store(isStopped() || m_isWorking, std::memory_order_relaxed);
     m_mutex.unlock();
-    if (m_isPaused) {
-        m_working.unlock();
-    } else {
-        m_stopped.store(true, std::memory_order_relaxed); // what it works with is in no order
-    }
 }
 
 std::size_t SerialWorker::pending()

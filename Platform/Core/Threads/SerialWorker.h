@@ -15,7 +15,7 @@ namespace platform {
 // had, and in a process that was forked and has none, those who wait do the work themselves.
 class SerialWorker {
 public:
-    // work handles all that waits and returns how many entries that were. Called on the thread.
+    // work handles some of the entries that wait and returns how many. Called on the thread.
     SerialWorker(const char *threadName, std::function<std::size_t()> work);
 
     // Stops, and waits for the work to return however long it takes.
@@ -55,7 +55,7 @@ public:
 
 private:
     void run();
-    void work();
+    void work(std::unique_lock<std::mutex> &lock);
     void workHere(std::unique_lock<std::mutex> &lock) noexcept;
 
     const char *m_threadName;
@@ -68,14 +68,14 @@ private:
         std::thread thread;
     };
 
-    std::mutex m_working; // held during the work; taken before the other one
     std::mutex m_mutex;
     Threads m_threads;
     std::uint64_t m_added = 0;
     std::uint64_t m_finished = 0;
     bool m_running = false;
+    bool m_isWorking = false;
     bool m_isForked = false;
-    bool m_isPaused = false; // for a fork
+    bool m_isPaused = false; // for a fork: no work begins
 
     std::atomic<bool> m_stopped = false;
     std::atomic<std::thread::id> m_id;

@@ -17,6 +17,7 @@ class SerialQueueTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void entriesAreHandledInOrderOnAThreadOfTheirOwn();
+    void aFullBatchIsFollowedByAnother();
     void waitingReturnsWhenWhatWasAddedBeforeIsHandled();
     void waitingInsideAHandlerReturnsAtOnce();
     void waitingWithoutEntriesReturnsAtOnce();
@@ -34,12 +35,14 @@ private Q_SLOTS:
 
 namespace {
 
+constexpr int fullSize = 4;
+
 struct Numbers {
     std::vector<int> all;
 
     void add(int number) { all.push_back(number); }
     std::size_t count() const { return all.size(); }
-    void clear() { all.clear(); }
+    bool isFull() const { return all.size() == fullSize; }
 };
 
 using Queue = platform::SerialQueue<Numbers>;
@@ -70,6 +73,27 @@ void SerialQueueTest::entriesAreHandledInOrderOnAThreadOfTheirOwn()
     queue.waitUntilIdle();
     QCOMPARE(handled, numbers(1000));
     QVERIFY(thread != std::this_thread::get_id());
+}
+
+void SerialQueueTest::aFullBatchIsFollowedByAnother()
+{
+    std::promise<void> go;
+    std::vector<std::size_t> sizes;
+    Queue queue("test", [&, ready = go.get_future().share()](const Numbers &batch) {
+        ready.wait();
+        sizes.push_back(batch.count());
+    });
+    queue.add(0);
+    while (!queue.isCurrentThread() && queue.pending() == 0) {
+    }
+    std::this_thread::sleep_for(5ms); // the first one is most likely taken
+    for (int number = 1; number < 11; ++number) {
+        queue.add(number);
+    }
+    go.set_value();
+    queue.waitUntilIdle();
+    QCOMPARE(std::accumulate(sizes.begin(), sizes.end(), std::size_t(0)), std::size_t(11));
+    QVERIFY(*std::max_element(sizes.begin(), sizes.end()) == fullSize);
 }
 
 void SerialQueueTest::waitingReturnsWhenWhatWasAddedBeforeIsHandled()
