@@ -10,8 +10,8 @@ public:
     ZQException() = delete;
 
     /// logException:forMethod:
-    /// Logs and prints "Exception in <method>. <name> - <reason>." and returns it. Serves as the
-    /// log's format, so that a "%" in it is interpreted: kept on purpose.
+    /// Logs and prints "Exception in <method>. <name> - <reason>." and returns it. It is the log's
+    /// format, so that a "%" in it is interpreted, as callers in other programs expect.
     static QString logException(const platform::Exception &exception, const char *methodName);
 
     /// didTimeout:

@@ -85,7 +85,7 @@ void ZQLog::createNewLog(const QString &applicationName)
 // False where there is no new file, for reasons that have been printed.
 bool ZQLog::startNewLog(const QString &applicationName)
 {
-    // Calls do not exclude each other (kept on purpose), only the writer meanwhile.
+    // Calls do not exclude each other, as the maker's other programs expect; the writer waits.
     const std::shared_lock newLog(m_newLogs);
     setFileHandle(nullptr);
     if (isDisabledByPreferences()) {
@@ -146,8 +146,8 @@ QString ZQLog::generation(const QString &folder, long number) const
                : platform::format(QStringLiteral("%@/%@.%li.log"), folder, appName(), number);
 }
 
-// For root the machine's, while the user's folder is the one that is created and rotated: kept on
-// purpose.
+// For root the machine's, while the user's folder is created and rotated: kept on purpose for
+// support, which looks there.
 QString ZQLog::currentFile() const
 {
     const auto domain = platform::isRunningAsRoot() ? Domain::Local : Domain::User;

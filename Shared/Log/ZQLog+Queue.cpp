@@ -74,7 +74,7 @@ bool ZQLog::appendTogether(const ZQLogTexts &texts)
 void ZQLog::appendLogOnThread(const ZQLogTexts::Text &text)
 {
     if (loggingDisabled()) {
-        return; // with the text still counted in bytesInQueue: kept on purpose
+        return; // the text stays counted in bytesInQueue; other programs of the maker rely on it
     }
     guarded([&] {
         if (const auto file = openFileHandle()) {

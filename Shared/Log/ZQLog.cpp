@@ -14,10 +14,10 @@
 namespace {
 
 // A text this long, with this much in the queue, is not worth a wait.
-constexpr quint64 longText = 100;
+constexpr quint64 minLongText = 100;
 
 // So many pending entries are abandoned at the end rather than delaying it.
-constexpr std::size_t manyEntries = 20;
+constexpr std::size_t minAbandoned = 20;
 
 // At the end an entry that is being written gets this long.
 constexpr auto maxWaitAtEnd = std::chrono::milliseconds(200);
@@ -80,8 +80,8 @@ void ZQLog::append(Wait wait, const QString &format,
         const auto text = platform::formatText(format, arguments);
         const auto length = static_cast<quint64>(text.size());
         log.appendTextToLog(text.trimmed());
-        if (wait == Wait::ForShortText && length > 0 && length < longText &&
-            log.bytesInQueue() < longText && !platform::isMainThread()) {
+        if (wait == Wait::ForShortText && length > 0 && length < minLongText &&
+            log.bytesInQueue() < minLongText && !platform::isMainThread()) {
             finishWriting();
         }
     });
@@ -114,7 +114,7 @@ void ZQLog::willTerminate(const platform::Notification & /*notification*/)
 
 void ZQLog::close()
 {
-    if (m_writeQueue.pending() < manyEntries) {
+    if (m_writeQueue.pending() < minAbandoned) {
         m_writeQueue.waitUntilIdle();
     }
     setAppName(QString());

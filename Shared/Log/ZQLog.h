@@ -29,8 +29,8 @@ public:
 
     /// createNewLog:
     /// Renames the generations and begins a new file with a header, on the calling thread; calls do
-    /// not exclude each other. The name is taken over only where the process has no executable to
-    /// name the files after: kept on purpose.
+    /// not exclude each other. The name is used only where the process has no executable to name
+    /// the files after: support looks for a log under the program's name.
     static void createNewLog(const QString &applicationName = QString());
 
     /// appendLog:
@@ -53,7 +53,7 @@ public:
 
     /// appendLogAndPrint:
     /// Logs the text and prints it to standard output. A "%" in the text is interpreted a second
-    /// time for the log: kept on purpose.
+    /// time for the log, as callers in the maker's other programs expect.
     template <typename... Arguments>
     static void appendLogAndPrint(const QString &format, const Arguments &...arguments)
     {
@@ -75,8 +75,9 @@ public:
     // Bytes that this process has written to the current file since createNewLog().
     quint64 bytesWritten() const { return m_bytesWritten.load(std::memory_order_relaxed); }
 
-    // UTF-16 units queued and not yet written: approximate. Never falls by texts that came while
-    // logging was disabled or could not be written: kept on purpose.
+    // UTF-16 units queued and not yet written: approximate. Texts that came while logging was
+    // disabled or that could not be written stay counted: kept on purpose for the maker's other
+    // programs.
     quint64 bytesInQueue() const { return m_bytesInQueue.load(std::memory_order_relaxed); }
 
     // Set by createNewLog() when the global preferences say so; never reset.

@@ -29,7 +29,7 @@ namespace {
 
 const QString folderName = QStringLiteral("ZQ_App_Logs");
 
-constexpr auto mostTries = 100;
+constexpr auto maxTries = 100;
 
 // Held while the descriptor is open; nobody else uses this lock.
 platform::Descriptor lockOf(const QString &folder)
@@ -123,7 +123,7 @@ bool ZQLogGathering::gatherDomain(Domain domain)
 QStringList ZQLogGathering::namesIn(const QString &folder)
 {
     const auto bytes = platform::fileNameBytes(folder);
-    // Kept on purpose: the process stays there.
+    // The process stays there: kept on purpose for the maker's programs that use the library.
     [[maybe_unused]] const auto changed = ::chdir(bytes.constData());
     const platform::Descriptor open(platform::retried([&] {
         return ::open(bytes.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); // NOLINT(*-vararg)
@@ -183,7 +183,7 @@ bool ZQLogGathering::gatherFile(const QString &folder, const QString &name)
     auto error = platform::copyItem(withLinksFollowed(path), copy);
     // A program that begins a new log renames the old ones: a name is gone for a moment or for
     // good.
-    for (int i = 1; error.code() == ENOENT && i < mostTries; ++i) {
+    for (int i = 1; error.code() == ENOENT && i < maxTries; ++i) {
         if (!platform::itemExists(path)) {
             return true;
         }

@@ -12,11 +12,11 @@ namespace {
 class Sender {
 public:
     QVariantMap dictionary(const QVariantMap &dictionary, int depth);
-    bool fits() const { return m_size <= mostBytes; }
+    bool fits() const { return m_size <= maxBytes; }
 
 private:
-    static constexpr int deepest = 16;
-    static constexpr qint64 mostBytes = 8LL * 1024 * 1024;
+    static constexpr int maxDepth = 16;
+    static constexpr qint64 maxBytes = 8LL * 1024 * 1024;
     static constexpr qint64 valueSize = 16;
 
     QVariant value(const QVariant &value, int depth);
@@ -55,7 +55,7 @@ QVariantList Sender::list(const QVariantList &values, int depth)
 
 QVariant Sender::value(const QVariant &value, int depth)
 {
-    if (depth > deepest) {
+    if (depth > maxDepth) {
         return {};
     }
     m_size += valueSize;
@@ -104,7 +104,7 @@ public:
     QVariant value(const QVariant &value);
 
 private:
-    static constexpr int mostValues = 10000;
+    static constexpr int maxValues = 10000;
 
     QVariant contents(const QDBusArgument &argument);
     QVariantList list(const QDBusArgument &argument);
@@ -168,7 +168,7 @@ QVariantList Receiver::list(const QDBusArgument &argument)
     QVariantList result;
     const bool isArray = argument.currentType() == QDBusArgument::ArrayType;
     isArray ? argument.beginArray() : argument.beginStructure();
-    while (!argument.atEnd() && ++m_values <= mostValues) {
+    while (!argument.atEnd() && ++m_values <= maxValues) {
         const auto item = value(argument.asVariant());
         if (item.isValid()) {
             result << item;
@@ -182,7 +182,7 @@ QVariantMap Receiver::dictionary(const QDBusArgument &argument)
 {
     QVariantMap result;
     argument.beginMap();
-    while (!argument.atEnd() && ++m_values <= mostValues) {
+    while (!argument.atEnd() && ++m_values <= maxValues) {
         argument.beginMapEntry();
         const auto key = value(argument.asVariant()).toString();
         const auto entry = value(argument.asVariant());

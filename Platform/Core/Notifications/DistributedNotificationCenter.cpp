@@ -43,14 +43,14 @@ void reportNoSessionBus(const QDBusConnection &bus)
 // are gone.
 void waitUntilAllIsSent()
 {
-    constexpr int longestWait = 1000; // milliseconds
+    constexpr int maxWait = 1000; // milliseconds
     const auto bus = QDBusConnection::sessionBus();
     if (bus.isConnected()) {
         bus.call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
                                                 QStringLiteral("/org/freedesktop/DBus"),
                                                 QStringLiteral("org.freedesktop.DBus.Peer"),
                                                 QStringLiteral("Ping")),
-                 QDBus::Block, longestWait);
+                 QDBus::Block, maxWait);
     }
 }
 

@@ -14,7 +14,7 @@ namespace platform {
 namespace {
 
 // UTF-16 units of one console line; system logs cut or refuse what is much longer.
-constexpr int longestLine = 30000;
+constexpr int maxLineLength = 30000;
 
 // Line and paragraph separators and the marks that turn the direction of text count as control
 // characters: they make a terminal show what is not there.
@@ -89,8 +89,8 @@ void writeWithoutSignal(int file, const QByteArray &bytes)
 
 void consoleLine(const QString &text)
 {
-    auto line = escaped(text.left(longestLine));
-    if (text.size() > longestLine) {
+    auto line = escaped(text.left(maxLineLength));
+    if (text.size() > maxLineLength) {
         line += QStringLiteral("... (%1 characters)").arg(text.size());
     }
     const auto bytes = line.toUtf8();

@@ -13,8 +13,8 @@
 namespace platform {
 namespace {
 
-// More levels than anyone reads.
-constexpr int deepest = 32;
+// Nobody reads more levels.
+constexpr int maxDepth = 32;
 
 QString nullText()
 {
@@ -56,7 +56,7 @@ QString dataText(const QByteArray &data)
 
 QString describe(const QVariant &value, int depth, int room)
 {
-    if (depth > deepest) {
+    if (depth > maxDepth) {
         return QStringLiteral("...");
     }
     switch (value.userType()) {
@@ -99,18 +99,18 @@ QString description(const QVariant &value)
     return describe(value, 0, std::numeric_limits<int>::max());
 }
 
-QString shortened(const QString &text, int longest)
+QString shortened(const QString &text, int maxLength)
 {
-    if (text.size() <= longest) {
+    if (text.size() <= maxLength) {
         return text;
     }
-    const bool splitsPair = text.at(longest - 1).isHighSurrogate();
-    return text.left(splitsPair ? longest - 1 : longest) + QChar(0x2026);
+    const bool splitsPair = text.at(maxLength - 1).isHighSurrogate();
+    return text.left(splitsPair ? maxLength - 1 : maxLength) + QChar(0x2026);
 }
 
-QString shortDescription(const QVariant &value, int longest)
+QString shortDescription(const QVariant &value, int maxLength)
 {
-    return shortened(describe(value, 0, longest), longest);
+    return shortened(describe(value, 0, maxLength), maxLength);
 }
 
 QString description(const QDateTime &date)

@@ -144,11 +144,11 @@ void runPendingMainThreadCalls()
     }
 }
 
-void pumpEvents(std::chrono::milliseconds longest)
+void pumpEvents(std::chrono::milliseconds maxWait)
 {
     QTimer limit;
     limit.setTimerType(Qt::PreciseTimer);
-    limit.start(longest);
+    limit.start(maxWait);
     QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
 

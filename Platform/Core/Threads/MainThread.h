@@ -22,8 +22,8 @@ void performOnMainThreadAndWait(const std::function<void()> &call);
 // Main thread only.
 void runPendingMainThreadCalls();
 
-// Takes and dispatches the next events, waiting at most longest for one. Main thread only.
-void pumpEvents(std::chrono::milliseconds longest = std::chrono::milliseconds(10));
+// Takes and dispatches the next events, waiting at most maxWait for one. Main thread only.
+void pumpEvents(std::chrono::milliseconds maxWait = std::chrono::milliseconds(10));
 
 // Dispatches events until ended() is true, which it asks every 0.01 s. False, at once, when the
 // application quits before that. Main thread only; may be nested.

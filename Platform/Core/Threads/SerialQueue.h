@@ -36,7 +36,7 @@ public:
 
     void waitUntilIdle() { m_worker.waitUntilIdle(); }
     std::size_t pending() { return m_worker.pending(); }
-    bool stop(std::chrono::milliseconds longest) { return m_worker.stop(longest); }
+    bool stop(std::chrono::milliseconds maxWait) { return m_worker.stop(maxWait); }
 
     // Around a fork() of the process: as SerialWorker has them.
     void prepareForFork() { m_worker.prepareForFork(); }

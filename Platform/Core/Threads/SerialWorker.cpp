@@ -137,17 +137,17 @@ std::size_t SerialWorker::pending()
     return m_added - m_finished;
 }
 
-bool SerialWorker::stop(std::chrono::milliseconds longest)
+bool SerialWorker::stop(std::chrono::milliseconds maxWait)
 {
     std::unique_lock lock(m_mutex);
     m_stopped.store(true, std::memory_order_relaxed);
     m_threads.wake.notify_one();
     m_threads.done.notify_all();
     const auto ended = [this] { return !m_running; };
-    if (longest == std::chrono::milliseconds::max()) {
+    if (maxWait == std::chrono::milliseconds::max()) {
         m_threads.done.wait(lock, ended);
     } else if (!isCurrentThread()) {
-        m_threads.done.wait_for(lock, longest, ended);
+        m_threads.done.wait_for(lock, maxWait, ended);
     }
     const bool hasEnded = ended();
     auto thread = std::move(m_threads.thread);

@@ -36,9 +36,9 @@ public:
     // Entries that have been added and are not done with.
     std::size_t pending();
 
-    // Ends the thread; work is to return without handling what is left. Waits at most longest for
+    // Ends the thread; work is to return without handling what is left. Waits at most maxWait for
     // it to do so; false when that was not enough.
-    bool stop(std::chrono::milliseconds longest);
+    bool stop(std::chrono::milliseconds maxWait);
 
     // Around a fork() of the process, whatever its threads are at: the child's worker begins
     // without entries, and each that is added there is done with at once. Where the parent's does
