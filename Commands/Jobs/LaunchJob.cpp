@@ -34,7 +34,7 @@ bool isJudged(const QByteArray &file)
     return ::geteuid() == 0 || own.isEmpty() || !file.startsWith(own + '/');
 }
 
-// Null where the path is root's and this user's alone.
+// Null where nobody but root and this user can change the path.
 QString pathObjection(const QByteArray &path, const QString &whatOthersCould)
 {
     const auto judged =
@@ -47,7 +47,7 @@ QString pathObjection(const QByteArray &path, const QString &whatOthersCould)
                                    .arg(readableName(path), qt_error_string(judged.error));
 }
 
-// The bytes of a file that is fit to be a job's; else why it is not.
+// The bytes of a file that may be a job's; nothing, with the reason, for any other.
 std::optional<QByteArray> trustedContents(const QByteArray &file, QString *reason)
 {
     struct stat status {};

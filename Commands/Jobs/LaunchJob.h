@@ -42,8 +42,8 @@ struct LaunchJob {
 // Bytes of the largest job file that is read.
 constexpr qint64 maximumLaunchJobSize = qint64(128) * 1024;
 
-// The job that the bytes describe. Nothing, with the file and the key at fault in error, for one
-// that cannot be kept to the letter.
+// The job that the bytes describe. Nothing, with file and key in error, for a job that cannot be
+// run exactly as it is described.
 std::optional<LaunchJob> launchJobFromData(const QByteArray &data, const QByteArray &file,
                                            QString *error);
 
@@ -60,13 +60,13 @@ QString launchProgramObjection(const LaunchJob &job);
 // label that cannot be one.
 QByteArray launchLabelOfFile(const QByteArray &file);
 
-// Why this is no label; null for one.
+// Why the label is not valid; null for a valid one.
 QString launchLabelObjection(const QByteArray &label);
 
 // Why a file of this status must not say what the user's programs are; null where it may.
 QString launchFileObjection(const struct stat &status, uid_t user);
 
-// Without control characters and bytes that are no UTF-8, for messages.
+// For messages: control characters and bytes that are not UTF-8 are replaced.
 QString readableName(const QByteArray &bytes);
 
 bool isUtf8Name(const QByteArray &bytes);

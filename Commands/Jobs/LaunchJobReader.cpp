@@ -54,11 +54,11 @@ public:
         m_job.file = file;
     }
 
-    // The checked job; nothing, with what is wrong in error, where it is none.
+    // The checked job; nothing, with the reason in error, for an invalid one.
     std::optional<LaunchJob> read(QString *error);
 
 private:
-    bool isSound() const { return m_error.isNull(); }
+    bool isValid() const { return m_error.isNull(); }
     void fail(const QString &text);
     void failKey(const QString &text);
 
@@ -85,14 +85,14 @@ private:
 
 std::optional<LaunchJob> Reader::read(QString *error)
 {
-    for (auto item = m_dictionary.cbegin(); item != m_dictionary.cend() && isSound(); ++item) {
+    for (auto item = m_dictionary.cbegin(); item != m_dictionary.cend() && isValid(); ++item) {
         m_key = item.key();
         readKey(item.value());
     }
-    if (isSound()) {
+    if (isValid()) {
         checkWhole();
     }
-    if (isSound()) {
+    if (isValid()) {
         return m_job;
     }
     *error = m_error;
@@ -101,7 +101,7 @@ std::optional<LaunchJob> Reader::read(QString *error)
 
 void Reader::fail(const QString &text)
 {
-    if (isSound()) {
+    if (isValid()) {
         m_error = QStringLiteral("%1: %2").arg(readableName(m_job.file), text);
     }
 }
@@ -183,7 +183,7 @@ void Reader::readArguments(const QVariant &value)
         if (left < 0) {
             failKey(QStringLiteral("is too long"));
         }
-        if (!isSound()) {
+        if (!isValid()) {
             return;
         }
     }
@@ -197,7 +197,7 @@ void Reader::readEnvironment(const QVariant &value)
     }
     const auto variables = value.toMap();
     auto left = maxArgumentBytes;
-    for (auto item = variables.cbegin(); item != variables.cend() && isSound(); ++item) {
+    for (auto item = variables.cbegin(); item != variables.cend() && isValid(); ++item) {
         const auto text = item.value().toString();
         left -= static_cast<int>(item.key().size() + text.size()) + 2;
         if (type(item.value()) != QMetaType::QString) {

@@ -21,7 +21,7 @@ QByteArray hexEscape(char byte)
     return "\\x" + QByteArray(1, byte).toHex();
 }
 
-// What systemd takes for the beginning of a specifier is doubled.
+// Doubles the percent signs, with which systemd's specifiers begin.
 QByteArray withoutSpecifiers(QByteArray text)
 {
     return text.replace('%', "%%");
@@ -62,7 +62,7 @@ QByteArray fileUri(const QByteArray &path)
     return "file://" + path.toPercentEncoding("/");
 }
 
-// The colon keeps "$" as it is, the at sign lets the program's own name be given.
+// The colon keeps "$" as it is. After the at sign, the first argument is the program's own name.
 QByteArray commandLine(const LaunchJob &job)
 {
     auto words = canBeRunPlain(job.program)
@@ -86,9 +86,9 @@ std::array<std::pair<QByteArray, QByteArray>, 4> pathSettings(const LaunchJob &j
 // 0.
 const QByteArray signalsOfSuccess("SIGHUP SIGINT SIGTERM SIGPIPE");
 
-// A program that has crashed is back after a second. One that dies whenever it is started may do so
-// five times in five of its intervals, as often as if it had waited for an interval each time; then
-// it is left alone as failed, for everybody to see.
+// A program that has crashed is started again after a second. One that always ends at once is
+// started five times in five intervals, as often as if it had waited for an interval each time.
+// Then the unit stays failed.
 QByteArray restartLines(LaunchJob::KeepAlive keepAlive)
 {
     switch (keepAlive) {

@@ -17,7 +17,7 @@ QByteArray launchUnitLabel(const QByteArray &unitName);
 // The unit file of a job.
 QByteArray launchUnitFile(const LaunchJob &job);
 
-// Why systemd cannot have this job though it is a sound one; null where it can.
+// Why systemd cannot run this valid job; null where it can.
 QString launchUnitObjection(const LaunchJob &job);
 
 } // namespace platform

@@ -2,7 +2,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Commands/Jobs/LaunchSession.h"
+
 #include <QByteArrayList>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <cstring>
 
 // What launchctl and the supervisor say to one another. A request is a word and its argument, an
 // answer is "ok" and what was asked for, or "error" and why. Each piece ends with a null character,
@@ -10,11 +17,20 @@
 namespace messages {
 
 // Bytes of the longest request.
-constexpr qsizetype longestRequest = 65536;
+constexpr qsizetype maxRequest = 65536;
 
 // Fields of one job in the answer to "list": label, process (0: none), last status, job file,
 // state, restarts.
 constexpr int fieldsOfJob = 6;
+
+// The supervisor's socket in the current folder, whose path may be longer than an address.
+inline sockaddr_un socketAddress()
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, platform::supervisorSocketName, sizeof address.sun_path - 1);
+    return address;
+}
 
 inline QByteArray join(const QByteArrayList &fields)
 {

@@ -84,7 +84,7 @@ int startTool(const Tool &tool, int output, pid_t *process)
     using platform::nullDevice;
     return platform::spawnProgram({judged,
                                    tool.arguments,
-                                   platform::cleanEnvironment,
+                                   platform::cleanEnvironment(),
                                    {nullDevice, output < 0 ? nullDevice : output, nullDevice}},
                                   process);
 }

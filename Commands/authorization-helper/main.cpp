@@ -50,7 +50,7 @@ void note(uid_t user, const std::string &line)
     ::syslog(LOG_AUTHPRIV | LOG_NOTICE, "for user %u: %.4000s", user, line.c_str());
 }
 
-// Whom polkit has asked about: pkexec's word, which only root can have put there.
+// The user whom polkit was asked about. Only root can have set pkexec's variable.
 std::optional<uid_t> userOfPkexec()
 {
     const char *text = std::getenv("PKEXEC_UID");
@@ -84,7 +84,7 @@ void leaveStandardDescriptors()
     }
 }
 
-// Where the ends of the tools are told.
+// Becomes readable when a tool ends.
 Descriptor watchTools()
 {
     sigset_t ends;
@@ -101,7 +101,7 @@ bool isPipe(const Descriptor &descriptor)
     return ::fstat(descriptor.number(), &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
-// Who has given up does not want the tool to start any more.
+// A client that has given up must not have its tool started later.
 bool isAwaited(const Descriptor &pipe)
 {
     pollfd reader{pipe.number(), 0, 0};
@@ -116,7 +116,7 @@ public:
     }
 
     // Until nobody is there any more that could ask; the tools that still run are then awaited,
-    // since a bad end is to be told.
+    // since a bad end is logged.
     void run()
     {
         while (m_requests.isOpen() || !m_tools.empty()) {
@@ -214,8 +214,8 @@ private:
 
     void reap()
     {
-        std::array<signalfd_siginfo, 8> told{};
-        while (::read(m_ends.number(), told.data(), sizeof told) > 0) {
+        std::array<signalfd_siginfo, 8> signals{};
+        while (::read(m_ends.number(), signals.data(), sizeof signals) > 0) {
         }
         int status = 0;
         for (pid_t process = 0; (process = ::waitpid(-1, &status, WNOHANG)) > 0;) {
@@ -239,7 +239,7 @@ private:
     Served &m_served;
     Descriptor m_requests; // closed when nobody is served any more
     const Descriptor m_ends;
-    pid_t m_lastRefused = -1;             // told once
+    pid_t m_lastRefused = -1;             // logged once
     std::map<pid_t, std::string> m_tools; // that run, with their paths for the log
 };
 

@@ -11,9 +11,9 @@ class JobUnits {
 public:
     explicit JobUnits(QByteArray folder) : m_folder(std::move(folder)) {}
 
-    // Makes the units of all sound jobs in a folder of job files. What an earlier folder already
-    // had, and what is already a unit of another origin, stays as it is. One line on standard error
-    // for each file that gets no unit.
+    // Makes the units of all valid jobs in a folder of job files. Labels of an earlier folder and
+    // units of another origin stay as they are. Each file that gets no unit has a line on standard
+    // error.
     void addFolder(const QByteArray &jobFolder);
 
 private:

@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr std::chrono::seconds patience{5};
-constexpr std::chrono::seconds patienceWithJobs{20}; // they take five seconds to be ended
+constexpr std::chrono::seconds requestTimeout{5};
+constexpr std::chrono::seconds jobEndTimeout{20}; // they take five seconds to be ended
 
 bool hasToWait()
 {
@@ -22,7 +22,7 @@ bool hasToWait()
 } // namespace
 
 Client::Client(platform::Descriptor socket)
-    : m_socket(std::move(socket)), m_deadline(Clock::now() + patience)
+    : m_socket(std::move(socket)), m_deadline(Clock::now() + requestTimeout)
 {
 }
 
@@ -34,8 +34,8 @@ std::optional<QByteArrayList> Client::read()
         if (size < 0 && hasToWait()) {
             return std::nullopt;
         }
-        if (size < 0 || m_input.size() + size > messages::longestRequest) {
-            leave();
+        if (size < 0 || m_input.size() + size > messages::maxRequest) {
+            close();
             return std::nullopt;
         }
         if (size == 0) {
@@ -49,14 +49,14 @@ std::optional<QByteArrayList> Client::read()
 void Client::waitFor(const QByteArray &label)
 {
     m_awaited = label;
-    m_deadline = Clock::now() + patienceWithJobs;
+    m_deadline = Clock::now() + jobEndTimeout;
 }
 
 void Client::answer(const QByteArrayList &fields)
 {
     m_awaited.clear();
     m_answer = messages::join(fields);
-    m_deadline = Clock::now() + patience;
+    m_deadline = Clock::now() + requestTimeout;
     write();
 }
 
@@ -75,5 +75,5 @@ void Client::write()
         m_answer.remove(0, static_cast<int>(size));
     }
     m_answer.clear();
-    leave();
+    close();
 }

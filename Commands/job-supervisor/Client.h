@@ -9,7 +9,7 @@
 #include <chrono>
 #include <optional>
 
-// Somebody who has a request: first it is read, then it may wait, then it is answered.
+// A connection with one request, which is read, may wait, and is answered.
 class Client {
 public:
     using Clock = std::chrono::steady_clock;
@@ -21,10 +21,10 @@ public:
     bool isWriting() const { return !m_answer.isEmpty(); }
     bool isOver() const { return !m_socket.isOpen(); }
 
-    // Who asks slowly or does not take the answer is left.
+    // The connection is closed then.
     Clock::time_point deadline() const { return m_deadline; }
 
-    // Reads what is there. The request, once, when it is whole; an empty one for nonsense.
+    // Reads what is there. The request, once, when it is whole; an empty one if it is malformed.
     std::optional<QByteArrayList> read();
 
     // Leaves it waiting for the end of that job.
@@ -33,7 +33,7 @@ public:
 
     void answer(const QByteArrayList &fields);
     void write();
-    void leave() { m_socket.close(); }
+    void close() { m_socket.close(); }
 
 private:
     platform::Descriptor m_socket;

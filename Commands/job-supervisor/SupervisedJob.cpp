@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr std::chrono::seconds timeToEnd{5};
+constexpr std::chrono::seconds endTimeout{5};
 
 } // namespace
 
@@ -30,13 +30,13 @@ QString SupervisedJob::start()
     auto started = startProgram(m_job);
     m_lastStart = Clock::now();
     m_pid = started.pid;
-    if (m_pid == 0 && isToBeStartedAgain()) {
+    if (m_pid == 0 && shouldRestart()) {
         m_due = m_lastStart + m_job.throttleInterval; // there was no process to be had
     }
     return started.error;
 }
 
-bool SupervisedJob::isToBeStartedAgain() const
+bool SupervisedJob::shouldRestart() const
 {
     switch (m_job.keepAlive) {
     case platform::LaunchJob::KeepAlive::Never:
@@ -56,7 +56,7 @@ void SupervisedJob::ended(int waitStatus)
     m_pid = 0;
     m_due.reset();
     m_lastStatus = WIFSIGNALED(waitStatus) ? -WTERMSIG(waitStatus) : WEXITSTATUS(waitStatus);
-    if (!m_stopping && isToBeStartedAgain()) {
+    if (!m_stopping && shouldRestart()) {
         // At once after a run that was long enough.
         m_due = std::max(Clock::now(), m_lastStart + m_job.throttleInterval);
     }
@@ -76,12 +76,12 @@ void SupervisedJob::stop()
     m_due.reset();
     if (m_pid != 0) {
         ::kill(-m_pid, SIGTERM);
-        ::kill(-m_pid, SIGCONT); // who is stopped could not end
-        m_due = Clock::now() + timeToEnd;
+        ::kill(-m_pid, SIGCONT); // a stopped program could not end
+        m_due = Clock::now() + endTimeout;
     }
 }
 
-void SupervisedJob::act()
+void SupervisedJob::runDueAction()
 {
     if (!m_due || Clock::now() < *m_due) {
         return;

@@ -38,14 +38,14 @@ public:
     // Asks the program to end, and all of its group; five seconds later they are ended.
     void stop();
 
-    // When act() has to be called next.
+    // When runDueAction() has to be called next.
     std::optional<Clock::time_point> due() const { return m_due; }
 
     // Does what is due: the next start, or the end of a program that does not end by itself.
-    void act();
+    void runDueAction();
 
 private:
-    bool isToBeStartedAgain() const;
+    bool shouldRestart() const;
 
     platform::LaunchJob m_job;
     pid_t m_pid = 0;

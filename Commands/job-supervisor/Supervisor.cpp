@@ -17,8 +17,8 @@
 
 namespace {
 
-constexpr std::chrono::seconds timeForFirstRequest{10};
-constexpr auto mostClients = 64U;
+constexpr std::chrono::seconds firstRequestTimeout{10};
+constexpr auto maxClients = 64U;
 constexpr auto ownDescriptors = 3U; // that stand before the clients' when waiting
 
 unsigned long fileNumber(const QByteArray &path)
@@ -53,9 +53,9 @@ void Supervisor::run()
     while (!isOver()) {
         serve(wait());
         for (auto &[label, job] : m_jobs) {
-            job->act();
+            job->runDueAction();
         }
-        settle();
+        removeEndedJobs();
     }
     if (isSocketThere()) {
         ::unlink(m_socketPath.constData());
@@ -70,7 +70,7 @@ bool Supervisor::isSocketThere() const
 // A request that has not been read yet is refused by the closing of the socket, and made again.
 bool Supervisor::isOver() const
 {
-    const auto mayEnd = m_ending || m_served || Clock::now() > m_started + timeForFirstRequest;
+    const auto mayEnd = m_ending || m_served || Clock::now() > m_started + firstRequestTimeout;
     return m_jobs.empty() && m_clients.empty() && mayEnd;
 }
 
@@ -84,7 +84,7 @@ int Supervisor::millisecondsToNext() const
         next = std::min(next, client.deadline());
     }
     if (m_jobs.empty()) {
-        next = std::min(next, m_started + timeForFirstRequest);
+        next = std::min(next, m_started + firstRequestTimeout);
     }
     if (next == Clock::time_point::max()) {
         return -1;
@@ -97,7 +97,7 @@ int Supervisor::millisecondsToNext() const
 std::vector<pollfd> Supervisor::wait()
 {
     // Who comes while too many are served waits in the queue.
-    const auto accepts = m_clients.size() < mostClients && !m_ending;
+    const auto accepts = m_clients.size() < maxClients && !m_ending;
     std::vector<pollfd> events{{accepts ? m_descriptors.socket.number() : -1, POLLIN, 0},
                                {m_descriptors.signalsArrived.number(), POLLIN, 0},
                                {m_descriptors.folderChanged.number(), POLLIN, 0}};
@@ -121,7 +121,7 @@ void Supervisor::serve(const std::vector<pollfd> &events)
         } else if (happened != 0 && client.isWriting()) {
             client.write();
         } else if ((happened & (POLLERR | POLLHUP)) != 0 || Clock::now() > client.deadline()) {
-            client.leave();
+            client.close();
         }
     }
     readSignals();
@@ -171,7 +171,7 @@ void Supervisor::reap()
 
 void Supervisor::acceptClients()
 {
-    while (m_clients.size() < mostClients) {
+    while (m_clients.size() < maxClients) {
         platform::Descriptor socket(::accept4(m_descriptors.socket.number(), nullptr, nullptr,
                                               SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (!socket.isOpen()) {
@@ -183,8 +183,8 @@ void Supervisor::acceptClients()
     }
 }
 
-// Lets go of the jobs that have ended for good and tells who waited for that.
-void Supervisor::settle()
+// Forgets the jobs that have ended for good and answers the clients that waited for that.
+void Supervisor::removeEndedJobs()
 {
     for (auto job = m_jobs.begin(); job != m_jobs.end();) {
         if (!job->second->isOver()) {

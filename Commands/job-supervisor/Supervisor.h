@@ -40,7 +40,7 @@ private:
     void readSignals();
     void reap();
     void acceptClients();
-    void settle();
+    void removeEndedJobs();
     bool isOver() const;
     bool isSocketThere() const;
     void endAll();

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Commands/Jobs/LaunchSession.h"
+#include "Commands/Jobs/Messages.h"
 #include "Commands/job-supervisor/Supervisor.h"
 
 #include <fcntl.h>
@@ -8,9 +9,7 @@
 #include <sys/inotify.h>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <array>
@@ -30,12 +29,9 @@ int failed(const char *what)
     return 1;
 }
 
-// The current folder is the socket's, whose path may be longer than an address.
 platform::Descriptor listeningSocket()
 {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, platform::supervisorSocketName, sizeof address.sun_path - 1);
+    const auto address = messages::socketAddress();
     const auto *generic =
         reinterpret_cast<const sockaddr *>(&address); // NOLINT(*-reinterpret-cast)
     platform::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));

@@ -43,18 +43,6 @@ void print(const QByteArray &text)
     std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
 }
 
-// The exit status; each file for which the operation answers with an error has a line.
-int forEach(const QByteArrayList &files,
-            const std::function<QString(const QByteArray &)> &operation)
-{
-    auto status = 0;
-    for (const auto &file : files) {
-        const auto error = operation(file);
-        status = error.isNull() ? status : complain(error);
-    }
-    return status;
-}
-
 // The file as the session knows it: in one of the folders of jobs, spelled as that is. Null where
 // it is in none.
 QByteArray pathInJobFolder(const QByteArray &file)
@@ -125,12 +113,24 @@ QString Commands::unloadLabel(const QByteArray &label)
 
 int Commands::load(const QByteArrayList &files)
 {
-    return forEach(files, [this](const QByteArray &file) { return loadFile(absolutePath(file)); });
+    QByteArrayList paths;
+    std::transform(files.begin(), files.end(), std::back_inserter(paths), absolutePath);
+    auto status = 0;
+    for (const auto &path : std::as_const(paths)) {
+        const auto error = loadFile(path);
+        status = error.isNull() ? status : complain(error);
+    }
+    return status;
 }
 
 int Commands::unload(const QByteArrayList &files)
 {
-    return forEach(files, [this](const QByteArray &file) { return unloadFile(file); });
+    auto status = 0;
+    for (const auto &file : files) {
+        const auto error = unloadFile(file);
+        status = error.isNull() ? status : complain(error);
+    }
+    return status;
 }
 
 int Commands::remove(const QByteArray &label)

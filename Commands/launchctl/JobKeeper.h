@@ -23,10 +23,10 @@ public:
     JobKeeper(const JobKeeper &) = delete;
     JobKeeper &operator=(const JobKeeper &) = delete;
 
-    // Takes the job on and starts it when it is to start at once.
+    // Loads the job and starts it if it is to start at load.
     virtual QString load(const platform::LaunchJob &job) = 0;
 
-    // Ends the job's program and lets go of the job.
+    // Ends the job's program and unloads the job.
     virtual QString unload(const QByteArray &label) = 0;
 
     // All jobs, or the one of that label.

@@ -9,23 +9,17 @@
 #include "Platform/Core/Basics/SystemCommand.h"
 #include "Platform/Core/Processes/ChildProcess.h"
 
-#include <sys/un.h>
-
-#include <cstring>
 #include <thread>
 
 namespace {
 
 constexpr std::chrono::milliseconds retryPause{20};
 
-// An open descriptor where a supervisor listens. The current folder becomes the socket's, whose
-// path may be longer than an address.
+// An open descriptor where a supervisor listens. The current folder becomes the socket's.
 platform::Descriptor connectToSupervisor()
 {
     const auto folder = platform::jobControlFolder();
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, platform::supervisorSocketName, sizeof address.sun_path - 1);
+    const auto address = messages::socketAddress();
     const auto *generic =
         reinterpret_cast<const sockaddr *>(&address); // NOLINT(*-reinterpret-cast)
     platform::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));

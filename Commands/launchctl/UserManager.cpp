@@ -4,8 +4,6 @@
 
 #include "Commands/Jobs/LaunchSession.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdlib>
 
@@ -46,16 +44,18 @@ private:
 
 std::unique_ptr<UserManager> UserManager::connect(BusConnection::Deadline deadline, QString *error)
 {
-    const QByteArray socket = platform::sessionRuntimeFolder() + "/systemd/private";
-    if (::access(socket.constData(), F_OK) != 0) {
+    const auto folder = platform::sessionRuntimeFolder();
+    if (folder.isEmpty()) {
         return nullptr;
     }
     std::unique_ptr<UserManager> manager(new UserManager(deadline));
-    const QByteArray address = "unix:path=" + socket.toPercentEncoding("/");
+    const QByteArray address = "unix:path=" + folder.toPercentEncoding("/") + "/systemd/private";
     const auto result =
         manager->m_bus.open(address.constData(), BusConnection::Kind::Peer, deadline);
-    if (result == -ECONNREFUSED) {
-        return nullptr; // a manager has left its socket behind
+    // No socket, or one that a manager has left behind.
+    if (result == -ENOENT || result == -ENOTDIR || result == -E2BIG || result == -ENAMETOOLONG ||
+        result == -ECONNREFUSED) {
+        return nullptr;
     }
     if (result < 0) {
         *error = BusError().text(result == -EAGAIN ? -ETIMEDOUT : result); // its queue is full

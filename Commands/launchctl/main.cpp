@@ -8,13 +8,13 @@
 
 namespace {
 
-constexpr std::chrono::seconds timeForAll{8};
+constexpr std::chrono::seconds commandTimeout{8};
 
 void printUsage(std::FILE *file)
 {
-    std::fputs("usage: launchctl load FILE ...    take jobs on, and start those that are to run\n"
-               "       launchctl unload FILE ...  end the jobs of these files and let go of them\n"
-               "       launchctl remove LABEL     end the job of that label and let go of it\n"
+    std::fputs("usage: launchctl load FILE ...    load jobs, and start those that are to run\n"
+               "       launchctl unload FILE ...  end the jobs of these files and unload them\n"
+               "       launchctl remove LABEL     end the job of that label and unload it\n"
                "       launchctl list             show all jobs: process, last exit status, label\n"
                "       launchctl list LABEL       show one job\n"
                "       launchctl help\n",
@@ -38,7 +38,7 @@ int main(int argc, char **argv)
     std::setlocale(LC_CTYPE, "");                            // NOLINT(concurrency-mt-unsafe)
     const std::string_view command(argc > 1 ? argv[1] : ""); // NOLINT(*-pointer-arithmetic)
     const auto arguments = argumentsFrom(argc, argv, 2);
-    Commands commands{QDeadlineTimer(timeForAll)};
+    Commands commands{QDeadlineTimer(commandTimeout)};
     if (command == "help" || command == "--help" || command == "-h") {
         printUsage(stdout);
         return 0;

@@ -20,7 +20,7 @@ constexpr auto failed = 1;
 constexpr auto misused = 2;
 constexpr const char *dataType = "SPNetworkDataType";
 // A pane is about to open; a name is not worth more.
-constexpr std::chrono::milliseconds timeForNames{30};
+constexpr std::chrono::milliseconds namesTimeout{30};
 
 void printUsage(std::FILE *file)
 {
@@ -47,7 +47,7 @@ std::vector<NetworkService> servicesOf(std::vector<NetworkLink> links)
     if (links.empty()) {
         return services;
     }
-    const auto names = networkManagerNames(timeForNames);
+    const auto names = networkManagerNames(namesTimeout);
     for (const auto &link : links) {
         const auto name = names.find(link.name);
         services.push_back(

@@ -24,7 +24,8 @@ QString ZQAuthorization::trashDestination(const QString &path) const
         return destination;
     }
     const auto now = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
-    // Kept on purpose: the dot stands there without an extension, too.
+    // Kept on purpose for the maker's other programs: the dot stands there without an extension,
+    // too.
     return platform::deletingPathExtension(destination) + u'_' + now + u'.' +
            platform::pathExtension(name);
 }
@@ -38,7 +39,8 @@ bool ZQAuthorization::authTrashFile(const QString &path, DeleteOnRootAccount del
     const auto destination = trashDestination(path);
     if (platform::isRunningAsRoot() && m_userDirectory.isNull() &&
         deleteOnRootAccount == DeleteOnRootAccount::Yes) {
-        return authRemoveFile(destination); // kept on purpose: not the file itself
+        return authRemoveFile(
+            destination); // not the file itself: kept on purpose for the maker's other programs
     }
     if (!destination.isNull() && !platform::isMissing(path)) {
         platform::createPrivateFolder(destination.left(destination.lastIndexOf(u'/')));

@@ -61,7 +61,7 @@ public:
     /// authTrashFile:deleteOnRootAccount:
     /// Moves a file to the trash, under a name with the date and time where its own is taken. For
     /// root without a user's folder and with DeleteOnRootAccount::Yes, removes what has the name in
-    /// the trash and leaves the file: kept on purpose.
+    /// the trash and leaves the file: kept on purpose for the maker's other programs.
     bool authTrashFile(const QString &path,
                        DeleteOnRootAccount deleteOnRootAccount = DeleteOnRootAccount::No);
 
@@ -80,7 +80,8 @@ public:
     bool authMoveFile(const QString &source, const QString &destination);
 
     /// authCopyFile:toPath:
-    /// Likewise; never refused as a system directory: kept on purpose.
+    /// Likewise; never refused as a system directory: kept on purpose for the maker's other
+    /// programs.
     bool authCopyFile(const QString &source, const QString &destination);
 
     /// authCreateDir:

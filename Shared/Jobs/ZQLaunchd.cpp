@@ -64,7 +64,8 @@ bool writeWithAuthorization(const QVariantMap &settings, const QString &folder, 
     const auto temporary =
         ZQLocalPaths::tempDirectory() + path.mid(path.lastIndexOf(QLatin1Char('/')));
     if (!platform::writeDictionaryToFile(settings, temporary)) {
-        // Kept on purpose: the log says "create" where the console and the alert say "write".
+        // Kept on purpose for support, which knows the texts: the log says "create" where the
+        // console and the alert say "write".
         ZQLog::appendLog(QStringLiteral("%@"), unableToCreate);
         platform::consoleLog(
             QStringLiteral("Error: Unable to write LaunchAgent data. Please check you have correct "

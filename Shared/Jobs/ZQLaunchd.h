@@ -31,7 +31,7 @@ public:
 
     /// stopJob:user:launchAgent:shouldAuth:
     /// Unloads the job and leaves its file. Always with the caller's rights, whatever shouldAuth
-    /// says (kept on purpose). Does nothing without a label.
+    /// says (kept on purpose for the maker's other programs). Does nothing without a label.
     static void stopJob(const QString &label, Domain domain, JobKind kind, ShouldAuth shouldAuth);
 
     /// removeJob:user:launchAgent:shouldAuth:
@@ -39,6 +39,7 @@ public:
     static void removeJob(const QString &label, Domain domain, JobKind kind, ShouldAuth shouldAuth);
 
     /// removeLaunchAgent:user:
-    /// Always the agent of the user's Library, whatever the domain (kept on purpose).
+    /// Always the agent of the user's Library, whatever the domain (kept on purpose for the maker's
+    /// other programs).
     static void removeLaunchAgent(const QString &label, Domain domain);
 };

@@ -57,8 +57,8 @@ bool isExecutableAt(const QString &path)
 // run it. False where the file system cannot do that.
 bool takeName(const QString &name, const QString &copy)
 {
-    constexpr auto mostTries = 100; // more than there are checks at a time
-    for (int i = 0; i < mostTries; ++i) {
+    constexpr auto maxTries = 100; // more than there are checks at a time
+    for (int i = 0; i < maxTries; ++i) {
         if (platform::renameWithoutReplacing(copy, name) || platform::exchangeNames(copy, name)) {
             return true;
         }
@@ -71,7 +71,7 @@ QString freshWorkingCopy()
 {
     auto path = appendingPathComponent(ZQLocalPaths::tempDirectory(), updater);
     const auto copy = ZQLocalPaths::tempFile();
-    // Kept on purpose: a failure shows when the copy is to be run.
+    // A failure is not reported here; it shows when the copy is to be run.
     if (platform::copyItem(enclosedPath(), copy)) {
         platform::removeItem(path);
     } else if (!takeName(path, copy)) {

@@ -40,7 +40,7 @@ void alertOutcome(ZQLogGathering::Outcome outcome)
               QStringLiteral("There were no logs available to gather."), AlertStyle::Informational);
         break;
     case ZQLogGathering::Outcome::Failed:
-        break; // kept on purpose: the console has been told
+        break; // the reason is on the console
     }
 }
 

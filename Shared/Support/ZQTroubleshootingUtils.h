@@ -10,7 +10,7 @@ enum class Silent { No, Yes };
 
 // What a gathering has to say beside its alerts.
 struct ZQGatheringRemarks {
-    // Why there is no archive where no alert has told so, in the system's words; else null.
+    // Why there is no archive, in the system's words, where no alert says it; else null.
     QString failure;
     // The folders that are there and could not be listed, each with the system's words.
     QStringList unreadableFolders;
@@ -20,7 +20,7 @@ struct ZQGatheringRemarks {
 // kept. Any thread; the main thread dispatches events meanwhile.
 class ZQTroubleshootingUtils {
 public:
-    // Told, on the calling thread, when the gathering is over and before the alert.
+    // Called on the calling thread when the gathering is over and before the alert.
     using Finished = std::function<void(const ZQGatheringRemarks &remarks)>;
 
     ZQTroubleshootingUtils() = delete;
@@ -33,8 +33,8 @@ public:
     /// after the first program. True when there is one. Unless silent, an alert tells the outcome
     /// and the call waits for its button. Where a file cannot be copied there is a console line and
     /// no alert, and what was copied before stays in "ZQ_App_Logs" in the temporary folder until
-    /// the next gathering, as it does where nothing was found: kept on purpose. The process's
-    /// current directory changes: kept on purpose.
+    /// the next gathering, as it does where nothing was found. The process's current directory
+    /// changes. Both are kept on purpose for the maker's other programs.
     static bool gatherLogsForAppsWithNames(const QStringList &names, Silent silent = Silent::No,
                                            const QStringList &additionalFiles = {},
                                            const Finished &finished = {});

@@ -39,7 +39,7 @@ void ZQTaskEx::asyncDataFromTask(const QString &path, const QStringList &argumen
     auto run = std::make_shared<AsyncRun>();
     run->callback = std::move(callback);
     run->object = object;
-    run->process = ZQTaskCommand(path).process(arguments);
+    run->process = taskProcess(path, arguments);
     run->process->setStandardOutput(Stream::Pipe);
     run->process->setStandardError(Stream::NullDevice);
     if (environment.has_value()) {

@@ -78,13 +78,12 @@ QByteArray ZQTaskEx::dataFromTask(const QString &path, const QStringList &argume
                                   const std::optional<Environment> &environment,
                                   LogOutput logOutput)
 {
-    const ZQTaskCommand command(path);
-    if (!command.isExecutable()) {
+    const auto process = taskProcess(path, arguments);
+    if (!isExecutable(*process)) {
         ZQLog::appendLogAndPrint(QStringLiteral("Error: %@ is not executable"), path);
         return {};
     }
     try {
-        const auto process = command.process(arguments);
         if (task != nullptr) {
             task->set(process);
         }

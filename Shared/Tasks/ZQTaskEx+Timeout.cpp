@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::chrono::seconds longestTime = std::chrono::hours(24 * 365);
+constexpr std::chrono::seconds maxTime = std::chrono::hours(24 * 365);
 
 // Cut to whole seconds.
 std::chrono::seconds wholeSeconds(ZQTaskEx::Timeout time)
@@ -16,8 +16,7 @@ std::chrono::seconds wholeSeconds(ZQTaskEx::Timeout time)
     if (!(time.count() > 0)) {
         return std::chrono::seconds(0);
     }
-    return time < longestTime ? std::chrono::duration_cast<std::chrono::seconds>(time)
-                              : longestTime;
+    return time < maxTime ? std::chrono::duration_cast<std::chrono::seconds>(time) : maxTime;
 }
 
 } // namespace

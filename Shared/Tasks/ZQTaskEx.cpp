@@ -13,11 +13,11 @@ QString notExecutable()
     return QStringLiteral("Error: %@ is not executable");
 }
 
-// Has a command that may talk as it likes.
-std::shared_ptr<platform::ChildProcess> silentProcess(const ZQTaskCommand &command,
+// Both outputs go to the null device.
+std::shared_ptr<platform::ChildProcess> silentProcess(const QString &path,
                                                       const QStringList &arguments)
 {
-    auto process = command.process(arguments);
+    auto process = taskProcess(path, arguments);
     process->setStandardOutput(platform::ChildProcess::Stream::NullDevice);
     process->setStandardError(platform::ChildProcess::Stream::NullDevice);
     return process;
@@ -44,13 +44,12 @@ std::shared_ptr<ZQTaskEx> ZQTaskEx::create()
 
 bool ZQTaskEx::runTask(const QString &path, const QStringList &arguments, Task *task)
 {
-    const ZQTaskCommand command(path);
-    if (!command.isExecutable()) {
+    const auto process = silentProcess(path, arguments);
+    if (!isExecutable(*process)) {
         ZQLog::appendLogAndPrint(notExecutable(), path);
         return false;
     }
     try {
-        const auto process = silentProcess(command, arguments);
         if (task != nullptr) {
             task->set(process);
         }
@@ -65,13 +64,13 @@ bool ZQTaskEx::runTask(const QString &path, const QStringList &arguments, Task *
 
 void ZQTaskEx::runTaskAndReturn(const QString &path, const QStringList &arguments)
 {
-    const ZQTaskCommand command(path);
-    if (!command.isExecutable()) {
+    const auto process = silentProcess(path, arguments);
+    if (!isExecutable(*process)) {
         reportToConsoleAndLog(path);
         return;
     }
     try {
-        silentProcess(command, arguments)->launch();
+        process->launch();
     } catch (const std::exception &exception) {
         logException(path, exception);
     }
@@ -80,12 +79,11 @@ void ZQTaskEx::runTaskAndReturn(const QString &path, const QStringList &argument
 qint64 ZQTaskEx::terminationCodeFromTask(const QString &path, const QStringList &arguments,
                                          Task *task)
 {
-    const ZQTaskCommand command(path);
-    if (!command.isExecutable()) {
+    const auto process = silentProcess(path, arguments);
+    if (!isExecutable(*process)) {
         reportToConsoleAndLog(path);
         return -1;
     }
-    const auto process = silentProcess(command, arguments);
     if (task != nullptr) {
         task->set(process);
     }

@@ -73,7 +73,7 @@ public:
     /// error; null when the command could not be run. Standard output is read to its end before
     /// standard error, so a command that fills the latter's pipe first blocks; its standard input
     /// is a pipe that nobody writes to. Returns at the end of both, not of the command. All kept on
-    /// purpose.
+    /// purpose for the maker's other programs.
     static QByteArray dataFromTask(const QString &path, const QStringList &arguments, Task *task,
                                    const std::optional<Environment> &environment = std::nullopt,
                                    LogOutput logOutput = LogOutput::Yes);
@@ -101,7 +101,8 @@ public:
     /// asyncDataFromTask:arguments:delegate:selector:object:environment:
     /// Returns at once; the callback gets each piece of the standard output and at last empty data,
     /// on a thread that keeps this object alive. One command at a time: an earlier one's callback
-    /// is forgotten. Launches whatever is executable, packages too: kept on purpose.
+    /// is forgotten. Launches whatever is executable, packages too: kept on purpose for the maker's
+    /// other programs.
     void asyncDataFromTask(const QString &path, const QStringList &arguments, Callback callback,
                            const QVariant &object = {},
                            const std::optional<Environment> &environment = std::nullopt);

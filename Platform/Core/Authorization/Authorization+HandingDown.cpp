@@ -52,7 +52,7 @@ std::optional<ucred> processBehind(int socket)
 Descriptor socketFromParent(int channel)
 {
     const auto parent = processBehind(channel);
-    if (!parent || parent->pid != ::getppid() || !becomesReadable(channel, longestToolStart)) {
+    if (!parent || parent->pid != ::getppid() || !becomesReadable(channel, toolStartTimeout)) {
         return {};
     }
     auto packet = receivePacket(channel);
@@ -99,7 +99,7 @@ std::shared_ptr<Authorization> Authorization::handedDown()
     }
     auto authorization = std::shared_ptr<Authorization>(new Authorization);
     authorization->m_socket = std::move(socket);
-    if (authorization->answerTo({}, -1) != 0) {
+    if (authorization->answerTo(encodeToolRequest({}), -1) != 0) {
         return nullptr;
     }
     isTaken = true;
@@ -122,7 +122,8 @@ Authorization::Inheritance Authorization::handDown() const
 bool Authorization::nameChild(pid_t child, Inheritance inheritance) const
 {
     const auto process = openProcess(child);
-    const auto answer = process.isOpen() ? answerTo({}, process.number()) : std::optional(errno);
+    const auto answer =
+        process.isOpen() ? answerTo(encodeToolRequest({}), process.number()) : std::optional(errno);
     if (answer != 0) {
         consoleLog(QStringLiteral("Unable to hand the authorisation down: %@"),
                    QString::fromUtf8(std::strerror(answer.value_or(errno))));

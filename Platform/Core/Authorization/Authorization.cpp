@@ -48,7 +48,7 @@ QString pendingText(int descriptor)
 // is to end, because its pane is closed.
 bool waitForHelper(int channel, PasswordAgent *agent)
 {
-    constexpr int lookRound = 200; // milliseconds
+    constexpr int pollInterval = 200; // milliseconds
     bool isAgentThere = agent != nullptr;
     while (!WorkerThreads::currentThreadIsToEnd()) {
         std::array<pollfd, 2> events{pollfd{channel, POLLIN, 0}, pollfd{-1, 0, 0}};
@@ -56,7 +56,7 @@ bool waitForHelper(int channel, PasswordAgent *agent)
         if (isAgentThere) {
             events[1] = agent->events();
         }
-        if (::poll(events.data(), events.size(), lookRound) < 0) {
+        if (::poll(events.data(), events.size(), pollInterval) < 0) {
             if (errno != EINTR) {
                 return true;
             }
@@ -72,7 +72,7 @@ bool waitForHelper(int channel, PasswordAgent *agent)
 // A helper that does not take its requests any more holds nobody up.
 void limitSending(int socket)
 {
-    const timeval limit{std::chrono::duration_cast<std::chrono::seconds>(longestToolStart).count(),
+    const timeval limit{std::chrono::duration_cast<std::chrono::seconds>(toolStartTimeout).count(),
                         0};
     ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
@@ -174,7 +174,7 @@ AuthorizationStatus Authorization::startHelper(PasswordAgent *agent)
     if (channel && errors) {
         error = spawnProgram({pkexecPath,
                               {pkexecPath, "--disable-internal-agent", helperPath().toStdString()},
-                              cleanEnvironment,
+                              cleanEnvironment(),
                               {channel->second.number(), nullDevice, errors->second.number()}},
                              &process);
     }
@@ -221,7 +221,7 @@ bool Authorization::isAlive() const
 
 // The helper's answer to a request that comes with this descriptor (negative: none); nothing, with
 // the reason in errno, where none has come. The authorisation is lost then.
-std::optional<std::int32_t> Authorization::answerTo(const std::vector<std::string> &request,
+std::optional<std::int32_t> Authorization::answerTo(const std::string &request,
                                                     int descriptor) const
 {
     auto reply = openPipe();
@@ -229,12 +229,11 @@ std::optional<std::int32_t> Authorization::answerTo(const std::vector<std::strin
         return errno;
     }
     const int pipe = reply->second.number();
-    const auto bytes = encodeToolRequest(request);
-    const bool isSent = descriptor < 0 ? sendPacket(m_socket.number(), bytes, {pipe})
-                                       : sendPacket(m_socket.number(), bytes, {pipe, descriptor});
+    const bool isSent = descriptor < 0 ? sendPacket(m_socket.number(), request, {pipe})
+                                       : sendPacket(m_socket.number(), request, {pipe, descriptor});
     reply->second.close();
     const auto answer =
-        isSent ? receiveToolReply(reply->first.number(), longestToolStart) : std::nullopt;
+        isSent ? receiveToolReply(reply->first.number(), toolStartTimeout) : std::nullopt;
     if (!answer) {
         m_isLost.store(true, std::memory_order_relaxed); // its end of the socket may close later
     }
@@ -249,7 +248,7 @@ Authorization::Tool Authorization::run(const QString &path, const QStringList &a
         texts.push_back(fileNameBytes(argument).toStdString());
     }
     const auto request = encodeToolRequest(texts);
-    if (request.size() > longestToolRequest) {
+    if (request.size() > maxToolRequest) {
         return failure(AuthorizationStatus::ToolExecuteFailure, path, text(std::strerror(E2BIG)));
     }
     if (!decodeToolRequest(request)) {
@@ -259,7 +258,7 @@ Authorization::Tool Authorization::run(const QString &path, const QStringList &a
     if (!stream) {
         return failure(AuthorizationStatus::ToolExecuteFailure, path, text(std::strerror(errno)));
     }
-    const auto answer = answerTo(texts, output == Output::Wanted ? stream->second.number() : -1);
+    const auto answer = answerTo(request, output == Output::Wanted ? stream->second.number() : -1);
     if (!answer) {
         return failure(AuthorizationStatus::Internal, path,
                        errno == ETIMEDOUT || errno == EAGAIN

@@ -14,7 +14,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace platform {
 
@@ -96,8 +95,7 @@ private:
 
     static QByteArray helperPath();
     AuthorizationStatus startHelper(PasswordAgent *agent);
-    std::optional<std::int32_t> answerTo(const std::vector<std::string> &request,
-                                         int descriptor) const;
+    std::optional<std::int32_t> answerTo(const std::string &request, int descriptor) const;
 
     Descriptor m_socket;
     mutable std::atomic<bool> m_isLost = false; // the helper has not answered a request

@@ -13,7 +13,6 @@
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/socket.h>
-#include <systemd/sd-bus.h>
 #include <unistd.h>
 
 #include <array>
@@ -31,8 +30,10 @@ constexpr const char *refusal = "org.freedesktop.PolicyKit1.Error.Failed";
 // polkit's own program for talking to PAM, setuid root.
 constexpr const char *pamHelper = "/usr/lib/polkit-1/polkit-agent-helper-1";
 
+constexpr std::chrono::seconds busTimeout{25}; // what D-Bus gives a call
+
 // How long PAM may be silent; a module in front of the password's may wait for a finger or a card.
-constexpr int longestSilence = 60 * 1000; // milliseconds
+constexpr std::chrono::milliseconds maxSilence{60'000};
 
 // Start time of this process in clock ticks after boot: field 22 of its stat file (proc(5)),
 // counted behind the name, which ends at the last parenthesis.
@@ -72,7 +73,7 @@ std::optional<QByteArray> receiveLine(int socket, QByteArray *pending)
             return line;
         }
         pollfd readable{socket, POLLIN, 0};
-        const int ready = ::poll(&readable, 1, longestSilence);
+        const int ready = ::poll(&readable, 1, static_cast<int>(maxSilence.count()));
         if (ready == 0 || (ready < 0 && errno != EINTR)) {
             return {};
         }
@@ -117,16 +118,6 @@ bool converse(int socket, const QByteArray &cookie, const QByteArray &user,
 
 } // namespace
 
-void PasswordAgent::BusDeleter::operator()(sd_bus *bus) const
-{
-    ::sd_bus_flush_close_unref(bus);
-}
-
-void PasswordAgent::SlotDeleter::operator()(sd_bus_slot *slot) const
-{
-    ::sd_bus_slot_unref(slot);
-}
-
 PasswordAgent::PasswordAgent(const QString &user, const QString &password)
     : m_user(user.toUtf8()), m_password(password.toUtf8())
 {
@@ -134,6 +125,9 @@ PasswordAgent::PasswordAgent(const QString &user, const QString &password)
 
 PasswordAgent::~PasswordAgent()
 {
+    if (::sd_bus_is_ready(m_bus.get()) > 0) {
+        ::sd_bus_flush(m_bus.get()); // else nothing was asked that could be answered
+    }
     // Nothing shares these bytes: they are only ever passed by reference.
     ::explicit_bzero(m_password.data(), static_cast<std::size_t>(m_password.size()));
 }
@@ -154,26 +148,18 @@ bool PasswordAgent::start(QString *error)
                       SD_BUS_VTABLE_UNPRIVILEGED),
         SD_BUS_VTABLE_END,
     }};
-    sd_bus *bus = nullptr;
-    sd_bus_slot *object = nullptr;
     sd_bus_message *reply = nullptr;
     sd_bus_error failure = SD_BUS_ERROR_NULL;
     const char *owner = nullptr;
     // Not sd_bus_open_system(), which the environment can lead elsewhere.
-    int result = ::sd_bus_new(&bus);
-    m_bus.reset(bus);
+    int result =
+        m_bus.open("unix:path=/run/dbus/system_bus_socket", BusConnection::Kind::MessageBus,
+                   std::chrono::steady_clock::now() + busTimeout);
+    auto *bus = m_bus.get();
     if (result >= 0) {
-        ::sd_bus_set_bus_client(bus, 1);
-        result = ::sd_bus_set_address(bus, "unix:path=/run/dbus/system_bus_socket");
-    }
-    if (result >= 0) {
-        result = ::sd_bus_start(bus);
-    }
-    if (result >= 0) {
-        result = ::sd_bus_add_object_vtable(bus, &object, objectPath,
+        result = ::sd_bus_add_object_vtable(bus, nullptr, objectPath,
                                             "org.freedesktop.PolicyKit1.AuthenticationAgent",
                                             methods.data(), this);
-        m_object.reset(object);
     }
     if (result >= 0) {
         result = ::sd_bus_call_method(
@@ -279,7 +265,7 @@ bool PasswordAgent::authenticate(const QByteArray &cookie) const
     pid_t process = -1;
     if (!ends || spawnProgram({pamHelper,
                                {pamHelper, m_user.toStdString()},
-                               cleanEnvironment,
+                               cleanEnvironment(),
                                {ends->second.number(), ends->second.number(), nullDevice}},
                               &process) != 0) {
         return false;

@@ -2,16 +2,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Platform/Core/Notifications/BusConnection.h"
+
 #include <QByteArray>
 #include <QString>
 
 #include <poll.h>
-
-#include <memory>
-
-struct sd_bus;
-struct sd_bus_message;
-struct sd_bus_slot;
 
 namespace platform {
 
@@ -34,24 +30,15 @@ public:
     bool takeEvents();
 
 private:
-    struct BusDeleter {
-        void operator()(sd_bus *bus) const;
-    };
-    struct SlotDeleter {
-        void operator()(sd_bus_slot *slot) const;
-    };
-
     int answer(sd_bus_message *message) const;
     bool mayAnswer(sd_bus_message *message, QByteArray *cookie) const;
     bool isAmongIdentities(sd_bus_message *message) const;
     bool authenticate(const QByteArray &cookie) const;
 
     QByteArray m_user;
-    QByteArray
-        m_password; // the one copy of it, wiped at the end; the caller's text is the caller's
+    QByteArray m_password;  // the only copy but the caller's; wiped at the end
     QByteArray m_authority; // the bus name of polkit, which alone may ask
-    std::unique_ptr<sd_bus, BusDeleter> m_bus;
-    std::unique_ptr<sd_bus_slot, SlotDeleter> m_object;
+    BusConnection m_bus;
 };
 
 } // namespace platform

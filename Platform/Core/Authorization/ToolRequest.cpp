@@ -14,11 +14,11 @@
 namespace platform {
 namespace {
 
-constexpr std::size_t mostDescriptors = 4;
+constexpr std::size_t maxDescriptors = 4;
 
 union ControlBuffer {
     cmsghdr alignment;
-    std::array<char, CMSG_SPACE(sizeof(int) * mostDescriptors) + CMSG_SPACE(sizeof(ucred))> bytes;
+    std::array<char, CMSG_SPACE(sizeof(int) * maxDescriptors) + CMSG_SPACE(sizeof(ucred))> bytes;
 };
 
 void appendNumber(std::string &bytes, std::size_t number)
@@ -131,7 +131,7 @@ bool sendPacket(int socket, std::string_view bytes, std::initializer_list<int> d
 std::optional<Packet> receivePacket(int socket)
 {
     Packet packet;
-    packet.bytes.resize(longestToolRequest);
+    packet.bytes.resize(maxToolRequest);
     iovec part{packet.bytes.data(), packet.bytes.size()};
     ControlBuffer control{};
     msghdr message{};

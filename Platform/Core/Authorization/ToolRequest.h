@@ -20,14 +20,14 @@
 namespace platform {
 
 // Bytes of one request.
-constexpr std::size_t longestToolRequest = 128UL * 1024;
+constexpr std::size_t maxToolRequest = 128UL * 1024;
 
-// First word of the helper, in a packet with one descriptor: the socket that takes the requests. A
-// parent hands that socket down to a child by the same packet.
+// The helper's first packet, with one descriptor: the socket that takes the requests. A parent
+// hands that socket down to a child by the same packet.
 constexpr std::string_view toolGreeting = "authorization-helper 2";
 
 // How long the helper may take to start a tool, as long as a command may run elsewhere.
-constexpr std::chrono::milliseconds longestToolStart{10'000};
+constexpr std::chrono::milliseconds toolStartTimeout{10'000};
 
 // A request is the path of a tool and its arguments: their number, then each with its length in
 // front, all numbers of 32 bits in the machine's order. None at all asks only whether the helper is
@@ -53,7 +53,7 @@ std::optional<Packet> receivePacket(int socket);
 // Waits no longer than that for something to read or the end of the connection.
 bool becomesReadable(int descriptor, std::chrono::milliseconds limit);
 
-// Waits for the helper's word that a request has been carried out: 0 or the system's error number.
+// Waits for the helper's answer to a request: 0 or the system's error number.
 // Nothing when the helper is gone, or has not answered within the limit (errno is ETIMEDOUT then).
 std::optional<std::int32_t> receiveToolReply(int pipe, std::chrono::milliseconds limit);
 

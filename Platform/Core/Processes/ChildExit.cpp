@@ -30,7 +30,7 @@ int waitFor(pid_t child, siginfo_t &end, int options)
 } // namespace
 
 // Under the lock. Reaps the child unless somebody waits for it.
-void ChildExit::look()
+void ChildExit::update()
 {
     const bool reaps = !m_hasWaiter;
     if (m_reaped || (m_ended && !reaps)) {
@@ -51,7 +51,7 @@ void ChildExit::look()
 bool ChildExit::hasEnded()
 {
     const std::lock_guard lock(m_mutex);
-    look();
+    update();
     return m_ended;
 }
 
@@ -75,7 +75,7 @@ void ChildExit::wait()
         waitFor(m_child, end, WEXITED | WNOWAIT);
         lock.lock();
         m_hasWaiter = false;
-        look();
+        update();
         m_waiterDone.notify_all();
     }
 }
@@ -93,7 +93,7 @@ void ChildExit::waitAndPumpEvents()
 void ChildExit::signal(int number)
 {
     const std::lock_guard lock(m_mutex);
-    look();
+    update();
     if (!m_ended) {
         ::kill(m_child, number);
     }

@@ -40,7 +40,7 @@ public:
     void reapInBackground();
 
 private:
-    void look();
+    void update();
 
     const pid_t m_child;
     std::mutex m_mutex;

@@ -13,7 +13,7 @@
 namespace platform {
 namespace {
 
-constexpr int largestPiece = 1 << 16;
+constexpr int maxPiece = 1 << 16;
 
 Exception systemFailure(int error)
 {
@@ -52,7 +52,7 @@ QByteArray PipeReader::readAvailable()
         m_pipe.close();
         return {""};
     }
-    QByteArray piece(largestPiece, Qt::Uninitialized);
+    QByteArray piece(maxPiece, Qt::Uninitialized);
     ssize_t size = 0;
     do {
         size = ::read(m_pipe.number(), piece.data(), static_cast<std::size_t>(piece.size()));

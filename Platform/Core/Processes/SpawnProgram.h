@@ -27,8 +27,10 @@ struct Program {
 };
 
 // What a program of the system gets that must not take anything over from ours.
-const std::vector<std::string> cleanEnvironment{"PATH=/usr/sbin:/usr/bin:/sbin:/bin",
-                                                "LANG=C.UTF-8"};
+inline std::vector<std::string> cleanEnvironment()
+{
+    return {"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LANG=C.UTF-8"};
+}
 
 // Starts the program without any other descriptor of ours and with no signal blocked or ignored.
 // 0, or the system's error number.

@@ -301,14 +301,15 @@ void ZQTaskExAsyncTest::aPackageIsNotRefusedButLaunched()
 
 void ZQTaskExAsyncTest::whatCannotBeLaunchedIsLoggedAsAnException()
 {
-    const auto runner = ZQTaskEx::create();
+    auto runner = ZQTaskEx::create();
+    const std::weak_ptr<ZQTaskEx> reader = runner;
     Calls calls;
     const auto message = text("Exception in -[ZQTaskEx launchAsyncTask]. "
                               "NSInvalidArgumentException - Exec format error.");
-    const auto threads = test::threads();
     test::TaskReports reports([&] {
         runner->asyncDataFromTask(test::fileThatIsNoProgram(), {}, calls.callback());
-        QTRY_VERIFY(test::threads() <= threads);
+        runner.reset();
+        QTRY_VERIFY(reader.expired()); // the reader's thread keeps it until it ends
     });
     QCOMPARE(reports.logged(), QStringList(message));
     QCOMPARE(reports.printed(), QStringList(message));

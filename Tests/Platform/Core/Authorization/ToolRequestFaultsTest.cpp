@@ -141,9 +141,9 @@ void ToolRequestFaultsTest::aReplyThatComesInPiecesIsWhole()
             QVERIFY(writeAll(pipe.theirs, reply(ENOENT) + reply(1)));
         },
         [&] {
-            return platform::receiveToolReply(pipe.ours.number(), platform::longestToolStart) ==
+            return platform::receiveToolReply(pipe.ours.number(), platform::toolStartTimeout) ==
                        ENOENT &&
-                   platform::receiveToolReply(pipe.ours.number(), platform::longestToolStart) == 1;
+                   platform::receiveToolReply(pipe.ours.number(), platform::toolStartTimeout) == 1;
         },
         [](bool isRight) { return isRight ? QString() : text("another reply"); });
 }
@@ -159,7 +159,7 @@ void ToolRequestFaultsTest::aReplyThatCannotBeReadOrEndsEarlyIsNone()
             QVERIFY(writeAll(pipe.theirs, reply(ENOENT)));
         },
         [&] {
-            received = platform::receiveToolReply(pipe.ours.number(), platform::longestToolStart);
+            received = platform::receiveToolReply(pipe.ours.number(), platform::toolStartTimeout);
             return received.has_value();
         },
         [&](bool isThere) {
@@ -169,7 +169,7 @@ void ToolRequestFaultsTest::aReplyThatCannotBeReadOrEndsEarlyIsNone()
         pipe = newPipe();
         QVERIFY(writeAll(pipe.theirs, reply(0).left(size)));
         pipe.theirs.close();
-        QVERIFY(!platform::receiveToolReply(pipe.ours.number(), platform::longestToolStart)
+        QVERIFY(!platform::receiveToolReply(pipe.ours.number(), platform::toolStartTimeout)
                      .has_value());
     }
 }
@@ -225,7 +225,7 @@ void ToolRequestFaultsTest::aProgramIsStartedOrTheReasonIsTold()
                 process = -1;
                 error = platform::spawnProgram({"/bin/true",
                                                 {"/bin/true"},
-                                                platform::cleanEnvironment,
+                                                platform::cleanEnvironment(),
                                                 {given.number(), given.number(), given.number()}},
                                                &process);
                 return process > 0;

@@ -150,11 +150,10 @@ void ToolRequestTest::descriptorsTravelWithTheirPacket()
 void ToolRequestTest::aPacketThatIsTooLongIsToldFromAWholeOne()
 {
     const auto ends = sockets();
-    QVERIFY(
-        platform::sendPacket(ends.first.number(), std::string(platform::longestToolRequest, 'x')));
+    QVERIFY(platform::sendPacket(ends.first.number(), std::string(platform::maxToolRequest, 'x')));
     QVERIFY(platform::receivePacket(ends.second.number())->isWhole);
-    QVERIFY(platform::sendPacket(ends.first.number(),
-                                 std::string(platform::longestToolRequest + 1, 'x')));
+    QVERIFY(
+        platform::sendPacket(ends.first.number(), std::string(platform::maxToolRequest + 1, 'x')));
     QVERIFY(!platform::receivePacket(ends.second.number())->isWhole);
 }
 

@@ -25,7 +25,7 @@ int start(const QByteArray &path, const QList<QByteArray> &arguments,
         words.push_back(argument.toStdString());
     }
     return platform::spawnProgram(
-        {path.toStdString(), std::move(words), platform::cleanEnvironment, streams}, process);
+        {path.toStdString(), std::move(words), platform::cleanEnvironment(), streams}, process);
 }
 
 // What the program writes to standard output; its end is waited for.
