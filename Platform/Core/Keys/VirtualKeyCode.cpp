@@ -66,7 +66,7 @@ std::optional<quint16> virtualKeyCode(quint32 evdevCode)
     default:
         break;
     }
-    const auto found = std::find(evdevCodes.begin(), evdevCodes.end(), evdevCode);
+    const auto *found = std::find(evdevCodes.begin(), evdevCodes.end(), evdevCode);
     return found == evdevCodes.end()
                ? std::nullopt
                : std::optional(static_cast<quint16>(found - evdevCodes.begin()));
