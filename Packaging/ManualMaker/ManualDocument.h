@@ -4,20 +4,22 @@
 
 #include <QTextDocument>
 
+#include <utility>
+
 class QPaintDevice;
 
 // A text in Markdown, set for paper: headings, tables, code, and pictures from a folder.
 class ManualDocument : public QTextDocument {
     Q_OBJECT
 public:
-    explicit ManualDocument(QString pictureFolder);
+    explicit ManualDocument(QString pictureFolder) : m_pictureFolder(std::move(pictureFolder)) {}
 
     // Takes the text. Null, or why it makes no manual, in words: it has no title, or a picture that
     // it shows cannot be read.
     QString take(const QString &markdown);
 
     // The text's first heading.
-    QString title() const { return m_title; }
+    QString title() const { return metaInformation(DocumentTitle); }
 
     // Sets the text in columns of this size, in the device's pixels. Headings stay with what
     // follows them, and tables, pictures and code stay whole where a page has room for them.
@@ -27,9 +29,6 @@ protected:
     QVariant loadResource(int type, const QUrl &name) override;
 
 private:
-    void limitPictures(qreal width);
-
     QString m_pictureFolder;
-    QString m_title;
     QString m_error;
 };

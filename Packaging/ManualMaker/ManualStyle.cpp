@@ -5,98 +5,18 @@
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
-#include <QTextList>
 #include <QTextTable>
 
-#include <array>
 #include <vector>
 
 namespace manualStyle {
 namespace {
 
-constexpr qreal bodySize = 9.5; // points, as are all sizes of fonts
-constexpr qreal codeSize = 8.5;
+constexpr qreal bodySize = 9.5; // points
+constexpr qreal codeSize = 8.5; // points
 constexpr qreal paragraphGap = 8;
-constexpr qreal lineHeight = 125; // per cent
-constexpr qreal cellBorder = 0.75;
-constexpr qreal listIndent = 22;
-
-struct HeadingLook {
-    qreal size;
-    qreal above;
-    qreal below;
-};
-constexpr std::array<HeadingLook, 3> headings{{{23, 0, 10}, {14.5, 24, 7}, {11, 16, 5}}};
-
-const HeadingLook &lookOfHeading(int level)
-{
-    return headings.at(static_cast<std::size_t>(qBound(1, level, 3) - 1));
-}
-
-QStringList codeFamilies()
-{
-    return {QStringLiteral("DejaVu Sans Mono"), QStringLiteral("monospace")};
-}
-
-struct Part {
-    int begin;
-    int end;
-    QTextCharFormat format;
-};
-
-void styleCharacters(QTextDocument &document, const QTextBlock &block)
-{
-    // Setting the format of one part makes new parts of the others.
-    std::vector<Part> parts;
-    for (auto part = block.begin(); !part.atEnd(); ++part) {
-        const auto fragment = part.fragment();
-        parts.push_back(
-            {fragment.position(), fragment.position() + fragment.length(), fragment.charFormat()});
-    }
-    const int level = block.blockFormat().headingLevel();
-    for (auto &[begin, end, format] : parts) {
-        if (format.isImageFormat()) {
-            continue;
-        }
-        // Nothing else has a font of its own.
-        const bool isCode = format.hasProperty(QTextFormat::FontFamilies) ||
-                            format.hasProperty(QTextFormat::FontFamily);
-        format.clearProperty(QTextFormat::FontSizeAdjustment);
-        format.clearProperty(QTextFormat::FontPixelSize);
-        format.clearProperty(QTextFormat::FontFamily);
-        format.setFontFamilies(isCode ? codeFamilies() : bodyFont().families());
-        format.setFontPointSize(level > 0 ? lookOfHeading(level).size
-                                : isCode  ? codeSize
-                                          : bodySize);
-        if (level > 0) {
-            format.setFontWeight(QFont::Bold);
-            format.setForeground(QColor(accent));
-        } else if (format.isAnchor()) {
-            format.setForeground(QColor(accent));
-            format.setFontUnderline(false);
-        }
-        QTextCursor cursor(&document);
-        cursor.setPosition(begin);
-        cursor.setPosition(end, QTextCursor::KeepAnchor);
-        cursor.setCharFormat(format);
-    }
-}
-
-bool isCode(const QTextBlock &block)
-{
-    return block.isValid() && (block.blockFormat().hasProperty(QTextFormat::BlockCodeFence) ||
-                               block.blockFormat().hasProperty(QTextFormat::BlockCodeLanguage));
-}
-
-bool hasPicture(const QTextBlock &block)
-{
-    for (auto part = block.begin(); !part.atEnd(); ++part) {
-        if (part.fragment().charFormat().isImageFormat()) {
-            return true;
-        }
-    }
-    return false;
-}
+constexpr qreal tableBorder = 0.75;
+constexpr int lineHeight = 125; // per cent
 
 // The reader of Markdown leaves an empty line after code.
 void removeEmptyCode(QTextDocument &document)
@@ -110,74 +30,82 @@ void removeEmptyCode(QTextDocument &document)
     }
 }
 
-void styleBlock(const QTextBlock &block, bool inTable)
+// The reader of Markdown gives a font to code alone.
+std::vector<QTextCursor> codeIn(const QTextBlock &block)
 {
-    auto format = block.blockFormat();
-    const int level = format.headingLevel();
-    const bool code = isCode(block);
-    format.setTopMargin(0);
-    format.setBottomMargin(inTable ? 0 : paragraphGap);
-    if (level > 0) {
-        format.setTopMargin(lookOfHeading(level).above);
-        format.setBottomMargin(lookOfHeading(level).below);
-    } else if (code) {
-        format.setBackground(QColor(shade));
-        format.setLeftMargin(12);
-        format.setBottomMargin(isCode(block.next()) ? 0 : paragraphGap);
-        format.setLineHeight(lineHeight, QTextBlockFormat::ProportionalHeight);
-    } else if (!hasPicture(block)) {
-        format.setLineHeight(lineHeight, QTextBlockFormat::ProportionalHeight);
-        if (block.textList() != nullptr) {
-            format.setBottomMargin(block.next().textList() != nullptr ? 3 : paragraphGap);
+    std::vector<QTextCursor> found;
+    for (auto part = block.begin(); !part.atEnd(); ++part) {
+        const auto fragment = part.fragment();
+        if (fragment.charFormat().hasProperty(QTextFormat::FontFamilies) ||
+            fragment.charFormat().hasProperty(QTextFormat::FontFamily)) {
+            auto &cursor = found.emplace_back(block);
+            cursor.setPosition(fragment.position());
+            cursor.setPosition(fragment.position() + fragment.length(), QTextCursor::KeepAnchor);
         }
     }
-    QTextCursor(block).setBlockFormat(format);
+    return found;
 }
 
-void makeBold(const QTextTableCell &cell)
+// Whether this and the next paragraph are entries of a list or lines of code.
+bool goesOn(const QTextBlock &block)
 {
-    auto cursor = cell.firstCursorPosition();
-    cursor.setPosition(cell.lastCursorPosition().position(), QTextCursor::KeepAnchor);
-    QTextCharFormat bold;
-    bold.setFontWeight(QFont::Bold);
-    cursor.mergeCharFormat(bold);
+    return isCode(block) ? isCode(block.next())
+                         : block.textList() != nullptr && block.next().textList() != nullptr;
 }
 
-void styleCell(QTextTableCell cell)
+void styleBlock(const QTextBlock &block)
 {
-    auto format = cell.format().toTableCellFormat();
-    format.setBorder(cellBorder);
-    format.setBorderStyle(QTextFrameFormat::BorderStyle_Solid);
-    format.setBorderBrush(QColor(line));
-    format.setTopPadding(3);
-    format.setBottomPadding(4);
-    format.setLeftPadding(6);
-    format.setRightPadding(6);
-    if (cell.row() == 0) {
-        format.setBackground(QColor(shade));
-        makeBold(cell);
+    QTextBlockFormat format;
+    QTextCursor cursor(block);
+    const bool inTable = cursor.currentTable() != nullptr;
+    format.setTopMargin(0);
+    format.setBottomMargin(inTable ? 0 : goesOn(block) ? (isCode(block) ? 0 : 3) : paragraphGap);
+    if (const int level = block.blockFormat().headingLevel(); level > 0) {
+        format.setTopMargin(level == 1 ? 0 : 24 - 8 * (level - 2));
+        QTextCharFormat letters;
+        letters.setForeground(QColor(accent));
+        cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+        cursor.mergeCharFormat(letters);
+    } else if (block.text() != QChar(QChar::ObjectReplacementCharacter)) { // a picture
+        format.setLineHeight(lineHeight, QTextBlockFormat::ProportionalHeight);
     }
-    cell.setFormat(format);
+    if (isCode(block)) {
+        format.setBackground(QColor(shade));
+        format.setLeftMargin(12);
+    }
+    cursor.mergeBlockFormat(format);
+    for (auto &code : codeIn(block)) {
+        QTextCharFormat letters;
+        letters.setFontFamilies({QStringLiteral("DejaVu Sans Mono"), QStringLiteral("monospace")});
+        letters.setFontPointSize(codeSize);
+        letters.setFontWeight(code.charFormat().fontWeight());
+        code.setCharFormat(letters);
+    }
 }
 
 void styleTable(QTextTable &table)
 {
     auto format = table.format();
     format.setWidth(QTextLength(QTextLength::PercentageLength, 100));
-    // The borders of the cells, each drawn once.
-    format.setBorder(cellBorder);
+    format.setBorder(tableBorder);
     format.setBorderStyle(QTextFrameFormat::BorderStyle_Solid);
     format.setBorderBrush(QColor(line));
     format.setBorderCollapse(true);
     format.setCellSpacing(0);
-    format.setTopMargin(2);
-    format.setBottomMargin(paragraphGap + 2);
+    format.setBottomMargin(paragraphGap);
     format.setHeaderRowCount(1);
     table.setFormat(format);
-    for (int row = 0; row < table.rows(); ++row) {
-        for (int column = 0; column < table.columns(); ++column) {
-            styleCell(table.cellAt(row, column));
+    for (auto cell = table.cellAt(0, 0); cell.isValid();
+         cell = table.cellAt(cell.lastPosition() + 1)) {
+        auto look = cell.format().toTableCellFormat();
+        look.setBorder(tableBorder);
+        look.setBorderStyle(QTextFrameFormat::BorderStyle_Solid);
+        look.setBorderBrush(QColor(line));
+        look.setPadding(4);
+        if (cell.row() == 0) {
+            look.setBackground(QColor(shade));
         }
+        cell.setFormat(look);
     }
 }
 
@@ -193,13 +121,20 @@ QFont bodyFont()
     return font;
 }
 
+bool isCode(const QTextBlock &block)
+{
+    return block.blockFormat().hasProperty(QTextFormat::BlockCodeFence) ||
+           block.blockFormat().hasProperty(QTextFormat::BlockCodeLanguage);
+}
+
 void apply(QTextDocument &document)
 {
-    document.setIndentWidth(listIndent);
+    document.setDefaultFont(bodyFont());
+    document.setDocumentMargin(0);
+    document.setIndentWidth(22);
     removeEmptyCode(document);
     for (auto block = document.begin(); block.isValid(); block = block.next()) {
-        styleCharacters(document, block);
-        styleBlock(block, QTextCursor(block).currentTable() != nullptr);
+        styleBlock(block);
     }
     for (auto *frame : document.rootFrame()->childFrames()) {
         if (auto *table = qobject_cast<QTextTable *>(frame)) {

@@ -4,17 +4,16 @@
 
 #include <QColor>
 #include <QFont>
+#include <QMarginsF>
 
+class QTextBlock;
 class QTextDocument;
 
-// How a manual looks: fonts, colours and distances, which are counted in parts of an inch.
+// How a manual looks. Distances are counted in 96ths of an inch.
 namespace manualStyle {
 
-constexpr qreal distancesPerInch = 96;
-
-// A picture's pixels, taken at scale 2, as distances; windows are shown a little smaller than on a
-// screen, because paper is held nearer.
-constexpr qreal pictureScale = 0.5 * 0.8;
+constexpr QMarginsF margins(22, 20, 22, 24);                        // millimetres
+constexpr qreal textWidth = 210 - margins.left() - margins.right(); // millimetres, on A4
 
 constexpr QRgb accent = qRgb(0x1f, 0x4e, 0x79);
 constexpr QRgb quiet = qRgb(0x60, 0x60, 0x60);
@@ -23,7 +22,10 @@ constexpr QRgb shade = qRgb(0xf1, 0xf4, 0xf7);
 
 QFont bodyFont();
 
-// Gives every paragraph, heading, table and piece of code its look, whatever it had.
+// Whether the paragraph is a line of a block of code.
+bool isCode(const QTextBlock &block);
+
+// Gives the paragraphs, tables and code of a text that was read as Markdown their look.
 void apply(QTextDocument &document);
 
 } // namespace manualStyle

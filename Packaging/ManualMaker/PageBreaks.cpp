@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Packaging/ManualMaker/PageBreaks.h"
 
+#include "Packaging/ManualMaker/ManualStyle.h"
+
 #include <QAbstractTextDocumentLayout>
 #include <QTextBlock>
 #include <QTextCursor>
@@ -9,99 +11,70 @@
 #include <QTextLayout>
 #include <QTextTable>
 
-#include <vector>
+#include <cmath>
 
 namespace pageBreaks {
 namespace {
 
-// A paragraph or a table, as they stand one below the other.
-struct Item {
-    QTextBlock first;
-    QTextBlock last;
-    QTextTable *table = nullptr;
-};
-
-std::vector<Item> itemsOf(const QTextDocument &document)
+QTextTable *tableAround(const QTextBlock &block)
 {
-    std::vector<Item> items;
-    for (auto part = document.rootFrame()->begin(); !part.atEnd(); ++part) {
-        if (auto *table = qobject_cast<QTextTable *>(part.currentFrame())) {
-            items.push_back(
-                {table->firstCursorPosition().block(), table->lastCursorPosition().block(), table});
-        } else if (part.currentBlock().isValid()) {
-            items.push_back({part.currentBlock(), part.currentBlock(), nullptr});
-        }
+    return QTextCursor(block).currentTable();
+}
+
+bool staysWithNext(const QTextBlock &block)
+{
+    const auto next = block.next();
+    if (auto *table = tableAround(block)) {
+        return table == tableAround(next);
     }
-    return items;
+    return block.blockFormat().headingLevel() > 0 ||
+           block.text().trimmed().endsWith(QLatin1Char(':')) ||
+           (manualStyle::isCode(block) && manualStyle::isCode(next));
 }
 
-bool isCode(const Item &item)
+// Of the line that holds this character, from the beginning of the document.
+qreal topOfLine(const QTextBlock &block, int character)
 {
-    return item.table == nullptr &&
-           (item.first.blockFormat().hasProperty(QTextFormat::BlockCodeFence) ||
-            item.first.blockFormat().hasProperty(QTextFormat::BlockCodeLanguage));
+    return block.document()->documentLayout()->blockBoundingRect(block).top() +
+           block.layout()->lineForTextPosition(character).y();
 }
 
-bool staysWithNext(const Item &item, const Item &next)
-{
-    return item.table == nullptr && (item.first.blockFormat().headingLevel() > 0 ||
-                                     item.first.text().trimmed().endsWith(QLatin1Char(':')) ||
-                                     (isCode(item) && isCode(next)));
-}
-
-// Of the first or the last line, from the beginning of the document.
-qreal topOfLine(const QTextBlock &block, bool last)
-{
-    const auto box = block.document()->documentLayout()->blockBoundingRect(block);
-    const auto *layout = block.layout();
-    if (layout->lineCount() == 0) {
-        return box.top();
-    }
-    return box.top() + layout->lineAt(last ? layout->lineCount() - 1 : 0).y();
-}
-
-int pageAt(const QTextDocument &document, qreal y)
+bool isTorn(const QTextBlock &first, const QTextBlock &last)
 {
     constexpr qreal rounding = 2; // the layout counts in parts of a dot
-    return static_cast<int>((y + rounding) / document.pageSize().height());
+    const qreal page = first.document()->pageSize().height();
+    const qreal top = topOfLine(first, 0) + rounding;
+    const qreal bottom = topOfLine(last, last.length() - 1) + rounding;
+    return std::floor(top / page) != std::floor(bottom / page) && bottom - top < page;
 }
 
-void beginPageAt(const Item &item)
+void beginPageAt(const QTextBlock &block)
 {
-    if (item.table != nullptr) {
-        auto format = item.table->format();
+    if (auto *table = tableAround(block)) {
+        auto format = table->format();
         format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
-        item.table->setFormat(format);
+        table->setFormat(format);
         return;
     }
-    auto format = item.first.blockFormat();
+    QTextBlockFormat format;
     format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
-    QTextCursor(item.first).setBlockFormat(format);
-}
-
-bool isTorn(const QTextDocument &document, const Item &first, const Item &last)
-{
-    const qreal top = topOfLine(first.first, false);
-    const qreal bottom = topOfLine(last.last, true);
-    return pageAt(document, top) != pageAt(document, bottom) &&
-           bottom - top < document.pageSize().height();
+    QTextCursor(block).mergeBlockFormat(format);
 }
 
 } // namespace
 
 void improve(QTextDocument &document)
 {
-    const auto items = itemsOf(document);
-    for (std::size_t begin = 0; begin < items.size();) {
-        std::size_t end = begin;
-        while (end + 1 < items.size() && staysWithNext(items[end], items[end + 1])) {
-            ++end;
+    for (auto first = document.begin(); first.isValid();) {
+        auto last = first;
+        while (last.next().isValid() && staysWithNext(last)) {
+            last = last.next();
         }
         document.documentLayout()->documentSize(); // lays out what has moved
-        if (isTorn(document, items[begin], items[end])) {
-            beginPageAt(items[begin]);
+        if (isTorn(first, last)) {
+            beginPageAt(first);
         }
-        begin = end + 1;
+        first = last.next();
     }
 }
 
