@@ -12,37 +12,25 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstring>
-#include <string>
-#include <string_view>
+#include <vector>
 
 namespace platform {
 namespace {
 
-constexpr std::uint32_t bytesAsCharacters = 0x110000; // behind the last Unicode character
+constexpr auto none = std::u32string::npos;
 
-// Takes the character at the place; there must be one.
-std::uint32_t takeCharacter(const char *&at, const char *end)
+// A byte that is no UTF-8 is the lone surrogate that stands for it.
+std::u32string charactersOf(const QByteArray &name)
 {
-    const auto byteAt = [&](std::ptrdiff_t i) -> std::uint32_t {
-        return i < end - at ? static_cast<unsigned char>(at[i]) : 0U; // NOLINT
-    };
-    const auto first = byteAt(0);
-    if (first < 0x80U) {
-        ++at;
-        return first;
+    const auto text = fileNameFromBytes(name);
+    std::u32string characters;
+    for (auto at = text.begin(); at != text.end(); ++at) {
+        const auto next = at + 1;
+        const auto isPair = at->isHighSurrogate() && next != text.end() && next->isLowSurrogate();
+        characters += isPair ? QChar::surrogateToUcs4(*at, *next) : at->unicode();
+        at = isPair ? next : at;
     }
-    const std::ptrdiff_t size = first < 0xE0U ? 2 : first < 0xF0U ? 3 : 4;
-    auto character = first & (0x7FU >> static_cast<unsigned>(size));
-    auto isWhole = first >= 0xC2U && first <= 0xF4U;
-    for (std::ptrdiff_t i = 1; isWhole && i < size; ++i) {
-        isWhole = (byteAt(i) & 0xC0U) == 0x80U;
-        character = character << 6U | (byteAt(i) & 0x3FU);
-    }
-    isWhole = isWhole && (character < 0xD800U || character >= 0xE000U) && character <= 0x10FFFFU &&
-              !(size == 3 && character < 0x800U) && !(size == 4 && character < 0x10000U);
-    at += isWhole ? size : 1;
-    return isWhole ? character : bytesAsCharacters + first;
+    return characters;
 }
 
 // Whether what the entry of a folder leads to exists; only a link may lead nowhere.
@@ -53,152 +41,58 @@ bool leadsSomewhere(int folder, const FolderEntries &entries)
            ::fstatat(folder, entries.name(), &status, 0) == 0;
 }
 
-// Without a second piece of memory for the names that are the usual ones.
-QStringList pathsOf(const QString &folder, const std::vector<std::string_view> &names)
-{
-    const auto start = folder.endsWith(u'/') ? folder : folder + u'/';
-    QStringList paths;
-    paths.reserve(static_cast<int>(names.size()));
-    for (const auto name : names) {
-        const auto size = static_cast<int>(name.size());
-        const auto isAscii = std::all_of(name.begin(), name.end(), [](char byte) {
-            return static_cast<unsigned char>(byte) < 0x80U;
-        });
-        QString path;
-        path.reserve(start.size() + size);
-        path += start;
-        if (isAscii) {
-            path += QLatin1String(name.data(), size);
-        } else {
-            path += fileNameFromBytes(QByteArray(name.data(), size));
-        }
-        paths << path;
-    }
-    return paths;
-}
-
 } // namespace
 
-NamePattern::NamePattern(const QByteArray &pattern)
-{
-    const auto *at = pattern.constData();
-    const auto *const end = at + pattern.size();
-    while (at != end) {
-        const auto *const start = at;
-        const auto character = takeCharacter(at, end);
-        using Kind = Part::Kind;
-        if (character == U'*') {
-            if (m_parts.empty() || m_parts.back().kind != Kind::AnyRun) {
-                m_parts.push_back({Kind::AnyRun, {}, false, {}});
-            }
-        } else if (character == U'?') {
-            m_parts.push_back({Kind::AnyOne, {}, false, {}});
-        } else if (character != U'[' || !takeSet(at, end)) {
-            if (m_parts.empty() || m_parts.back().kind != Kind::Literal) {
-                m_parts.push_back({});
-            }
-            m_parts.back().bytes += QByteArray(start, static_cast<int>(at - start));
-        }
-    }
-    for (const auto &part : m_parts) {
-        m_fewest += part.kind == Part::Kind::Literal  ? static_cast<std::size_t>(part.bytes.size())
-                    : part.kind == Part::Kind::AnyRun ? 0
-                                                      : 1;
-    }
-}
+NamePattern::NamePattern(const QByteArray &pattern) : m_pattern(charactersOf(pattern)) {}
 
-// What stands behind the bracket; false, and nothing is taken, where that is never closed.
-bool NamePattern::takeSet(const char *&at, const char *end)
+// Where the part of the pattern that stands for one character ends; none where it does not stand
+// for this one.
+std::size_t NamePattern::behindPart(std::size_t at, char32_t character) const
 {
-    Part set{Part::Kind::Set, {}, false, {}};
-    const auto *next = at;
-    if (next != end && (*next == '!' || *next == '^')) {
-        set.isNegated = true;
-        ++next;
-    }
+    const auto size = m_pattern.size();
     // A bracket right at the start belongs to the set.
-    for (auto isFirst = true; next != end && (*next != ']' || isFirst); isFirst = false) {
-        const auto first = takeCharacter(next, end);
-        auto last = first;
-        if (end - next >= 2 && *next == '-' && next[1] != ']') { // NOLINT(*-pointer-arithmetic)
-            ++next;
-            last = takeCharacter(next, end);
+    const auto isNegated =
+        at + 1 < size && (m_pattern[at + 1] == U'!' || m_pattern[at + 1] == U'^');
+    const auto start = at + (isNegated ? 2 : 1);
+    if (m_pattern[at] != U'[' || m_pattern.find(U']', start + 1) == none) {
+        return m_pattern[at] == U'?' || m_pattern[at] == character ? at + 1 : none;
+    }
+    auto isListed = false;
+    auto next = start;
+    for (; next == start || m_pattern[next] != U']'; ++next) {
+        const auto first = m_pattern[next];
+        if (next + 2 < size && m_pattern[next + 1] == U'-' && m_pattern[next + 2] != U']') {
+            next += 2;
         }
-        set.ranges.push_back({first, last});
+        isListed = isListed || (first <= character && character <= m_pattern[next]);
     }
-    if (next == end) {
-        return false;
-    }
-    at = next + 1; // NOLINT(*-pointer-arithmetic)
-    m_parts.push_back(std::move(set));
-    return true;
-}
-
-bool NamePattern::isIn(const Part &set, std::uint32_t character)
-{
-    const auto isListed =
-        std::any_of(set.ranges.begin(), set.ranges.end(), [&](const Part::Range &range) {
-            return range.first <= character && character <= range.last;
-        });
-    return isListed != set.isNegated;
-}
-
-// Takes what a part other than a run stands for.
-bool NamePattern::step(const Part &part, const char *&at, const char *end)
-{
-    if (part.kind == Part::Kind::Literal) {
-        const auto size = static_cast<std::size_t>(part.bytes.size());
-        if (static_cast<std::size_t>(end - at) < size ||
-            std::memcmp(at, part.bytes.constData(), size) != 0) {
-            return false;
-        }
-        at += size; // NOLINT(*-pointer-arithmetic)
-        return true;
-    }
-    if (at == end) {
-        return false;
-    }
-    const auto character = takeCharacter(at, end);
-    return part.kind == Part::Kind::AnyOne || isIn(part, character);
+    return isListed != isNegated ? next + 1 : none;
 }
 
 bool NamePattern::matches(const char *name, std::size_t size) const
 {
-    if (size < m_fewest) {
-        return false;
-    }
-    const auto *at = name;
-    const auto *const end = name + size; // NOLINT(*-pointer-arithmetic)
-    auto part = m_parts.begin();
-    // Where the last run began; it takes one more character whenever what follows does not fit.
-    auto runEnd = m_parts.end();
-    const char *runAt = nullptr;
-    for (;;) {
-        if (part != m_parts.end() && part->kind == Part::Kind::AnyRun) {
-            runEnd = ++part;
-            runAt = at;
-            if (part == m_parts.end()) {
-                return true;
-            }
-            if (part + 1 == m_parts.end() && part->kind == Part::Kind::Literal) {
-                // The usual "*.log".
-                const auto *tail = end - part->bytes.size(); // NOLINT(*-pointer-arithmetic)
-                return tail >= at && step(*part, tail, end);
-            }
-        } else if (part == m_parts.end() ? at == end : step(*part, at, end)) {
-            if (part == m_parts.end()) {
-                return true;
-            }
-            ++part;
+    const auto characters = charactersOf(QByteArray(name, static_cast<int>(size)));
+    std::size_t part = 0;
+    // Behind the last run; it takes one more character whenever what follows does not fit.
+    auto afterRun = none;
+    std::size_t runEnd = 0;
+    for (std::size_t at = 0; at < characters.size();) {
+        if (part < m_pattern.size() && m_pattern[part] == U'*') {
+            afterRun = ++part;
+            runEnd = at;
+            continue;
+        }
+        part = part < m_pattern.size() ? behindPart(part, characters[at]) : none;
+        if (part != none) {
+            ++at;
+        } else if (afterRun != none) {
+            part = afterRun;
+            at = ++runEnd;
         } else {
-            if (runAt == nullptr || runAt == end) {
-                return false;
-            }
-            takeCharacter(runAt, end);
-            at = runAt;
-            part = runEnd;
+            return false;
         }
     }
+    return m_pattern.find_first_not_of(U'*', part) == none;
 }
 
 QStringList itemsInFolderMatching(const QString &folder, const QString &pattern)
@@ -209,33 +103,26 @@ QStringList itemsInFolderMatching(const QString &folder, const QString &pattern)
     }
     const Descriptor opened(
         retried([&] { return ::open(bytes.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (!opened.isOpen()) {
-        return {};
-    }
     const NamePattern matcher(fileNameBytes(pattern));
-    // All names in one piece: there may be very many.
-    std::string all;
-    std::vector<std::size_t> ends;
+    std::vector<QByteArray> names;
     FolderEntries entries(opened.number());
     while (entries.next()) {
-        const auto size = std::strlen(entries.name());
-        if (matcher.matches(entries.name(), size) && leadsSomewhere(opened.number(), entries)) {
-            all.append(entries.name(), size);
-            ends.push_back(all.size());
+        const QByteArray name(entries.name());
+        if (matcher.matches(name.constData(), static_cast<std::size_t>(name.size())) &&
+            leadsSomewhere(opened.number(), entries)) {
+            names.push_back(name);
         }
     }
     if (entries.error() != 0) {
         return {};
     }
-    std::vector<std::string_view> names;
-    names.reserve(ends.size());
-    std::size_t start = 0;
-    for (const auto end : ends) {
-        names.push_back(std::string_view(all).substr(start, end - start));
-        start = end;
-    }
     std::sort(names.begin(), names.end());
-    return pathsOf(folder, names);
+    const auto start = folder.endsWith(u'/') ? folder : folder + u'/';
+    QStringList paths;
+    for (const auto &name : names) {
+        paths << start + fileNameFromBytes(name);
+    }
+    return paths;
 }
 
 } // namespace platform

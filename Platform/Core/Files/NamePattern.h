@@ -3,10 +3,10 @@
 #pragma once
 
 #include <QByteArray>
-#include <QString>
+#include <QStringList>
 
-#include <cstdint>
-#include <vector>
+#include <cstddef>
+#include <string>
 
 namespace platform {
 
@@ -23,25 +23,9 @@ public:
     bool matches(const char *name, std::size_t size) const;
 
 private:
-    struct Part {
-        enum class Kind { Literal, AnyRun, AnyOne, Set };
-        struct Range {
-            std::uint32_t first;
-            std::uint32_t last;
-        };
+    std::size_t behindPart(std::size_t at, char32_t character) const;
 
-        Kind kind = Kind::Literal;
-        QByteArray bytes; // Literal
-        bool isNegated = false;
-        std::vector<Range> ranges; // Set
-    };
-
-    bool takeSet(const char *&at, const char *end);
-    static bool isIn(const Part &set, std::uint32_t character);
-    static bool step(const Part &part, const char *&at, const char *end);
-
-    std::vector<Part> m_parts;
-    std::size_t m_fewest = 0; // bytes of a name that matches
+    std::u32string m_pattern;
 };
 
 // The paths of a folder's items whose names match and which lead to something that exists, links
