@@ -4,6 +4,8 @@
 
 #include "Platform/Core/Basics/Descriptor.h"
 #include "Platform/Core/Basics/FileError.h"
+#include "Platform/Core/Basics/PlatformException.h"
+#include "Platform/Core/Files/ReadToEnd.h"
 #include "Platform/Core/Files/ReplaceableFile.h"
 #include "Platform/Core/Files/UnnamedFile.h"
 #include "Platform/Core/Text/FileName.h"
@@ -71,24 +73,10 @@ std::optional<QByteArray> contentsOfFile(const QString &path, qint64 maximumSize
         status.st_size > maximumSize) {
         return std::nullopt;
     }
-    // One byte more than the size, to meet the end at once; it may have grown or tell no size.
-    QByteArray contents(static_cast<int>(status.st_size) + 1, Qt::Uninitialized);
-    for (int size = 0;;) {
-        const auto count = retried([&] {
-            return ::read(file.number(), contents.data() + size,
-                          static_cast<std::size_t>(contents.size() - size));
-        });
-        if (count < 0 || size + count > maximumSize) {
-            return std::nullopt;
-        }
-        size += static_cast<int>(count);
-        if (count == 0) {
-            contents.truncate(size);
-            return contents;
-        }
-        if (size == contents.size()) {
-            contents.resize(size * 2);
-        }
+    try {
+        return readToEnd(file.number(), maximumSize);
+    } catch (const Exception &) {
+        return std::nullopt;
     }
 }
 
