@@ -2,13 +2,13 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Files/AppendFile.h"
 
+#include "Platform/Core/Files/WriteAll.h"
+
 #include <QFile>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <cerrno>
 
 namespace platform {
 
@@ -32,16 +32,9 @@ AppendFile::~AppendFile()
 
 AppendFile::Outcome AppendFile::append(const char *bytes, std::size_t size) const
 {
-    std::size_t written = 0;
-    while (written < size) {
-        const auto part = ::write(m_descriptor, bytes + written, size - written);
-        if (part > 0) {
-            written += static_cast<std::size_t>(part);
-        } else if (part == 0 || errno != EINTR) {
-            return {written, part == 0 ? ENOSPC : errno};
-        }
-    }
-    return {written, 0};
+    Outcome outcome{};
+    outcome.error = writeAll(m_descriptor, bytes, size, outcome.written);
+    return outcome;
 }
 
 void AppendFile::removeTail(std::size_t size) const

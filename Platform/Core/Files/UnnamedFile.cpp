@@ -5,6 +5,7 @@
 #include "Platform/Core/Basics/DescriptorPath.h"
 #include "Platform/Core/Basics/FileError.h"
 #include "Platform/Core/Files/ItemPlace.h"
+#include "Platform/Core/Files/WriteAll.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -59,15 +60,8 @@ int UnnamedFile::create(int folder, mode_t mode)
 
 int UnnamedFile::write(const char *data, std::size_t size) const
 {
-    while (size > 0) {
-        const auto count = retried([&] { return ::write(m_file.number(), data, size); });
-        if (count <= 0) {
-            return count < 0 ? errno : EIO;
-        }
-        data += count;
-        size -= static_cast<std::size_t>(count);
-    }
-    return 0;
+    std::size_t written = 0;
+    return writeAll(m_file.number(), data, size, written);
 }
 
 int UnnamedFile::publishUnnamed(const QByteArray &name) const
