@@ -6,6 +6,8 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 const char *const usage =
     "usage: ditto -c -k [--keepParent] SOURCE ARCHIVE  make a zip archive of a file or folder\n"
     "       ditto -x -k ARCHIVE FOLDER                 unpack a zip archive into a folder\n"
@@ -15,62 +17,22 @@ const char *const usage =
 
 namespace {
 
-struct Options {
-    bool compress = false;
-    bool extract = false;
-    bool zip = false;
-    bool keepParent = false;
-    bool help = false;
-};
+constexpr QChar compress = u'c';
+constexpr QChar extract = u'x';
+constexpr QChar zip = u'k';
+constexpr QChar help = u'h';
+constexpr QChar keepParent = u'K';
 
-bool readLetters(const QString &word, Options &options)
+QString contradiction(const QString &options, const QStringList &paths)
 {
-    for (const auto letter : word.mid(1)) {
-        switch (letter.unicode()) {
-        case u'c':
-            options.compress = true;
-            break;
-        case u'x':
-            options.extract = true;
-            break;
-        case u'k':
-            options.zip = true;
-            break;
-        case u'h':
-            options.help = true;
-            break;
-        default:
-            return false;
-        }
+    if (options.contains(compress) == options.contains(extract)) {
+        return options.contains(compress) ? QStringLiteral("-c and -x exclude each other")
+                                          : QStringLiteral("one of -c and -x is needed");
     }
-    return true;
-}
-
-bool readOption(const QString &word, Options &options)
-{
-    if (!word.startsWith(QStringLiteral("--"))) {
-        return readLetters(word, options);
-    }
-    if (word == QStringLiteral("--help")) {
-        options.help = true;
-    } else if (word == QStringLiteral("--keepParent")) {
-        options.keepParent = true;
-    } else {
-        return false;
-    }
-    return true;
-}
-
-QString contradiction(const Options &options, const QStringList &paths)
-{
-    if (options.compress == options.extract) {
-        return options.compress ? QStringLiteral("-c and -x exclude each other")
-                                : QStringLiteral("one of -c and -x is needed");
-    }
-    if (!options.zip) {
+    if (!options.contains(zip)) {
         return QStringLiteral("only zip archives are known (-k)");
     }
-    if (options.extract && options.keepParent) {
+    if (options.contains(extract) && options.contains(keepParent)) {
         return QStringLiteral("--keepParent is for -c only");
     }
     if (paths.size() != 2) {
@@ -83,7 +45,8 @@ QString contradiction(const Options &options, const QStringList &paths)
 
 std::optional<Arguments> readArguments(int count, char **values, QString &reason)
 {
-    Options options;
+    const auto letters = QStringLiteral("cxkh");
+    QString options; // a letter for each that is given
     QStringList paths;
     auto optionsEnd = false;
     for (auto at = 1; at < count; ++at) {
@@ -92,18 +55,25 @@ std::optional<Arguments> readArguments(int count, char **values, QString &reason
             paths << word;
         } else if (word == QStringLiteral("--")) {
             optionsEnd = true;
-        } else if (!readOption(word, options)) {
+        } else if (word == QStringLiteral("--help")) {
+            options += help;
+        } else if (word == QStringLiteral("--keepParent")) {
+            options += keepParent;
+        } else if (std::all_of(word.begin() + 1, word.end(),
+                               [&](QChar letter) { return letters.contains(letter); })) {
+            options += word.mid(1);
+        } else {
             reason = QStringLiteral("unknown option \"%1\"").arg(word);
             return std::nullopt;
         }
     }
-    if (options.help) {
+    if (options.contains(help)) {
         return Arguments();
     }
     reason = contradiction(options, paths);
     if (!reason.isNull()) {
         return std::nullopt;
     }
-    return Arguments{options.compress ? Task::Compress : Task::Extract, options.keepParent,
-                     paths.at(0), paths.at(1)};
+    return Arguments{options.contains(compress) ? Task::Compress : Task::Extract,
+                     options.contains(keepParent), paths.at(0), paths.at(1)};
 }

@@ -2,7 +2,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QByteArray>
+#include "Platform/Core/Text/FileName.h"
 
 // Whether the bytes of a name are UTF-8; others are in an encoding that nobody has named.
-bool isUtf8(const QByteArray &name);
+inline bool isUtf8(const QByteArray &name)
+{
+    // What is no UTF-8 becomes lone surrogates.
+    return platform::fileNameFromBytes(name).isValidUtf16();
+}
