@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <condition_variable>
 #include <new>
 #include <utility>
 #include <vector>
@@ -17,10 +18,11 @@ namespace platform {
 namespace {
 
 // How long the end of the application waits for what is left of cancelled copies to be removed.
-constexpr auto longestWait = std::chrono::seconds(2);
+constexpr auto maxWait = std::chrono::seconds(2);
 
 struct RunningCopies {
     std::mutex mutex;
+    std::condition_variable changed;
     std::vector<std::shared_ptr<CopyRun>> runs;
     bool areEndedWithApplication = false;
 };
@@ -36,6 +38,7 @@ void forget(const std::shared_ptr<CopyRun> &run)
     const std::lock_guard lock(running().mutex);
     auto &runs = running().runs;
     runs.erase(std::remove(runs.begin(), runs.end(), run), runs.end());
+    running().changed.notify_all();
 }
 
 } // namespace
@@ -66,11 +69,9 @@ bool CopyRun::start(std::function<void(int error)> ended)
     }
     const auto hasStarted = startBackgroundThread([self, ended = std::move(ended)] {
         const auto error = self->copy();
+        self->m_hasEnded = true;
         ended(error);
         forget(self);
-        const std::lock_guard lock(self->m_mutex);
-        self->m_hasEnded = true;
-        self->m_changed.notify_all();
     });
     if (!hasStarted) {
         forget(self);
@@ -80,33 +81,19 @@ bool CopyRun::start(std::function<void(int error)> ended)
 
 void CopyRun::endAll()
 {
-    std::vector<std::shared_ptr<CopyRun>> runs;
-    {
-        const std::lock_guard lock(running().mutex);
-        runs = running().runs;
-        running().areEndedWithApplication = false; // another application may follow
-    }
-    for (const auto &run : runs) {
+    std::unique_lock lock(running().mutex);
+    running().areEndedWithApplication = false; // another application may follow
+    for (const auto &run : running().runs) {
         run->m_progress.cancel();
     }
-    const auto end = std::chrono::steady_clock::now() + longestWait;
-    for (const auto &run : runs) {
-        std::unique_lock lock(run->m_mutex);
-        run->m_changed.wait_until(lock, end, [&] { return run->m_hasEnded; });
-    }
-}
-
-bool CopyRun::hasEnded() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_hasEnded;
+    running().changed.wait_for(lock, maxWait, [] { return running().runs.empty(); });
 }
 
 void CopyRun::startCounting()
 {
     startBackgroundThread([self = shared_from_this()] {
         const auto total = countItem(
-            self->m_source, [&] { return self->m_progress.isCancelled() || self->hasEnded(); });
+            self->m_source, [&] { return self->m_progress.isCancelled() || self->m_hasEnded; });
         const std::lock_guard lock(self->m_mutex);
         self->m_total = total;
     });

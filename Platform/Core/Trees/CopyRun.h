@@ -7,7 +7,7 @@
 
 #include <QString>
 
-#include <condition_variable>
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -37,15 +37,13 @@ private:
     static void endAll();
 
     int copy();
-    bool hasEnded() const;
 
     QString m_source;
     QString m_destination;
     CopyProgress m_progress;
+    std::atomic<bool> m_hasEnded = false;
     mutable std::mutex m_mutex;
-    std::condition_variable m_changed;
     std::optional<ItemCount> m_total;
-    bool m_hasEnded = false;
 };
 
 } // namespace platform
