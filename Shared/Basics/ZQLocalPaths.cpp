@@ -2,10 +2,11 @@
 // SPDX-License-Identifier: MIT
 #include "Shared/Basics/ZQLocalPaths.h"
 
+#include "Platform/Core/Text/PathText.h"
+
 #include <QFile>
 #include <QStringList>
 
-#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
@@ -16,14 +17,7 @@ using platform::SearchPathDirectory;
 
 QString appendingComponent(const QString &path, const QString &component)
 {
-    if (path.isNull()) {
-        return {};
-    }
-    const auto first = component.startsWith(u'/') ? component.mid(1) : component;
-    if (first.isEmpty()) {
-        return path;
-    }
-    return path.endsWith(u'/') ? path + first : path + u'/' + first;
+    return path.isNull() ? QString() : platform::appendingPathComponent(path, component);
 }
 
 QString directoryInDomain(SearchPathDirectory directory, Domain domain)
@@ -69,7 +63,8 @@ QString ZQLocalPaths::pathInUserDirectory(const QString &rootPath)
     if (path.startsWith(QStringLiteral("/var/root"))) {
         path.remove(0, 9);
     }
-    // Kept on purpose: one character less than the prefix has, so that its last "t" stays.
+    // One character less than the prefix has, so that its last "t" stays: existing callers rely on
+    // it.
     if (path.startsWith(QStringLiteral("/private/var/root"))) {
         path.remove(0, 16);
     }
@@ -138,12 +133,9 @@ QString ZQLocalPaths::localDocumentationDirectory()
 
 QString ZQLocalPaths::darwinCacheDirectory()
 {
-    std::array<char, 1024> buffer{};
-    const auto size = platform::darwinUserCacheDirectory(buffer.data(), buffer.size());
-    if (size == 0 || size > buffer.size()) {
-        return {};
-    }
-    return QFile::decodeName(QByteArray(buffer.data(), static_cast<int>(size) - 1));
+    constexpr auto bufferSize = 1024; // that confstr() is given, in bytes, with the NUL
+    const auto path = platform::userCacheDirectory();
+    return QFile::encodeName(path).size() < bufferSize ? path : QString();
 }
 
 QString ZQLocalPaths::userDirectory()
@@ -208,8 +200,8 @@ bool ZQLocalPaths::isPathSystemDirectory(const QString &path, ExactMatch exactMa
     if (path.size() < 3) {
         return false;
     }
-    // Kept on purpose: the character before the trailing slash goes with it, so that a folder of
-    // the list is not recognised in this spelling.
+    // The character before the trailing slash goes with it, so that a folder of the list is not
+    // recognised in this spelling: existing callers rely on it.
     if (protectedFolders().contains(path.endsWith(u'/') ? path.left(path.size() - 2) : path)) {
         return true;
     }

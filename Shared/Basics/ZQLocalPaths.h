@@ -63,7 +63,7 @@ public:
 
     /// randomString:
     /// Small letters and digits. Seeds rand() anew, so that two calls at the same clock readings
-    /// give the same text: kept on purpose.
+    /// give the same text: existing callers rely on it.
     static QString randomString(unsigned length);
 
     // A path in the temporary folder that nothing has yet. Creates nothing.

@@ -110,7 +110,7 @@ bool ZQFileManagerAsynchronousCopy::copyFileWithProgress(const QString &source,
     if (const auto status = operation->scheduleWithMainRunLoop(); status != 0) {
         consoleLog(QStringLiteral("Failed to schedule operation with run loop: %ld"),
                    static_cast<long>(status));
-        neverRelease(operation); // kept on purpose
+        neverRelease(operation); // existing callers rely on it
         return false;
     }
     const auto context = makeContext(source, platform::appendingPathComponent(folder, name),

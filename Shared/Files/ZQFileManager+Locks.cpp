@@ -8,7 +8,7 @@ namespace {
 
 void reportFailure(const platform::FileError &error)
 {
-    // The same words for locking: kept on purpose.
+    // The same words for locking: who reads logs searches for them.
     ZQLog::fastAppendLog(QStringLiteral("Unable to unlock file %@: %@"), error.path(),
                          error.reason());
 }

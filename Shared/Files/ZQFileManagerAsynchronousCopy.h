@@ -33,7 +33,7 @@ public:
     /// Starts the copy of a file, or of a folder with all in it, and tells whether it was started.
     /// The folder that the copy goes to is made where it is missing; nothing is replaced there. The
     /// copy has its name only when it is whole. An end by an error, EEXIST included, is reported as
-    /// any other (kept on purpose): who needs to know looks at the destination.
+    /// any other, which existing delegates rely on: who needs to know looks at the destination.
     static bool copyFileWithProgress(const QString &source, const QString &destination,
                                      QObject *delegate, const QVariant &object,
                                      const QVariant &object2);

@@ -14,7 +14,8 @@ public:
     ZQFileManagerAttributes() = delete;
 
     // Locked is what has the immutable flag. Failures are logged, "Unable to unlock file ..." for
-    // either direction: kept on purpose. Of a folder, all that is in it and below, not itself.
+    // either direction, as who reads logs knows it. Of a folder, all that is in it and below, not
+    // itself.
     /// isFileLocked:
     static bool isFileLocked(const QString &path);
     /// lockFile:
@@ -46,13 +47,13 @@ public:
 
     /// waitForFileCreation:timeout:
     /// Looks once whether there is a file that is not empty; where there is none, logs that and
-    /// sleeps 500 microseconds, unless the time-out is negative. Does not wait longer: kept on
-    /// purpose.
+    /// sleeps 500 microseconds, unless the time-out is negative. Does not wait longer:
+    /// existing callers rely on it.
     static void waitForFileCreation(const QString &path, std::chrono::seconds timeout);
     /// waitForFileWrites:lockFile:
     /// Waits until the last change is more than 4 seconds old. Also for a file that does not exist,
-    /// and then for ever, where there is a lock file of that name beside it: kept on purpose. Looks
-    /// every 500 microseconds and blocks the thread.
+    /// and then for ever, where there is a lock file of that name beside it: existing callers rely
+    /// on it. Looks every 500 microseconds and blocks the thread.
     static void waitForFileWrites(const QString &path, const QString &lockFile);
     /// waitForFileWrites:
     static void waitForFileWrites(const QString &path);

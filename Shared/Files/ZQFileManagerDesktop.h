@@ -24,7 +24,7 @@ public:
 
     /// finderColorIndexForPath:
     /// The whole flags word of the Finder information, with all that is in it beside the colour:
-    /// kept on purpose. 0 where that cannot be read.
+    /// existing callers rely on it. 0 where that cannot be read.
     static std::uint16_t finderColorIndexForPath(const QString &path);
     /// setFinderColorIndex:forPath:
     /// Replaces the colour's bits, 1 to 3, by the index's. Failures are silent.

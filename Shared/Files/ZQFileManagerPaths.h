@@ -14,7 +14,7 @@ public:
     /// The items whose paths match, component by component, sorted in each folder. A component with
     /// "*" is a pattern for names (platform::NamePattern), any other a name as it is. An absolute
     /// pattern, too, begins at the base; without a base (null) all begin at "/". For a pattern
-    /// without "*", the base joined with it, be it there or not: kept on purpose.
+    /// without "*", the base joined with it, be it there or not, for existing callers.
     static QStringList filesMatchingWildcardPath(const QString &pattern, const QString &basePath);
     /// filesMatchingWildcardPath:
     static QStringList filesMatchingWildcardPath(const QString &pattern);
@@ -24,7 +24,7 @@ public:
 
     /// validateFilename:
     /// Takes one dot off the start, then white space off both ends, then all slashes and colons
-    /// out. In that order: a dot behind spaces stays, kept on purpose. Of "." nothing is left.
+    /// out. In that order: a dot behind spaces stays, for existing callers. Of "." nothing is left.
     static QString validateFilename(const QString &name);
 
     /// uniqueFilename:

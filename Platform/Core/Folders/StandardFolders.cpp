@@ -16,7 +16,6 @@
 #include <systemd/sd-login.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -77,26 +76,20 @@ QString folderIn(SearchPathDirectory directory, SearchPathDomain domain)
     return {};
 }
 
-// The folder that the desktop environment shows as the desktop or the documents; null for others.
-QString desktopEnvironmentFolder(SearchPathDirectory directory)
-{
-    if (directory == SearchPathDirectory::Desktop) {
-        return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::DesktopLocation));
-    }
-    if (directory == SearchPathDirectory::Document) {
-        return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    }
-    return {};
-}
-
 QString userFolder(SearchPathDirectory directory)
 {
     if (isRunningAsRoot()) {
         return QStringLiteral("/var/root") + folderIn(directory, UserDomain);
     }
-    auto shown = desktopEnvironmentFolder(directory);
+    // What the desktop environment shows as the desktop or the documents.
+    QString shown;
+    if (directory == SearchPathDirectory::Desktop) {
+        shown = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
+    } else if (directory == SearchPathDirectory::Document) {
+        shown = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    }
     if (!shown.isEmpty()) {
-        return shown;
+        return QDir::cleanPath(shown);
     }
     const auto home = homeDirectory();
     return home.isNull() ? QString() : QDir::cleanPath(home + folderIn(directory, UserDomain));
@@ -199,20 +192,10 @@ QString globallyUniqueString()
     return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
 }
 
-std::size_t darwinUserCacheDirectory(char *buffer, std::size_t size)
+QString userCacheDirectory()
 {
     const auto path = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
-    if (path.isEmpty()) {
-        return 0;
-    }
-    const auto bytes = QFile::encodeName(path) + '/';
-    const auto needed = static_cast<std::size_t>(bytes.size()) + 1;
-    if (size > 0) {
-        const auto copied = std::min(needed, size) - 1;
-        std::copy_n(bytes.constData(), copied, buffer);
-        buffer[copied] = '\0';
-    }
-    return needed;
+    return path.isEmpty() ? QString() : path + u'/';
 }
 
 } // namespace platform

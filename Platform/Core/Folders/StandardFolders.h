@@ -4,8 +4,6 @@
 
 #include <QStringList>
 
-#include <cstddef>
-
 // Where things lie on this machine. Asked afresh at every call; nothing is cached.
 namespace platform {
 
@@ -50,8 +48,8 @@ QString temporaryDirectory();
 // A new unique text at every call, fit for a file name.
 QString globallyUniqueString();
 
-// confstr with _CS_DARWIN_USER_CACHE_DIR: copies as much of the user's cache folder, with trailing
-// slash and NUL, as fits, and returns the size the whole needs; 0 where there is none.
-std::size_t darwinUserCacheDirectory(char *buffer, std::size_t size);
+// The user's cache folder with a trailing slash, for confstr() with _CS_DARWIN_USER_CACHE_DIR. Null
+// where there is none.
+QString userCacheDirectory();
 
 } // namespace platform
