@@ -8,7 +8,8 @@
 room(Platform/Core/Text)
 room(Platform/Core/Basics Platform/Core/Text)
 room(Platform/Core/Threads Platform/Core/Text)
-room(Platform/Core/Notifications Platform/Core/Text)
+room(Platform/Core/Bus)
+room(Platform/Core/Notifications Platform/Core/Text Platform/Core/Bus)
 room(Platform/Core/Keys Platform/Core/Basics)
 room(Platform/Core/Files Platform/Core/Basics Platform/Core/Text)
 room(Platform/Core/Trees Platform/Core/Basics Platform/Core/Text Platform/Core/Threads
@@ -20,8 +21,8 @@ room(Platform/Core/Bundles Platform/Core/Basics Platform/Core/Text Platform/Core
      Platform/Core/PropertyLists)
 room(Platform/Core/Processes Platform/Core/Basics Platform/Core/Text Platform/Core/Threads
      Platform/Core/Files Platform/Core/Bundles)
-room(Platform/Core/Authorization Platform/Core/Basics Platform/Core/Text Platform/Core/Threads
-     Platform/Core/Files Platform/Core/Processes)
+room(Platform/Core/Authorization Platform/Core/Basics Platform/Core/Text Platform/Core/Bus
+     Platform/Core/Threads Platform/Core/Files Platform/Core/Processes)
 room(Platform/Core/Applications Platform/Core/Basics Platform/Core/Text Platform/Core/Threads
      Platform/Core/Files Platform/Core/Trees Platform/Core/Folders Platform/Core/PropertyLists
      Platform/Core/Bundles)

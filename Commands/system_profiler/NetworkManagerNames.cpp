@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Commands/system_profiler/NetworkManagerNames.h"
 
-#include "Platform/Core/Notifications/BusConnection.h"
+#include "Platform/Core/Bus/BusConnection.h"
 
 #include <string_view>
 

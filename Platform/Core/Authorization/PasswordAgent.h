@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/Core/Notifications/BusConnection.h"
+#include "Platform/Core/Bus/BusConnection.h"
 
 #include <QByteArray>
 #include <QString>

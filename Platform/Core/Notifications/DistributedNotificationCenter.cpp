@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Notifications/DistributedNotificationCenter.h"
 
-#include "Platform/Core/Notifications/DBusValue.h"
+#include "Platform/Core/Bus/DBusValue.h"
 #include "Platform/Core/Text/Console.h"
 
 #include <QCoreApplication>

@@ -353,7 +353,8 @@ void KeyNamesTest::whatWasPressedDoesNotGetIntoTheLogsThatSupportReads()
     nameOf(0x60, functionFlag);
     stringOf(0x80);
     ZQLog::appendLog(QStringLiteral("after"));
-    const auto path = QDir::homePath() + QStringLiteral("/Library/Logs/Corvane/PanePresetsTests.1.log");
+    const auto path =
+        QDir::homePath() + QStringLiteral("/Library/Logs/Corvane/PanePresetsTests.1.log");
     QString text;
     QTRY_VERIFY((text = contentsOf(path)).contains(QStringLiteral("after")));
     QVERIFY(text.contains(QStringLiteral("before")));

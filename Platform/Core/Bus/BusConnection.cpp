@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
-#include "Platform/Core/Notifications/BusConnection.h"
+#include "Platform/Core/Bus/BusConnection.h"
 
 #include <algorithm>
 #include <cerrno>

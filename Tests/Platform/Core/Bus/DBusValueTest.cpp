@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
-#include "Platform/Core/Notifications/DBusValue.h"
+#include "Platform/Core/Bus/DBusValue.h"
 
 #include "Tests/Support/TestProgram.h"
 
