@@ -107,7 +107,7 @@ class UserManual(unittest.TestCase):
                 self.fail(f"{lines[-2]} is the last line of a page")
 
     def test_it_names_every_tab_box_and_button_of_the_pane(self):
-        interfaces = glob.glob(f"{glob.escape(PANE)}/*.ui")
+        interfaces = glob.glob(f"{glob.escape(PANE)}/*/*.ui")
         self.assertGreater(len(interfaces), 1)
         for path in interfaces:
             self.assertGreater(len(titles(contents(path))), 4)
