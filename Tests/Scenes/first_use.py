@@ -43,6 +43,8 @@ def main():
         shots.append(path)
         print(f"  {path}", flush=True)
 
+    # Some words of the status line show for a moment only.
+    status = desktop.StatusWords()
     pane = desktop.start([f"{build}/bin/ostrel-settings"])
     window = desktop.Application("ostrel-settings")
     window.wait_for_label("Status: Not loaded")
@@ -56,7 +58,7 @@ def main():
 
     desktop.sleep_past_loading()
     window.click("Ostrel listener")
-    window.wait_for_label("Status: Creating job...")
+    status.wait_for("Creating job...")
     shot("switched-on")
     window.wait_for_label("Status: Running")
     if not desktop.property_list(JOB).get("RunAtLoad") or len(listeners()) != 1:
@@ -82,7 +84,7 @@ def main():
         shot(f"page-{page.lower()}")
 
     window.click("Ostrel listener")
-    window.wait_for_label("Status: Disconnected")  # the listener's own word
+    status.wait_for("Disconnected")  # the listener's own word
     shot("switched-off")
     window.wait_for_label("Status: Not loaded")
     desktop.wait_until(lambda: not os.path.exists(JOB) and not listeners(),

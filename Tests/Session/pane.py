@@ -10,7 +10,6 @@ import shutil
 import signal
 import subprocess
 import sys
-import tempfile
 import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../Support"))
@@ -137,10 +136,7 @@ class Pane:
 
     def __init__(self, command=None, program="ostrel-settings", status=None, **environment):
         """Opens it and waits until it has loaded. The default is the copied bundle in our own window."""
-        script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "label_recorder.py")
-        self._words = tempfile.TemporaryFile()
-        self._recorder = subprocess.Popen([sys.executable, script, "Status: "], stdout=self._words)
-        wait_until(lambda: b"listening" in self._heard(), "the recorder to listen")
+        self._words = desktop.StatusWords()
         before = self._stamp()
         self.process = desktop.start(
             command or [f"{BUILD}/bin/ostrel-settings", "--pane", BUNDLE], **environment)
@@ -167,27 +163,18 @@ class Pane:
         except FileNotFoundError:
             return None
 
-    def _heard(self):
-        return os.pread(self._words.fileno(), 1 << 20, 0)
-
     def words(self):
         """All words of the status line so far, without repetitions."""
-        words = []
-        for line in self._heard().decode().splitlines():
-            word = line.removeprefix("Status: ")
-            if line.startswith("Status: ") and words[-1:] != [word]:
-                words.append(word)
-        return words
+        return self._words.words()
 
     def forget_words(self):
-        os.ftruncate(self._words.fileno(), 0)
-        os.lseek(self._words.fileno(), 0, os.SEEK_SET)
+        self._words.forget()
 
     def wait_for(self, word):
         self.window.wait_for_label(f"Status: {word}")
 
     def wait_to_hear(self, word):
-        wait_until(lambda: word in self.words(), f'"{word}"; heard: {self.words()}')
+        self._words.wait_for(word)
 
     def _switch(self):
         wait_until(lambda: self.window.find("Ostrel listener"), "the switch")
@@ -242,8 +229,7 @@ class Pane:
         self.forget()
 
     def forget(self):
-        self._recorder.terminate()
-        self._recorder.wait()
+        self._words.end()
 
 
 def turn_on(pane, password=session.ADMINISTRATOR_PASSWORD):

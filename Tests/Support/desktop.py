@@ -5,6 +5,7 @@ import os
 import plistlib
 import subprocess
 import sys
+import tempfile
 import time
 
 import gi
@@ -78,6 +79,41 @@ def press(title, key):
     """Presses a key in the window of this title."""
     # Without a window manager nobody gives a window the focus.
     subprocess.run(["xdotool", "windowfocus", "--sync", window(title), "key", key], check=True)
+
+
+class StatusWords:
+    """All words of the status line, heard as a screen reader hears them, from now on."""
+
+    def __init__(self):
+        script = os.path.join(os.path.dirname(os.path.abspath(__file__)), "label_recorder.py")
+        self._file = tempfile.TemporaryFile()
+        self._recorder = subprocess.Popen([sys.executable, script, "Status: "], stdout=self._file)
+        _started.append(self._recorder)
+        wait_until(lambda: b"listening" in self._heard(), "the recorder to listen")
+
+    def _heard(self):
+        return os.pread(self._file.fileno(), 1 << 20, 0)
+
+    def words(self):
+        """The words so far, without repetitions."""
+        words = []
+        for line in self._heard().decode().splitlines():
+            word = line.removeprefix("Status: ")
+            if line.startswith("Status: ") and words[-1:] != [word]:
+                words.append(word)
+        return words
+
+    def forget(self):
+        os.ftruncate(self._file.fileno(), 0)
+        os.lseek(self._file.fileno(), 0, os.SEEK_SET)
+
+    def wait_for(self, word):
+        """Waits until the word has been shown, be it for a moment."""
+        wait_until(lambda: word in self.words(), f'"{word}"; heard: {self.words()}')
+
+    def end(self):
+        self._recorder.terminate()
+        self._recorder.wait()
 
 
 class Application:
