@@ -64,16 +64,16 @@ std::optional<QByteArray> trustedContents(const QByteArray &file, QString *reaso
         return std::nullopt;
     }
     const Descriptor opened(::open(file.constData(), O_PATH | O_CLOEXEC)); // NOLINT(*-vararg)
-    if (!opened.isOpen() || ::fstat(opened.number(), &status) != 0) {
+    if (!opened.isOpen() || ::fstat(opened.fd(), &status) != 0) {
         *reason = qt_error_string(errno);
         return std::nullopt;
     }
     *reason = status.st_size > maximumLaunchJobSize ? QStringLiteral("larger than any job file")
                                                     : launchFileObjection(status, ::geteuid());
-    auto contents = reason->isNull()
-                        ? contentsOfFile(QString::fromUtf8(pathOfDescriptor(opened.number())),
-                                         maximumLaunchJobSize)
-                        : std::nullopt;
+    auto contents =
+        reason->isNull()
+            ? contentsOfFile(QString::fromUtf8(pathOfDescriptor(opened.fd())), maximumLaunchJobSize)
+            : std::nullopt;
     if (!contents && reason->isNull()) {
         *reason = qt_error_string(errno);
     }

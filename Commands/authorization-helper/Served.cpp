@@ -49,7 +49,7 @@ Origin originOf(pid_t process)
 // That of a process's descriptor; 0 for any other, negative when the process has ended.
 pid_t numberOf(const Descriptor &process)
 {
-    std::ifstream file("/proc/self/fdinfo/" + std::to_string(process.number()));
+    std::ifstream file("/proc/self/fdinfo/" + std::to_string(process.fd()));
     for (std::string word; file >> word;) {
         if (word == "Pid:" && file >> word) {
             return std::stoi(word);
@@ -60,7 +60,7 @@ pid_t numberOf(const Descriptor &process)
 
 bool hasEnded(const Descriptor &process)
 {
-    pollfd end{process.number(), POLLIN, 0};
+    pollfd end{process.fd(), POLLIN, 0};
     return ::poll(&end, 1, 0) != 0;
 }
 

@@ -17,7 +17,7 @@ public:
     Served(int socket, uid_t user);
 
     // Readable when the process has ended that has started us; negative where there was none.
-    int starter() const { return m_processes.empty() ? -1 : m_processes.front().pinned.number(); }
+    int starter() const { return m_processes.empty() ? -1 : m_processes.front().pinned.fd(); }
 
     bool isStarter(pid_t process) const;
 

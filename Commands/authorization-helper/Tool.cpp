@@ -26,7 +26,7 @@ std::vector<std::string> interpreterOf(int file)
     const Descriptor contents(
         ::open(("/proc/self/fd/" + std::to_string(file)).c_str(), O_RDONLY | O_CLOEXEC));
     std::array<char, 256> bytes{};
-    const auto size = ::pread(contents.number(), bytes.data(), bytes.size(), 0);
+    const auto size = ::pread(contents.fd(), bytes.data(), bytes.size(), 0);
     std::string_view line(bytes.data(), static_cast<std::size_t>(size < 0 ? 0 : size));
     if (line.substr(0, 2) != "#!") {
         return {};
@@ -58,15 +58,15 @@ Tool findTool(const std::vector<std::string> &words)
     tool.arguments.front() = tool.path;
     auto trusted = platform::openTrusted(tool.path);
     if (trusted.file.isOpen() &&
-        ::faccessat(trusted.file.number(), "", X_OK, AT_EACCESS | AT_EMPTY_PATH) != 0) {
+        ::faccessat(trusted.file.fd(), "", X_OK, AT_EACCESS | AT_EMPTY_PATH) != 0) {
         tool.error = errno;
         tool.objection = std::strerror(tool.error);
         return tool;
     }
-    if (const auto interpreter = interpreterOf(trusted.file.number()); !interpreter.empty()) {
+    if (const auto interpreter = interpreterOf(trusted.file.fd()); !interpreter.empty()) {
         tool.arguments.insert(tool.arguments.begin(), interpreter.begin(), interpreter.end());
         trusted = platform::openTrusted(interpreter.front());
-        if (!interpreterOf(trusted.file.number()).empty()) {
+        if (!interpreterOf(trusted.file.fd()).empty()) {
             trusted = {{}, {}, ENOEXEC, "the interpreter is a script itself"};
         }
     }
@@ -80,7 +80,7 @@ int startTool(const Tool &tool, int output, pid_t *process)
 {
     // Our own name for the file that was judged: the child closes all that it inherits first.
     const auto judged =
-        "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(tool.file.number());
+        "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(tool.file.fd());
     using platform::nullDevice;
     return platform::spawnProgram({judged,
                                    tool.arguments,

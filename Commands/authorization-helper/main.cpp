@@ -68,9 +68,8 @@ Descriptor openForRequests()
 {
     auto ends = platform::openSocketPair(SOCK_SEQPACKET);
     const int yes = 1;
-    if (!ends ||
-        ::setsockopt(ends->first.number(), SOL_SOCKET, SO_PASSCRED, &yes, sizeof yes) != 0 ||
-        !platform::sendPacket(STDIN_FILENO, platform::toolGreeting, {ends->second.number()})) {
+    if (!ends || ::setsockopt(ends->first.fd(), SOL_SOCKET, SO_PASSCRED, &yes, sizeof yes) != 0 ||
+        !platform::sendPacket(STDIN_FILENO, platform::toolGreeting, {ends->second.fd()})) {
         return {};
     }
     return std::move(ends->first);
@@ -80,7 +79,7 @@ void leaveStandardDescriptors()
 {
     const Descriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
     for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        ::dup2(null.number(), number);
+        ::dup2(null.fd(), number);
     }
 }
 
@@ -98,13 +97,13 @@ Descriptor watchTools()
 bool isPipe(const Descriptor &descriptor)
 {
     struct stat status {};
-    return ::fstat(descriptor.number(), &status) == 0 && S_ISFIFO(status.st_mode);
+    return ::fstat(descriptor.fd(), &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
 // A client that has given up must not have its tool started later.
 bool isAwaited(const Descriptor &pipe)
 {
-    pollfd reader{pipe.number(), 0, 0};
+    pollfd reader{pipe.fd(), 0, 0};
     return ::poll(&reader, 1, 0) == 0;
 }
 
@@ -120,8 +119,8 @@ public:
     void run()
     {
         while (m_requests.isOpen() || !m_tools.empty()) {
-            std::array<pollfd, 3> events{pollfd{m_ends.number(), POLLIN, 0},
-                                         pollfd{m_requests.number(), POLLIN | POLLRDHUP, 0},
+            std::array<pollfd, 3> events{pollfd{m_ends.fd(), POLLIN, 0},
+                                         pollfd{m_requests.fd(), POLLIN | POLLRDHUP, 0},
                                          pollfd{m_served.starter(), POLLIN, 0}};
             const auto watched = m_requests.isOpen() ? events.size() : 1;
             if (::poll(events.data(), watched, -1) < 0) {
@@ -139,7 +138,7 @@ public:
 private:
     void takeRequest(bool isLeft)
     {
-        auto packet = platform::receivePacket(m_requests.number());
+        auto packet = platform::receivePacket(m_requests.fd());
         if (!packet) {
             if (isLeft) { // not only an empty packet
                 m_requests.close();
@@ -148,7 +147,7 @@ private:
         }
         const std::int32_t result = serve(*packet);
         if (!packet->descriptors.empty() && isPipe(packet->descriptors.front())) {
-            const int pipe = packet->descriptors.front().number();
+            const int pipe = packet->descriptors.front().fd();
             ::fcntl(pipe, F_SETFL, O_NONBLOCK); // a full one is the client's own affair
             while (::write(pipe, &result, sizeof result) < 0 && errno == EINTR) {
             }
@@ -181,7 +180,7 @@ private:
         if (hasMore && !isPipe(descriptors[1])) {
             return EINVAL;
         }
-        return isAwaited(descriptors[0]) ? start(*words, hasMore ? descriptors[1].number() : -1)
+        return isAwaited(descriptors[0]) ? start(*words, hasMore ? descriptors[1].fd() : -1)
                                          : ECANCELED;
     }
 
@@ -215,7 +214,7 @@ private:
     void reap()
     {
         std::array<signalfd_siginfo, 8> signals{};
-        while (::read(m_ends.number(), signals.data(), sizeof signals) > 0) {
+        while (::read(m_ends.fd(), signals.data(), sizeof signals) > 0) {
         }
         int status = 0;
         for (pid_t process = 0; (process = ::waitpid(-1, &status, WNOHANG)) > 0;) {

@@ -25,8 +25,8 @@ mode_t modeFor(const platform::ItemPlace &source)
     constexpr mode_t owner = 0600;
     constexpr mode_t others = 0066;
     struct stat status {};
-    const auto isThere = ::fstatat(source.folder.number(), source.name.constData(), &status,
-                                   AT_SYMLINK_NOFOLLOW) == 0;
+    const auto isThere =
+        ::fstatat(source.folder.fd(), source.name.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0;
     return owner | (isThere ? status.st_mode & others : 0);
 }
 
@@ -56,8 +56,8 @@ public:
     OwnFiles(const platform::UnnamedFile &file, const platform::ItemPlace &place)
     {
         m_hasNew = ::fstat(file.descriptor(), &m_new) == 0;
-        m_hasOld = ::fstatat(place.folder.number(), place.name.constData(), &m_old,
-                             AT_SYMLINK_NOFOLLOW) == 0;
+        m_hasOld =
+            ::fstatat(place.folder.fd(), place.name.constData(), &m_old, AT_SYMLINK_NOFOLLOW) == 0;
     }
 
     bool contains(const struct stat &status) const
@@ -89,8 +89,8 @@ bool compress(const Arguments &arguments)
     }
     // Held open for reading, in case it is to have no name.
     const platform::Descriptor folder(platform::retried(
-        [&] { return ::openat(to.folder.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    const auto folderNumber = folder.isOpen() ? folder.number() : to.folder.number();
+        [&] { return ::openat(to.folder.fd(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    const auto folderNumber = folder.isOpen() ? folder.fd() : to.folder.fd();
     platform::UnnamedFile file;
     if (const auto error = file.create(folderNumber, modeFor(from)); error != 0) {
         return complain(archive, error);

@@ -108,7 +108,7 @@ int Destination::open(const Names &names)
         const auto &name = names[m_openNames.size()];
         Descriptor entered;
         path += '/' + name;
-        if (const auto error = enter(m_open.number(), name, path, entered); error != 0) {
+        if (const auto error = enter(m_open.fd(), name, path, entered); error != 0) {
             return error;
         }
         m_open = std::move(entered);
@@ -123,7 +123,7 @@ int Destination::parentOf(const QByteArray &name, Names &names, int &folder)
         return EPERM;
     }
     const auto error = open(Names(names.begin(), names.end() - 1));
-    folder = m_open.number();
+    folder = m_open.fd();
     return error;
 }
 
@@ -198,8 +198,8 @@ int Destination::finish()
         }
         const auto &state = folder->second;
         const auto times = timesOf(state.time);
-        if (::fchmod(m_open.number(), state.mode) != 0 ||
-            (state.hasTime && ::futimens(m_open.number(), times.data()) != 0)) {
+        if (::fchmod(m_open.fd(), state.mode) != 0 ||
+            (state.hasTime && ::futimens(m_open.fd(), times.data()) != 0)) {
             return errno;
         }
         m_folders.erase(folder);

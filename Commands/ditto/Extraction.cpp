@@ -122,7 +122,7 @@ public:
     {
         auto error = platform::openPlace(path, m_place);
         if (error == 0) {
-            error = m_item.create(m_place.folder.number());
+            error = m_item.create(m_place.folder.fd());
         }
         if (error != 0) {
             return error;
@@ -137,11 +137,11 @@ public:
         return m_folder.isOpen() ? 0 : errno;
     }
 
-    int number() const { return m_folder.number(); }
+    int number() const { return m_folder.fd(); }
 
     int publish()
     {
-        return ::fchmod(m_folder.number(), Destination::usualFolderMode()) == 0
+        return ::fchmod(m_folder.fd(), Destination::usualFolderMode()) == 0
                    ? m_item.publish(m_place.name)
                    : errno;
     }
@@ -162,7 +162,7 @@ bool extractIntoNewFolder(ZipReader &reader, NewFolder &folder, const QString &p
     if (const auto error = folder.create(path); error != 0) {
         return complain(bytes, error);
     }
-    Destination destination(folder.number());
+    Destination destination(folder.fd());
     if (!extractAll(reader, destination, bytes) || isInterrupted()) {
         return false;
     }
@@ -183,7 +183,7 @@ bool extract(const Arguments &arguments)
     const Descriptor folder(
         retried([&] { return ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     if (folder.isOpen()) {
-        Destination destination(folder.number());
+        Destination destination(folder.fd());
         return extractAll(reader, destination, path) && !isInterrupted();
     }
     return errno == ENOENT ? extractIntoNewFolder(reader, newFolder, arguments.destination)

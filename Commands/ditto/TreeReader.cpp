@@ -21,7 +21,7 @@ using platform::retried;
 namespace {
 
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
-constexpr auto longestName = 65535; // the zip file's field has 16 bits
+constexpr auto maxNameLength = 65535; // the zip file's field has 16 bits
 
 // One descriptor is held for each folder on the way down.
 void allowManyDescriptors()
@@ -45,7 +45,7 @@ bool TreeReader::read(const platform::ItemPlace &place, const QByteArray &path, 
 {
     allowManyDescriptors();
     struct stat status {};
-    const Source top{place.folder.number(), place.name, path, place.name};
+    const Source top{place.folder.fd(), place.name, path, place.name};
     if (::fstatat(top.folder, top.name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return complain(path, errno);
     }
@@ -75,8 +75,7 @@ bool TreeReader::read(const platform::ItemPlace &place, const QByteArray &path, 
         }
         const auto name = std::move(level.names.back());
         level.names.pop_back();
-        const Source source{level.folder.number(), name, level.path + '/' + name,
-                            level.prefix + name};
+        const Source source{level.folder.fd(), name, level.path + '/' + name, level.prefix + name};
         if (!readItem(source)) {
             return false;
         }
@@ -90,7 +89,7 @@ bool TreeReader::readItem(const Source &source)
     if (isInterrupted()) {
         return false;
     }
-    if (source.nameInArchive.size() >= longestName) {
+    if (source.nameInArchive.size() >= maxNameLength) {
         return complain(source.path, ENAMETOOLONG);
     }
     if (::fstatat(source.folder, source.name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
@@ -131,7 +130,7 @@ bool TreeReader::readFolder(const Source &source, const struct stat &status)
 bool TreeReader::enter(Descriptor folder, const QByteArray &path, const QByteArray &prefix)
 {
     Level level{std::move(folder), {}, path, prefix};
-    if (const auto error = platform::readNames(level.folder.number(), level.names); error != 0) {
+    if (const auto error = platform::readNames(level.folder.fd(), level.names); error != 0) {
         return complain(path, error);
     }
     std::reverse(level.names.begin(), level.names.end());
@@ -146,7 +145,7 @@ bool TreeReader::readFile(const Source &source)
                         O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     }));
     struct stat status {};
-    if (!file.isOpen() || ::fstat(file.number(), &status) != 0) {
+    if (!file.isOpen() || ::fstat(file.fd(), &status) != 0) {
         return failedToRead(source, errno);
     }
     if (!S_ISREG(status.st_mode)) {
@@ -155,8 +154,7 @@ bool TreeReader::readFile(const Source &source)
     if (m_isLeftOut(status)) {
         return true;
     }
-    return begin(source.nameInArchive, status) &&
-           readContents(file.number(), source, status.st_size);
+    return begin(source.nameInArchive, status) && readContents(file.fd(), source, status.st_size);
 }
 
 // No more than there was when its turn came.

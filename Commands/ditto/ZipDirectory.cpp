@@ -16,13 +16,13 @@ namespace {
 using Number = std::uint64_t;
 
 constexpr Number endSize = 22;
-constexpr Number longestComment = 65535;
-constexpr Number longestPadding = 10240; // libarchive fills up its last block in a pipe
+constexpr Number maxCommentLength = 65535;
+constexpr Number maxPadding = 10240; // libarchive fills up its last block in a pipe
 constexpr Number locatorSize = 20;
 constexpr Number longEndSize = 56;
 constexpr Number recordSize = 46;
 constexpr Number headerSize = 30;
-constexpr Number largestDirectory = Number{1} << 30U; // of millions of entries
+constexpr Number maxDirectorySize = Number{1} << 30U; // of millions of entries
 constexpr Number manyEntries = 0xFFFF;                // and what stands for more
 constexpr unsigned encryptedFlags = 0x2041;           // its bytes, strongly, the directory
 
@@ -143,7 +143,7 @@ const char *DirectoryReader::read()
     if (!directory.isWhole) {
         return "is one of several parts, or damaged";
     }
-    if (directory.size > std::min(directory.behind, largestDirectory) ||
+    if (directory.size > std::min(directory.behind, maxDirectorySize) ||
         directory.offset > directory.behind - directory.size) {
         return "is damaged: its directory is not where it should be";
     }
@@ -265,21 +265,21 @@ bool readZipDirectory(int file, const QByteArray &path, std::vector<ZipEntry> &e
         return complain(path, errno);
     }
     const auto fileSize = static_cast<Number>(status.st_size);
-    const auto start = fileSize - std::min(fileSize, endSize + longestComment + longestPadding);
+    const auto start = fileSize - std::min(fileSize, endSize + maxCommentLength + maxPadding);
     const auto tail = readAt(file, start, fileSize - start);
     QByteArray complaint = path + ": is no zip archive, or one that is cut short";
-    constexpr auto mostEnds = 10; // each has the directory read that it tells of
+    constexpr auto maxEnds = 10; // each has the directory read that it tells of
     auto ends = 0;
     auto wholeOnes = 0;
     // A comment may hold the mark, and what looks like an end; so may an archive in the archive.
     for (auto at = tail.find(endMark); at != std::string::npos; at = tail.find(endMark, at + 1)) {
         const auto left = tail.size() - at;
         const auto size = left < endSize ? endSize : endSize + zipNumber(tail, at + 20, 2);
-        if (size > left || left - size > longestPadding ||
+        if (size > left || left - size > maxPadding ||
             tail.find_first_not_of('\0', at + size) != std::string::npos) {
             continue;
         }
-        if (ends == mostEnds) {
+        if (ends == maxEnds) {
             return complain(path, "holds too many directories");
         }
         DirectoryReader reader(file, start + at, tail.substr(at, endSize));

@@ -55,13 +55,13 @@ bool ZipReader::open(const QByteArray &path)
     m_file = platform::Descriptor(platform::retried(
         [&] { return ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
     struct stat status {};
-    if (!m_file.isOpen() || ::fstat(m_file.number(), &status) != 0) {
+    if (!m_file.isOpen() || ::fstat(m_file.fd(), &status) != 0) {
         return complain(path, errno);
     }
     if (!S_ISREG(status.st_mode)) {
         return complain(path, S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
     }
-    if (!readZipDirectory(m_file.number(), path, m_entries)) {
+    if (!readZipDirectory(m_file.fd(), path, m_entries)) {
         return false;
     }
     auto *const archive = m_archive.get();
@@ -99,7 +99,7 @@ la_ssize_t ZipReader::read(archive *archive, void *self, const void **data)
     }
     const auto &entry = entries[reader.m_given - 1];
     const auto count = platform::retried([&] {
-        return ::pread(reader.m_file.number(), reader.m_buffer.data(),
+        return ::pread(reader.m_file.fd(), reader.m_buffer.data(),
                        std::min<std::uint64_t>(bufferSize, entry.packedSize - reader.m_at),
                        static_cast<off_t>(entry.offset + reader.m_at));
     });

@@ -16,7 +16,7 @@ public:
 
     explicit Client(platform::Descriptor socket);
 
-    int descriptor() const { return m_socket.number(); }
+    int descriptor() const { return m_socket.fd(); }
     bool isReading() const { return m_socket.isOpen() && !m_isRequestRead; }
     bool isWriting() const { return !m_answer.isEmpty(); }
     bool isOver() const { return !m_socket.isOpen(); }

@@ -174,7 +174,7 @@ StartedProgram startProgram(const platform::LaunchJob &job)
         if (::getppid() != parent) {
             ::_exit(StageProgram);
         }
-        const Child child(job, report->second.number());
+        const Child child(job, report->second.fd());
         if (!objection.isNull()) {
             child.refuse();
         }
@@ -188,7 +188,7 @@ StartedProgram startProgram(const platform::LaunchJob &job)
     Failure failure;
     ssize_t size = 0;
     do {
-        size = ::read(report->first.number(), &failure, sizeof failure);
+        size = ::read(report->first.fd(), &failure, sizeof failure);
     } while (size < 0 && errno == EINTR);
     if (size != sizeof failure) {
         return {pid, {}};

@@ -98,9 +98,9 @@ std::vector<pollfd> Supervisor::wait()
 {
     // Who comes while too many are served waits in the queue.
     const auto accepts = m_clients.size() < maxClients && !m_ending;
-    std::vector<pollfd> events{{accepts ? m_descriptors.socket.number() : -1, POLLIN, 0},
-                               {m_descriptors.signalsArrived.number(), POLLIN, 0},
-                               {m_descriptors.folderChanged.number(), POLLIN, 0}};
+    std::vector<pollfd> events{{accepts ? m_descriptors.socket.fd() : -1, POLLIN, 0},
+                               {m_descriptors.signalsArrived.fd(), POLLIN, 0},
+                               {m_descriptors.folderChanged.fd(), POLLIN, 0}};
     for (const auto &client : m_clients) {
         const auto wanted = client.isReading() ? POLLIN : client.isWriting() ? POLLOUT : 0;
         events.push_back({client.descriptor(), static_cast<short>(wanted), 0});
@@ -127,7 +127,7 @@ void Supervisor::serve(const std::vector<pollfd> &events)
     readSignals();
     if (events.at(2).revents != 0) {
         std::array<char, 4096> changes{};
-        while (::read(m_descriptors.folderChanged.number(), changes.data(), changes.size()) > 0) {
+        while (::read(m_descriptors.folderChanged.fd(), changes.data(), changes.size()) > 0) {
         }
         if (!isSocketThere()) {
             endAll(); // the session is over, or nobody would ever reach us again
@@ -141,7 +141,7 @@ void Supervisor::serve(const std::vector<pollfd> &events)
 void Supervisor::readSignals()
 {
     signalfd_siginfo signal{};
-    while (::read(m_descriptors.signalsArrived.number(), &signal, sizeof signal) == sizeof signal) {
+    while (::read(m_descriptors.signalsArrived.fd(), &signal, sizeof signal) == sizeof signal) {
         if (signal.ssi_signo != SIGCHLD) {
             endAll();
         }
@@ -172,12 +172,12 @@ void Supervisor::reap()
 void Supervisor::acceptClients()
 {
     while (m_clients.size() < maxClients) {
-        platform::Descriptor socket(::accept4(m_descriptors.socket.number(), nullptr, nullptr,
-                                              SOCK_CLOEXEC | SOCK_NONBLOCK));
+        platform::Descriptor socket(
+            ::accept4(m_descriptors.socket.fd(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (!socket.isOpen()) {
             return;
         }
-        if (isOwnUser(socket.number())) {
+        if (isOwnUser(socket.fd())) {
             m_clients.emplace_back(std::move(socket));
         }
     }

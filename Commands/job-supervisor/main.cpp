@@ -37,8 +37,8 @@ platform::Descriptor listeningSocket()
     platform::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     ::unlink(platform::supervisorSocketName); // of one that was killed
     ::umask(S_IRWXG | S_IRWXO);
-    if (!socket.isOpen() || ::bind(socket.number(), generic, sizeof address) != 0 ||
-        ::listen(socket.number(), queueLength) != 0) {
+    if (!socket.isOpen() || ::bind(socket.fd(), generic, sizeof address) != 0 ||
+        ::listen(socket.fd(), queueLength) != 0) {
         return {};
     }
     return socket;
@@ -49,7 +49,7 @@ platform::Descriptor folderWatch()
     platform::Descriptor watch(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     constexpr auto changes =
         IN_DELETE | IN_MOVED_FROM | IN_DELETE_SELF | IN_MOVE_SELF | IN_CREATE | IN_MOVED_TO;
-    ::inotify_add_watch(watch.number(), ".", changes);
+    ::inotify_add_watch(watch.fd(), ".", changes);
     return watch;
 }
 
@@ -96,7 +96,7 @@ int main()
     }
     const platform::Descriptor lock(
         ::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)); // NOLINT(*-vararg)
-    if (::flock(lock.number(), LOCK_EX | LOCK_NB) != 0) {
+    if (::flock(lock.fd(), LOCK_EX | LOCK_NB) != 0) {
         return errno == EWOULDBLOCK ? 0 : failed("lock");
     }
     auto socket = listeningSocket();

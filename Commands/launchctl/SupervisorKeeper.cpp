@@ -24,7 +24,7 @@ platform::Descriptor connectToSupervisor()
         reinterpret_cast<const sockaddr *>(&address); // NOLINT(*-reinterpret-cast)
     platform::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (folder.isEmpty() || ::chdir(folder.constData()) != 0 ||
-        ::connect(socket.number(), generic, sizeof address) != 0) {
+        ::connect(socket.fd(), generic, sizeof address) != 0) {
         socket.close();
     }
     return socket;
@@ -78,7 +78,7 @@ std::optional<QByteArrayList> SupervisorKeeper::ask(const QByteArrayList &reques
         const auto socket = connectToSupervisor();
         const auto fields =
             socket.isOpen()
-                ? messages::split(exchange(socket.number(), messages::join(request), m_deadline))
+                ? messages::split(exchange(socket.fd(), messages::join(request), m_deadline))
                 : QByteArrayList();
         if (!fields.isEmpty() && fields.first() == "ok") {
             return fields.mid(1);

@@ -93,7 +93,7 @@ bool readNetworkLinks(std::vector<NetworkLink> &links, std::string &error)
         link.type = address.sll_hatype;
         link.address.assign(reinterpret_cast<const char *>(&address.sll_addr), // NOLINT
                             std::min<std::size_t>(address.sll_halen, sizeof address.sll_addr));
-        link.permanentAddress = permanentAddress(socket.number(), link.name);
+        link.permanentAddress = permanentAddress(socket.fd(), link.name);
         addFromFiles(link);
         links.push_back(std::move(link));
     }

@@ -164,7 +164,7 @@ void Ostrel_Preference_Pane::launchClientAfterDelay()
     const auto begin = std::chrono::steady_clock::now();
     // The maker wants the thread to spin, not to sleep.
     while (std::chrono::steady_clock::now() - begin < inPaneTime(launchTime)) {
-        if (platform::WorkerThreads::currentThreadIsToEnd()) {
+        if (platform::WorkerThreads::currentThreadShouldStop()) {
             return;
         }
     }

@@ -210,7 +210,7 @@ void ZQAlert::wait()
         return;
     }
     while (!alertEnded()) {
-        if (platform::WorkerThreads::currentThreadIsToEnd()) {
+        if (platform::WorkerThreads::currentThreadShouldStop()) {
             platform::performOnMainThreadAndWait([this] { endWithoutAnswer(); });
             return;
         }

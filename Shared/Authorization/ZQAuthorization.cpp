@@ -65,7 +65,7 @@ void readToEnd(const platform::Descriptor &output)
     std::array<char, 4096> buffer{};
     ssize_t size = 0;
     do {
-        size = ::read(output.number(), buffer.data(), buffer.size());
+        size = ::read(output.fd(), buffer.data(), buffer.size());
     } while (size > 0 || (size < 0 && errno == EINTR));
 }
 

@@ -78,10 +78,9 @@ bool RootsJobFile::isInPlace() const
     for (;;) {
         const auto found = judged(m_path);
         struct stat status {};
-        if (found.file.isOpen() && ::fstat(found.file.number(), &status) == 0 &&
-            status.st_nlink == 1 && (status.st_mode & permissions) == jobMode) {
-            const auto pinned =
-                QStringLiteral("/proc/self/fd/") + QString::number(found.file.number());
+        if (found.file.isOpen() && ::fstat(found.file.fd(), &status) == 0 && status.st_nlink == 1 &&
+            (status.st_mode & permissions) == jobMode) {
+            const auto pinned = QStringLiteral("/proc/self/fd/") + QString::number(found.file.fd());
             return platform::contentsOfFile(pinned, m_contents.size()) == m_contents;
         }
         if (found.error == ENOENT || std::chrono::steady_clock::now() > end) {
@@ -97,9 +96,9 @@ void RootsJobFile::setModeOfFileOnly() const
         ::open(platform::fileNameBytes(m_path).constData(), // NOLINT(*-vararg)
                O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status {};
-    if (file.isOpen() && ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode) &&
+    if (file.isOpen() && ::fstat(file.fd(), &status) == 0 && S_ISREG(status.st_mode) &&
         status.st_nlink == 1) {
-        ::fchmod(file.number(), jobMode);
+        ::fchmod(file.fd(), jobMode);
     }
 }
 

@@ -39,7 +39,7 @@ platform::Descriptor lockOf(const QString &folder)
                       O_RDONLY | O_DIRECTORY | O_CLOEXEC); // NOLINT(*-vararg)
     }));
     // Where the file system has no locks, the gathering goes on without.
-    platform::retried([&] { return ::flock(lock.number(), LOCK_EX); });
+    platform::retried([&] { return ::flock(lock.fd(), LOCK_EX); });
     return lock;
 }
 
@@ -129,7 +129,7 @@ QStringList ZQLogGathering::namesIn(const QString &folder)
         return ::open(bytes.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); // NOLINT(*-vararg)
     }));
     std::vector<QByteArray> names;
-    const auto error = open.isOpen() ? platform::readNames(open.number(), names) : errno;
+    const auto error = open.isOpen() ? platform::readNames(open.fd(), names) : errno;
     if (error != 0 && error != ENOENT && error != ENOTDIR) {
         m_unreadableFolders << platform::FileError(error, folder).localizedDescription();
     }

@@ -16,9 +16,9 @@ QByteArray outputOf(platform::ChildProcess &process)
 {
     QByteArray output("");
     if (process.standardOutput().isOpen()) {
-        output = platform::readToEnd(process.standardOutput().number());
+        output = platform::readToEnd(process.standardOutput().fd());
     }
-    const auto error = platform::readToEnd(process.standardError().number());
+    const auto error = platform::readToEnd(process.standardError().fd());
     return output.isEmpty() ? error : output;
 }
 

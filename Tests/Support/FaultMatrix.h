@@ -19,14 +19,14 @@ namespace test {
 
 struct FaultKind {
     const char *name;
-    Fate fate;
+    Outcome outcome;
     int error;
 };
 
 inline constexpr std::array faultKinds{
-    FaultKind{"ENOSPC", Fate::Fails, ENOSPC}, FaultKind{"EIO", Fate::Fails, EIO},
-    FaultKind{"EACCES", Fate::Fails, EACCES}, FaultKind{"EMFILE", Fate::Fails, EMFILE},
-    FaultKind{"EINTR", Fate::Fails, EINTR},   FaultKind{"short count", Fate::FallsShort, 0}};
+    FaultKind{"ENOSPC", Outcome::Fails, ENOSPC}, FaultKind{"EIO", Outcome::Fails, EIO},
+    FaultKind{"EACCES", Outcome::Fails, EACCES}, FaultKind{"EMFILE", Outcome::Fails, EMFILE},
+    FaultKind{"EINTR", Outcome::Fails, EINTR},   FaultKind{"short count", Outcome::FallsShort, 0}};
 
 // Whether the fault strikes the calls of all threads, or those of the test's own.
 enum class Threads { Own, All };
@@ -55,7 +55,7 @@ void underFaults(const Kinds &kinds, Threads threads, unsigned calls, const Prep
                 bool hasStruck = false;
                 {
                     const Faults faults(
-                        {calls, nth, kind.fate, kind.error, forGood, threads == Threads::All});
+                        {calls, nth, kind.outcome, kind.error, forGood, threads == Threads::All});
                     result = operation();
                     hasStruck = Faults::haveStruck();
                 }
@@ -63,7 +63,7 @@ void underFaults(const Kinds &kinds, Threads threads, unsigned calls, const Prep
                 const QString complaint = check(result);
                 QVERIFY2(complaint.isNull(), qUtf8Printable(where + u':' + u' ' + complaint));
                 QVERIFY2(isClosed, qUtf8Printable(where + QStringLiteral(": a leak")));
-                QVERIFY2(result || kind.fate == Fate::Fails, qUtf8Printable(where));
+                QVERIFY2(result || kind.outcome == Outcome::Fails, qUtf8Printable(where));
                 if (!hasStruck) {
                     QVERIFY(result);
                     break;
@@ -91,7 +91,7 @@ void killedAtEveryCall(const Prepare &prepare, const Operation &operation, const
         prepare();
         const auto process = ::fork();
         if (process == 0) {
-            const Faults faults({AllCalls, nth, Fate::Kills, 0, false, false});
+            const Faults faults({AllCalls, nth, Outcome::Kills, 0, false, false});
             operation();
             ::_exit(0);
         }

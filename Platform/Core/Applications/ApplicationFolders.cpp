@@ -44,7 +44,7 @@ void collect(const QByteArray &folder, int depth, ApplicationFolderContents &con
     QByteArrayList subfolders;
     QStringList entries;
     QStringList bundles;
-    FolderEntries all(opened.number());
+    FolderEntries all(opened.fd());
     while (all.next()) {
         const QByteArray name(all.name());
         const auto path = folder + '/' + name;

@@ -19,7 +19,7 @@ using Applications = std::vector<ApplicationBundle>;
 // Of several with one id the first counts that is not broken.
 void addListed(const QString &path, const QString &id, QSet<QString> &ids, Applications &all)
 {
-    if (ids.contains(id) || WorkerThreads::currentThreadIsToEnd()) {
+    if (ids.contains(id) || WorkerThreads::currentThreadShouldStop()) {
         return;
     }
     auto application = ApplicationBundle::withPath(path);

@@ -94,7 +94,7 @@ std::shared_ptr<Authorization> Authorization::handedDown()
         return nullptr;
     }
     auto socket = socketFromParent(number);
-    if (!socket.isOpen() || !isOurHelper(socket.number(), helperPath())) {
+    if (!socket.isOpen() || !isOurHelper(socket.fd(), helperPath())) {
         return nullptr;
     }
     auto authorization = std::shared_ptr<Authorization>(new Authorization);
@@ -115,7 +115,7 @@ Authorization::Inheritance Authorization::handDown() const
     }
     Inheritance inheritance{std::move(ends->first), {}, std::move(ends->second)};
     inheritance.environmentEntry =
-        QByteArray(variable) + '=' + QByteArray::number(inheritance.descriptor.number());
+        QByteArray(variable) + '=' + QByteArray::number(inheritance.descriptor.fd());
     return inheritance;
 }
 
@@ -123,13 +123,13 @@ bool Authorization::nameChild(pid_t child, Inheritance inheritance) const
 {
     const auto process = openProcess(child);
     const auto answer =
-        process.isOpen() ? answerTo(encodeToolRequest({}), process.number()) : std::optional(errno);
+        process.isOpen() ? answerTo(encodeToolRequest({}), process.fd()) : std::optional(errno);
     if (answer != 0) {
         consoleLog(QStringLiteral("Unable to hand the authorisation down: %@"),
                    QString::fromUtf8(std::strerror(answer.value_or(errno))));
         return false;
     }
-    return sendPacket(inheritance.ours.number(), toolGreeting, {m_socket.number()});
+    return sendPacket(inheritance.ours.fd(), toolGreeting, {m_socket.fd()});
 }
 
 } // namespace platform

@@ -50,7 +50,7 @@ bool waitForHelper(int channel, PasswordAgent *agent)
 {
     constexpr int pollInterval = 200; // milliseconds
     bool isAgentThere = agent != nullptr;
-    while (!WorkerThreads::currentThreadIsToEnd()) {
+    while (!WorkerThreads::currentThreadShouldStop()) {
         std::array<pollfd, 2> events{pollfd{channel, POLLIN, 0}, pollfd{-1, 0, 0}};
         isAgentThere = isAgentThere && agent->takeEvents(); // some may have been received already
         if (isAgentThere) {
@@ -175,7 +175,7 @@ AuthorizationStatus Authorization::startHelper(PasswordAgent *agent)
         error = spawnProgram({pkexecPath,
                               {pkexecPath, "--disable-internal-agent", helperPath().toStdString()},
                               cleanEnvironment(),
-                              {channel->second.number(), nullDevice, errors->second.number()}},
+                              {channel->second.fd(), nullDevice, errors->second.fd()}},
                              &process);
     }
     if (process < 0) {
@@ -186,13 +186,13 @@ AuthorizationStatus Authorization::startHelper(PasswordAgent *agent)
     channel->second.close();
     errors->second.close();
     auto helper = std::make_shared<ChildExit>(process);
-    if (!waitForHelper(channel->first.number(), agent)) {
+    if (!waitForHelper(channel->first.fd(), agent)) {
         helper->signal(SIGTERM); // the dialog goes with pkexec
         channel->first.close();
         helper->wait();
         return AuthorizationStatus::Canceled;
     }
-    auto greeting = receivePacket(channel->first.number());
+    auto greeting = receivePacket(channel->first.fd());
     if (!greeting || greeting->bytes != toolGreeting || greeting->descriptors.size() != 1) {
         channel->first.close();
         if (greeting && greeting->bytes != toolGreeting) {
@@ -204,17 +204,17 @@ AuthorizationStatus Authorization::startHelper(PasswordAgent *agent)
             return AuthorizationStatus::Internal;
         }
         helper->wait();
-        return explainRefusal(helper->status(), pendingText(errors->first.number()));
+        return explainRefusal(helper->status(), pendingText(errors->first.fd()));
     }
     m_socket = std::move(greeting->descriptors.front());
-    limitSending(m_socket.number());
+    limitSending(m_socket.fd());
     m_helper = std::move(helper);
     return AuthorizationStatus::Success;
 }
 
 bool Authorization::isAlive() const
 {
-    pollfd end{m_socket.number(), 0, 0};
+    pollfd end{m_socket.fd(), 0, 0};
     return m_socket.isOpen() && !m_isLost.load(std::memory_order_relaxed) &&
            ::poll(&end, 1, 0) == 0;
 }
@@ -228,12 +228,12 @@ std::optional<std::int32_t> Authorization::answerTo(const std::string &request,
     if (!reply) {
         return errno;
     }
-    const int pipe = reply->second.number();
-    const bool isSent = descriptor < 0 ? sendPacket(m_socket.number(), request, {pipe})
-                                       : sendPacket(m_socket.number(), request, {pipe, descriptor});
+    const int pipe = reply->second.fd();
+    const bool isSent = descriptor < 0 ? sendPacket(m_socket.fd(), request, {pipe})
+                                       : sendPacket(m_socket.fd(), request, {pipe, descriptor});
     reply->second.close();
     const auto answer =
-        isSent ? receiveToolReply(reply->first.number(), toolStartTimeout) : std::nullopt;
+        isSent ? receiveToolReply(reply->first.fd(), toolStartTimeout) : std::nullopt;
     if (!answer) {
         m_isLost.store(true, std::memory_order_relaxed); // its end of the socket may close later
     }
@@ -258,7 +258,7 @@ Authorization::Tool Authorization::run(const QString &path, const QStringList &a
     if (!stream) {
         return failure(AuthorizationStatus::ToolExecuteFailure, path, text(std::strerror(errno)));
     }
-    const auto answer = answerTo(request, output == Output::Wanted ? stream->second.number() : -1);
+    const auto answer = answerTo(request, output == Output::Wanted ? stream->second.fd() : -1);
     if (!answer) {
         return failure(AuthorizationStatus::Internal, path,
                        errno == ETIMEDOUT || errno == EAGAIN

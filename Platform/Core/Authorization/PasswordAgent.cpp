@@ -266,13 +266,13 @@ bool PasswordAgent::authenticate(const QByteArray &cookie) const
     if (!ends || spawnProgram({pamHelper,
                                {pamHelper, m_user.toStdString()},
                                cleanEnvironment(),
-                               {ends->second.number(), ends->second.number(), nullDevice}},
+                               {ends->second.fd(), ends->second.fd(), nullDevice}},
                               &process) != 0) {
         return false;
     }
     ends->second.close();
     const auto helper = std::make_shared<ChildExit>(process);
-    const bool accepted = converse(ends->first.number(), cookie, m_user, m_password);
+    const bool accepted = converse(ends->first.fd(), cookie, m_user, m_password);
     helper->reapInBackground(); // it ends by itself, at the latest when it cannot read any more
     return accepted;
 }

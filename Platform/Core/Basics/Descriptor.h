@@ -12,14 +12,14 @@ namespace platform {
 class Descriptor {
 public:
     Descriptor() = default;
-    explicit Descriptor(int number) : m_number(number) {}
+    explicit Descriptor(int fd) : m_fd(fd) {}
     ~Descriptor() { close(); }
-    Descriptor(Descriptor &&other) noexcept : m_number(other.release()) {}
+    Descriptor(Descriptor &&other) noexcept : m_fd(other.release()) {}
     Descriptor &operator=(Descriptor &&other) noexcept
     {
         if (this != &other) {
             close();
-            m_number = other.release();
+            m_fd = other.release();
         }
         return *this;
     }
@@ -27,19 +27,19 @@ public:
     Descriptor &operator=(const Descriptor &) = delete;
 
     // Negative where there is none.
-    int number() const { return m_number; }
-    bool isOpen() const { return m_number >= 0; }
-    int release() { return std::exchange(m_number, -1); }
+    int fd() const { return m_fd; }
+    bool isOpen() const { return m_fd >= 0; }
+    int release() { return std::exchange(m_fd, -1); }
 
     void close()
     {
-        if (m_number >= 0) {
-            ::close(std::exchange(m_number, -1));
+        if (m_fd >= 0) {
+            ::close(std::exchange(m_fd, -1));
         }
     }
 
 private:
-    int m_number = -1;
+    int m_fd = -1;
 };
 
 } // namespace platform

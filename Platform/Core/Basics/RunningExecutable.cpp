@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <climits>
 
 namespace platform {
@@ -28,7 +27,10 @@ QByteArray runningExecutable(const QByteArray &link)
     QByteArray path(PATH_MAX, Qt::Uninitialized);
     const auto size =
         ::readlink(link.constData(), path.data(), static_cast<std::size_t>(path.size()));
-    path.truncate(static_cast<int>(std::max<ssize_t>(size, 0)));
+    if (size <= 0) {
+        return {};
+    }
+    path.truncate(static_cast<int>(size));
     if (path.endsWith(deleted) && !isNameOfRunningFile(link.constData(), path.constData())) {
         path.chop(deleted.size());
     }

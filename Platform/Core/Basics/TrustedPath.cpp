@@ -166,9 +166,9 @@ private:
         }
         // As a folder first: only then the system mounts what it mounts when it is needed (autofs).
         constexpr auto flags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
-        Descriptor next(::openat(m_here.number(), name.c_str(), flags | O_DIRECTORY));
+        Descriptor next(::openat(m_here.fd(), name.c_str(), flags | O_DIRECTORY));
         if (!next.isOpen() && errno == ENOTDIR) {
-            next = Descriptor(::openat(m_here.number(), name.c_str(), flags));
+            next = Descriptor(::openat(m_here.fd(), name.c_str(), flags));
         }
         const auto folder = m_path;
         if (name == "..") {
@@ -189,7 +189,7 @@ private:
     bool follow(Descriptor from, const std::string &folder)
     {
         std::array<char, PATH_MAX> target{};
-        const auto size = ::readlinkat(m_here.number(), "", target.data(), target.size());
+        const auto size = ::readlinkat(m_here.fd(), "", target.data(), target.size());
         if (size <= 0 || static_cast<std::size_t>(size) == target.size() || ++m_links > maxLinks) {
             return refuse(m_path, ELOOP, "is a link that cannot be followed");
         }
@@ -213,10 +213,10 @@ private:
         if (!isServedByTrusted(path)) {
             return false;
         }
-        if (::fstat(m_here.number(), &m_status) != 0) {
+        if (::fstat(m_here.fd(), &m_status) != 0) {
             return refuseUnreached(path, errno);
         }
-        const auto objection = othersWhoChange(m_here.number(), m_status, m_user);
+        const auto objection = othersWhoChange(m_here.fd(), m_status, m_user);
         return objection.empty() || refuse(path, EPERM, objection);
     }
 
@@ -224,8 +224,8 @@ private:
     bool isServedByTrusted(std::string_view path)
     {
         struct statx place {};
-        if (::statx(m_here.number(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_MNT_ID,
-                    &place) != 0 ||
+        if (::statx(m_here.fd(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_MNT_ID, &place) !=
+                0 ||
             place.stx_mnt_id == m_mount) {
             return true; // the same as its folder's
         }

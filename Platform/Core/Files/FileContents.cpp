@@ -36,7 +36,7 @@ bool writtenToDisk(int file)
 // 0, else the reason (errno).
 int writeInPlaceOf(const ReplaceableFile &old, const QByteArray &contents)
 {
-    const auto folder = old.place.folder.number();
+    const auto folder = old.place.folder.fd();
     if (old.exists && ::faccessat(folder, old.place.name.constData(), W_OK,
                                   AT_EACCESS | AT_SYMLINK_NOFOLLOW) != 0) {
         return errno;
@@ -69,12 +69,12 @@ std::optional<QByteArray> contentsOfFile(const QString &path, qint64 maximumSize
     }
     const Descriptor file(retried(
         [&] { return ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
-    if (file.number() < 0 || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode) ||
+    if (file.fd() < 0 || ::fstat(file.fd(), &status) != 0 || !S_ISREG(status.st_mode) ||
         status.st_size > maximumSize) {
         return std::nullopt;
     }
     try {
-        return readToEnd(file.number(), maximumSize);
+        return readToEnd(file.fd(), maximumSize);
     } catch (const Exception &) {
         return std::nullopt;
     }

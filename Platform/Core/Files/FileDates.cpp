@@ -28,7 +28,7 @@ QDateTime dateFrom(qint64 seconds, qint64 nanoseconds)
 struct PinnedItem {
     Descriptor item;
     bool isNull() const { return !item.isOpen(); }
-    QByteArray path() const { return pathOfDescriptor(item.number()); }
+    QByteArray path() const { return pathOfDescriptor(item.fd()); }
 };
 
 PinnedItem pinned(const QString &path)

@@ -23,8 +23,7 @@ FileError setPermissions(const QString &path, mode_t mode)
     constexpr mode_t allModeBits = 07777;
     Descriptor item;
     auto error = openPath(AT_FDCWD, fileNameBytes(path), LastLink::Follow, item);
-    if (error == 0 &&
-        ::chmod(pathOfDescriptor(item.number()).constData(), mode & allModeBits) != 0) {
+    if (error == 0 && ::chmod(pathOfDescriptor(item.fd()).constData(), mode & allModeBits) != 0) {
         error = errno;
     }
     return error == 0 ? FileError() : FileError(error, path);

@@ -19,8 +19,8 @@ int readStatus(const QString &path, struct stat &status)
     ItemPlace place;
     const auto error = openPlace(path, place);
     if (error == 0) {
-        return ::fstatat(place.folder.number(), place.name.constData(), &status,
-                         AT_SYMLINK_NOFOLLOW) == 0
+        return ::fstatat(place.folder.fd(), place.name.constData(), &status, AT_SYMLINK_NOFOLLOW) ==
+                       0
                    ? 0
                    : errno;
     }

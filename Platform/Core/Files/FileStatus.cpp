@@ -57,11 +57,11 @@ int changeFlag(int item, bool immutable)
                       O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     }));
     int flags = 0; // the kernel's interface says long and means int
-    if (!file.isOpen() || ::ioctl(file.number(), FS_IOC_GETFLAGS, &flags) != 0) {
+    if (!file.isOpen() || ::ioctl(file.fd(), FS_IOC_GETFLAGS, &flags) != 0) {
         return errno;
     }
     const auto wanted = immutable ? flags | FS_IMMUTABLE_FL : flags & ~FS_IMMUTABLE_FL;
-    if (wanted == flags || ::ioctl(file.number(), FS_IOC_SETFLAGS, &wanted) == 0) {
+    if (wanted == flags || ::ioctl(file.fd(), FS_IOC_SETFLAGS, &wanted) == 0) {
         return 0;
     }
     return errno;
@@ -86,7 +86,7 @@ int openItem(const QString &path, Descriptor &item)
 {
     ItemPlace place;
     const auto error = openPlace(path, place);
-    return error != 0 ? error : openPath(place.folder.number(), place.name, LastLink::Keep, item);
+    return error != 0 ? error : openPath(place.folder.fd(), place.name, LastLink::Keep, item);
 }
 
 // NOLINTNEXTLINE(misc-no-recursion): as deep as the folders are, one of them open at each level
@@ -99,17 +99,17 @@ void setFlagBelow(int folder, const QString &path, bool immutable, const Report 
         Descriptor item;
         struct stat status {};
         auto error = openPath(folder, name, LastLink::Keep, item);
-        if (error == 0 && ::fstat(item.number(), &status) != 0) {
+        if (error == 0 && ::fstat(item.fd(), &status) != 0) {
             error = errno;
         }
         if (error == 0 && !S_ISDIR(status.st_mode)) {
-            error = setFlag(item.number(), immutable);
+            error = setFlag(item.fd(), immutable);
         } else if (error == 0) {
             const Descriptor entered(retried(
-                [&] { return ::openat(item.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+                [&] { return ::openat(item.fd(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
             item.close();
             if (entered.isOpen()) {
-                setFlagBelow(entered.number(), below, immutable, report);
+                setFlagBelow(entered.fd(), below, immutable, report);
             }
         }
         if (error != 0) {
@@ -167,7 +167,7 @@ bool isImmutable(const QString &path)
     Descriptor item;
     mode_t mode = 0;
     int error = 0;
-    return openItem(path, item) == 0 && immutableFlag(item.number(), mode, error) == Flag::Set;
+    return openItem(path, item) == 0 && immutableFlag(item.fd(), mode, error) == Flag::Set;
 }
 
 FileError setImmutable(const QString &path, bool immutable)
@@ -175,7 +175,7 @@ FileError setImmutable(const QString &path, bool immutable)
     Descriptor item;
     auto error = openItem(path, item);
     if (error == 0) {
-        error = setFlag(item.number(), immutable);
+        error = setFlag(item.fd(), immutable);
     }
     return error == 0 ? FileError() : FileError(error, path);
 }
@@ -187,9 +187,9 @@ void setImmutableBelow(const QString &path, bool immutable, const Report &report
         return;
     }
     const Descriptor folder(
-        retried([&] { return ::openat(top.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+        retried([&] { return ::openat(top.fd(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     if (folder.isOpen()) {
-        setFlagBelow(folder.number(), path, immutable, report);
+        setFlagBelow(folder.fd(), path, immutable, report);
     }
 }
 

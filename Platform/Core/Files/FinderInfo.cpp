@@ -44,7 +44,7 @@ std::optional<std::uint16_t> finderFlags(const QString &path)
     Descriptor item;
     Information information{};
     if (openPath(AT_FDCWD, fileNameBytes(path), LastLink::Keep, item) != 0 ||
-        readInformation(pathOfDescriptor(item.number()), information) != 0) {
+        readInformation(pathOfDescriptor(item.fd()), information) != 0) {
         return std::nullopt;
     }
     return flagsOf(information);
@@ -57,7 +57,7 @@ bool setFinderFlags(std::uint16_t flags, const QString &path, std::uint16_t whic
     if (openPath(AT_FDCWD, fileNameBytes(path), LastLink::Keep, item) != 0) {
         return false;
     }
-    const auto pinned = pathOfDescriptor(item.number());
+    const auto pinned = pathOfDescriptor(item.fd());
     if (readInformation(pinned, information) != 0) {
         return false;
     }

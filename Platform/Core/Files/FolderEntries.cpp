@@ -81,7 +81,7 @@ QStringList namesInFolder(const QString &path)
         retried([&] { return ::open(bytes.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     std::vector<QByteArray> names;
     QStringList list;
-    if (folder.isOpen() && readNames(folder.number(), names) == 0) {
+    if (folder.isOpen() && readNames(folder.fd(), names) == 0) {
         for (const auto &name : names) {
             list << fileNameFromBytes(name);
         }

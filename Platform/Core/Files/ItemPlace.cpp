@@ -45,7 +45,7 @@ int openPlace(const QString &path, ItemPlace &place)
         return error;
     }
     struct stat status {};
-    if (::fstat(place.folder.number(), &status) != 0) {
+    if (::fstat(place.folder.fd(), &status) != 0) {
         return errno;
     }
     return S_ISDIR(status.st_mode) ? 0 : ENOTDIR;

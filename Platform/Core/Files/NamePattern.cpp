@@ -105,11 +105,11 @@ QStringList itemsInFolderMatching(const QString &folder, const QString &pattern)
         retried([&] { return ::open(bytes.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     const NamePattern matcher(fileNameBytes(pattern));
     std::vector<QByteArray> names;
-    FolderEntries entries(opened.number());
+    FolderEntries entries(opened.fd());
     while (entries.next()) {
         const QByteArray name(entries.name());
         if (matcher.matches(name.constData(), static_cast<std::size_t>(name.size())) &&
-            leadsSomewhere(opened.number(), entries)) {
+            leadsSomewhere(opened.fd(), entries)) {
             names.push_back(name);
         }
     }

@@ -39,7 +39,7 @@ int openBeneath(int folder, const char *path, int flags)
          path = slash + 1) {
         const std::string name(path, slash);
         above = Descriptor(retried([&] {
-            return ::openat(above.isOpen() ? above.number() : folder, name.c_str(),
+            return ::openat(above.isOpen() ? above.fd() : folder, name.c_str(),
                             O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
         }));
         if (!above.isOpen()) {
@@ -47,8 +47,7 @@ int openBeneath(int folder, const char *path, int flags)
         }
     }
     return retried([&] {
-        return ::openat(above.isOpen() ? above.number() : folder, path,
-                        flags | O_NOFOLLOW | O_CLOEXEC);
+        return ::openat(above.isOpen() ? above.fd() : folder, path, flags | O_NOFOLLOW | O_CLOEXEC);
     });
 }
 

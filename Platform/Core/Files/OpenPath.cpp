@@ -37,7 +37,7 @@ public:
     Descriptor takeEnd() { return std::move(m_at); }
 
 private:
-    static constexpr int mostLinks = 40; // as the system's own limit
+    static constexpr int maxLinks = 40; // as the system's own limit
 
     int follow(const Descriptor &link, uid_t owner);
 
@@ -47,18 +47,18 @@ private:
 
 int CarefulWalk::follow(const Descriptor &link, uid_t owner)
 {
-    if (++m_links > mostLinks) {
+    if (++m_links > maxLinks) {
         return ELOOP;
     }
     std::array<char, PATH_MAX> target{};
-    if (::readlinkat(link.number(), "", target.data(), target.size() - 1) < 0) {
+    if (::readlinkat(link.fd(), "", target.data(), target.size() - 1) < 0) {
         return errno;
     }
     if (const auto error = go(target.data(), LastLink::Follow); error != 0 || owner == 0) {
         return error;
     }
     struct stat status {};
-    if (::fstat(m_at.number(), &status) != 0) {
+    if (::fstat(m_at.fd(), &status) != 0) {
         return errno;
     }
     return status.st_uid == owner ? 0 : EACCES;
@@ -79,11 +79,11 @@ int CarefulWalk::go(const QByteArray &path, LastLink last)
         }
         Descriptor next;
         struct stat status {};
-        if (const auto error = openPlainly(m_at.number(), parts[i].constData(), O_NOFOLLOW, next);
+        if (const auto error = openPlainly(m_at.fd(), parts[i].constData(), O_NOFOLLOW, next);
             error != 0) {
             return error;
         }
-        if (::fstat(next.number(), &status) != 0) {
+        if (::fstat(next.fd(), &status) != 0) {
             return errno;
         }
         const auto isKept = last == LastLink::Keep && i + 1 == static_cast<int>(parts.size());

@@ -15,7 +15,7 @@
 namespace platform {
 namespace {
 
-constexpr auto mostLinks = 40; // as the system follows
+constexpr auto maxLinks = 40; // as the system follows
 constexpr mode_t permissions = 0777;
 
 } // namespace
@@ -23,11 +23,11 @@ constexpr mode_t permissions = 0777;
 QString findReplaceable(const QString &path, ReplaceableFile &file)
 {
     auto name = path;
-    for (int i = 0; i < mostLinks; ++i) {
+    for (int i = 0; i < maxLinks; ++i) {
         if (const auto error = openPlace(name, file.place); error != 0) {
             return FileError(error, path).reason();
         }
-        const auto folder = file.place.folder.number();
+        const auto folder = file.place.folder.fd();
         const auto *const inFolder = file.place.name.constData();
         if (::fstatat(folder, inFolder, &file.status, AT_SYMLINK_NOFOLLOW) != 0) {
             file.exists = false;

@@ -40,7 +40,7 @@ int UnnamedFile::create(int folder, mode_t mode)
     m_folder = folder;
     m_file = Descriptor(openUnnamed(folder, mode));
     if (m_file.isOpen()) {
-        if (::access(pathOfDescriptor(m_file.number()).constData(), F_OK) == 0) {
+        if (::access(pathOfDescriptor(m_file.fd()).constData(), F_OK) == 0) {
             return 0;
         }
     } else if (!cannotBeUnnamed(errno)) {
@@ -61,13 +61,13 @@ int UnnamedFile::create(int folder, mode_t mode)
 int UnnamedFile::write(const char *data, std::size_t size) const
 {
     std::size_t written = 0;
-    return writeAll(m_file.number(), data, size, written);
+    return writeAll(m_file.fd(), data, size, written);
 }
 
 int UnnamedFile::publishUnnamed(const QByteArray &name) const
 {
-    return ::linkat(AT_FDCWD, pathOfDescriptor(m_file.number()).constData(), m_folder,
-                    name.constData(), AT_SYMLINK_FOLLOW) == 0
+    return ::linkat(AT_FDCWD, pathOfDescriptor(m_file.fd()).constData(), m_folder, name.constData(),
+                    AT_SYMLINK_FOLLOW) == 0
                ? 0
                : errno;
 }

@@ -31,7 +31,7 @@ public:
     // Gives it its name, in place of what has that.
     int publishOrReplace(const QByteArray &name);
 
-    int descriptor() const { return m_file.number(); }
+    int descriptor() const { return m_file.fd(); }
 
 private:
     int publishUnnamed(const QByteArray &name) const;

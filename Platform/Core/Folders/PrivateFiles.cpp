@@ -36,10 +36,10 @@ bool createEmptyPrivateFile(const QString &path, QString *error)
     UnnamedFile file;
     auto code = openPlace(path, place);
     if (code == 0) {
-        code = file.create(place.folder.number(), S_IRUSR | S_IWUSR);
+        code = file.create(place.folder.fd(), S_IRUSR | S_IWUSR);
     }
     if (code == 0) {
-        giveToOwnerOfFolder(place.folder.number(), file.descriptor());
+        giveToOwnerOfFolder(place.folder.fd(), file.descriptor());
         code = file.publishOrReplace(place.name);
     }
     if (code != 0) {
@@ -53,8 +53,7 @@ bool renameWithoutReplacing(const QString &from, const QString &to)
     ItemPlace source;
     ItemPlace target;
     return openPlace(from, source) == 0 && openPlace(to, target) == 0 &&
-           renameInPlace(source.folder.number(), source.name, target.folder.number(),
-                         target.name) == 0;
+           renameInPlace(source.folder.fd(), source.name, target.folder.fd(), target.name) == 0;
 }
 
 bool exchangeNames(const QString &one, const QString &other)
@@ -62,7 +61,7 @@ bool exchangeNames(const QString &one, const QString &other)
     ItemPlace first;
     ItemPlace second;
     return openPlace(one, first) == 0 && openPlace(other, second) == 0 &&
-           ::renameat2(first.folder.number(), first.name.constData(), second.folder.number(),
+           ::renameat2(first.folder.fd(), first.name.constData(), second.folder.fd(),
                        second.name.constData(), RENAME_EXCHANGE) == 0;
 }
 

@@ -21,7 +21,7 @@
 namespace platform {
 namespace {
 
-constexpr auto longestName = 255; // bytes, on Linux
+constexpr auto maxNameLength = 255; // bytes, on Linux
 
 bool isFolder(const QString &path, const struct stat &folder)
 {
@@ -65,7 +65,7 @@ FileError openTrash(const QString &path, Descriptor &folder)
 // "name 2.ext" and so on, cut so that there is room for more bytes behind it.
 QString numberedName(const QString &name, int number, int room)
 {
-    const auto most = longestName - room;
+    const auto most = maxNameLength - room;
     auto extension = pathExtension(name);
     extension = extension.isEmpty() ? QString() : u'.' + extension;
     if (fileNameBytes(extension).size() > most / 2) {
@@ -127,14 +127,14 @@ void giveToOwnerOf(int folder, int file)
 int writeRecord(const ItemPlace &place, const QByteArray &record)
 {
     UnnamedFile file;
-    auto error = file.create(place.folder.number(), S_IRUSR | S_IWUSR);
+    auto error = file.create(place.folder.fd(), S_IRUSR | S_IWUSR);
     if (error == 0) {
         error = file.write(record.constData(), static_cast<std::size_t>(record.size()));
     }
     if (error != 0) {
         return error;
     }
-    giveToOwnerOf(place.folder.number(), file.descriptor());
+    giveToOwnerOf(place.folder.fd(), file.descriptor());
     return file.publish(place.name);
 }
 
@@ -168,7 +168,7 @@ FileError moveToDesktopTrash(const Trashed &item, const QString &trash)
         if (!error) {
             return error;
         }
-        ::unlinkat(info.folder.number(), info.name.constData(), 0);
+        ::unlinkat(info.folder.fd(), info.name.constData(), 0);
         if (error.code() != EEXIST) {
             return error;
         }
@@ -184,7 +184,7 @@ FileError recycleItem(const QString &path, const QString &trashFolder)
         return {error, path};
     }
     struct stat status {};
-    if (::fstatat(item.place.folder.number(), item.place.name.constData(), &status,
+    if (::fstatat(item.place.folder.fd(), item.place.name.constData(), &status,
                   AT_SYMLINK_NOFOLLOW) != 0) {
         return {errno, path};
     }
@@ -192,7 +192,7 @@ FileError recycleItem(const QString &path, const QString &trashFolder)
     if (auto error = openTrash(trashFolder, trash.folder)) {
         return error;
     }
-    const auto desktop = desktopTrash(trash.folder.number(), trashFolder);
+    const auto desktop = desktopTrash(trash.folder.fd(), trashFolder);
     return desktop.isNull() ? moveToPlainTrash(item, std::move(trash), trashFolder)
                             : moveToDesktopTrash(item, desktop);
 }

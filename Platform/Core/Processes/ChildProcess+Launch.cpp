@@ -78,15 +78,14 @@ void ChildProcess::launch()
                 throw systemFailure(errno);
             }
             const bool isInput = stream == STDIN_FILENO;
-            ours.at(stream) =
-                copyAboveStandardStreams((isInput ? pipe->second : pipe->first).number());
+            ours.at(stream) = copyAboveStandardStreams((isInput ? pipe->second : pipe->first).fd());
             if (!ours.at(stream).isOpen()) {
                 throw systemFailure(errno);
             }
             theirs.at(stream) = std::move(isInput ? pipe->first : pipe->second);
             // Only makes it faster; a user may not have many large pipes.
-            ::fcntl(ours.at(stream).number(), F_SETPIPE_SZ, pipeSize); // NOLINT(*-vararg)
-            program.streams.at(stream) = theirs.at(stream).number();
+            ::fcntl(ours.at(stream).fd(), F_SETPIPE_SZ, pipeSize); // NOLINT(*-vararg)
+            program.streams.at(stream) = theirs.at(stream).fd();
         }
     }
     pid_t child = -1;

@@ -32,8 +32,7 @@ PipeReader::PipeReader(Descriptor pipe)
 
 void PipeReader::waitForData() const
 {
-    std::array<pollfd, 2> files{pollfd{m_pipe.number(), POLLIN, 0},
-                                pollfd{m_closing.number(), POLLIN, 0}};
+    std::array<pollfd, 2> files{pollfd{m_pipe.fd(), POLLIN, 0}, pollfd{m_closing.fd(), POLLIN, 0}};
     while (::poll(files.data(), files.size(), -1) < 0 && errno == EINTR) {
     }
 }
@@ -55,7 +54,7 @@ QByteArray PipeReader::readAvailable()
     QByteArray piece(maxPiece, Qt::Uninitialized);
     ssize_t size = 0;
     do {
-        size = ::read(m_pipe.number(), piece.data(), static_cast<std::size_t>(piece.size()));
+        size = ::read(m_pipe.fd(), piece.data(), static_cast<std::size_t>(piece.size()));
     } while (size < 0 && errno == EINTR);
     if (size < 0) {
         throw systemFailure(errno);
@@ -69,7 +68,7 @@ void PipeReader::close()
     const std::lock_guard lock(m_mutex);
     m_isClosed = true;
     if (m_isWaiting) {
-        ::eventfd_write(m_closing.number(), 1); // the number may not be given to another file yet
+        ::eventfd_write(m_closing.fd(), 1); // the number may not be given to another file yet
     } else {
         m_pipe.close();
     }

@@ -38,11 +38,11 @@ public:
         Descriptor null;
         if (source == nullDevice) {
             null = Descriptor(::open("/dev/null", O_RDWR | O_CLOEXEC)); // NOLINT(*-vararg)
-            source = null.number();
+            source = null.fd();
         }
         auto &copy = m_copies.at(static_cast<std::size_t>(stream));
         copy = source < 0 ? Descriptor() : copyAboveStandardStreams(source);
-        return copy.isOpen() ? ::posix_spawn_file_actions_adddup2(&m_actions, copy.number(), stream)
+        return copy.isOpen() ? ::posix_spawn_file_actions_adddup2(&m_actions, copy.fd(), stream)
                              : errno;
     }
 

@@ -21,20 +21,20 @@ namespace {
 bool copyFile(const ItemPlace &from, const ItemPlace &to)
 {
     const Descriptor original(retried([&] {
-        return ::openat(from.folder.number(), from.name.constData(),
+        return ::openat(from.folder.fd(), from.name.constData(),
                         O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     }));
     struct stat status {};
     UnnamedFile copy;
-    if (!original.isOpen() || ::fstat(original.number(), &status) != 0 ||
-        !S_ISREG(status.st_mode) || copy.create(to.folder.number(), S_IRUSR | S_IWUSR) != 0) {
+    if (!original.isOpen() || ::fstat(original.fd(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        copy.create(to.folder.fd(), S_IRUSR | S_IWUSR) != 0) {
         return false;
     }
     constexpr std::size_t piece = 65536;
     std::array<char, piece> bytes; // NOLINT(*-member-init): filled by read()
     for (;;) {
         const auto size =
-            retried([&] { return ::read(original.number(), bytes.data(), bytes.size()); });
+            retried([&] { return ::read(original.fd(), bytes.data(), bytes.size()); });
         if (size == 0) {
             return takeOver(status, copy.descriptor()) == 0 && copy.publishOrReplace(to.name) == 0;
         }
@@ -58,10 +58,10 @@ bool keepDamagedPropertyList(const QString &path)
         openPlace(path + QStringLiteral(".damaged"), kept) != 0) {
         return false;
     }
-    ::unlinkat(kept.folder.number(), kept.name.constData(), 0);
+    ::unlinkat(kept.folder.fd(), kept.name.constData(), 0);
     // A second name needs no right to read the file, and the file is never away. Of a symbolic link
     // the file behind it gets the name, as that is what will be replaced.
-    return ::linkat(file.place.folder.number(), file.place.name.constData(), kept.folder.number(),
+    return ::linkat(file.place.folder.fd(), file.place.name.constData(), kept.folder.fd(),
                     kept.name.constData(), 0) == 0 ||
            copyFile(file.place, kept);
 }

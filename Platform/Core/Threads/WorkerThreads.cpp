@@ -49,7 +49,7 @@ bool WorkerThreads::sleepFor(std::chrono::milliseconds time)
                             [this] { return m_ending.load(std::memory_order_relaxed); });
 }
 
-bool WorkerThreads::currentThreadIsToEnd()
+bool WorkerThreads::currentThreadShouldStop()
 {
     // Without the lock: a worker may ask this in a tight loop.
     return ownerOfCurrentThread != nullptr &&

@@ -30,7 +30,7 @@ public:
     bool sleepFor(std::chrono::milliseconds time);
 
     // True on a worker whose owner has asked it to end; false on every other thread.
-    static bool currentThreadIsToEnd();
+    static bool currentThreadShouldStop();
 
     // Asks all workers to end and waits for them. Main thread only.
     void end();

@@ -142,21 +142,21 @@ int copyAttributesOfSpecial(const struct stat &status, int folder, const char *n
     const Descriptor item(
         retried([&] { return ::openat(folder, name, O_PATH | O_NOFOLLOW | O_CLOEXEC); }));
     struct stat made {};
-    if (!item.isOpen() || ::fstat(item.number(), &made) != 0) {
+    if (!item.isOpen() || ::fstat(item.fd(), &made) != 0) {
         return errno;
     }
     if ((made.st_mode & S_IFMT) != (status.st_mode & S_IFMT) || made.st_rdev != status.st_rdev) {
         return ESTALE; // replaced by something else meanwhile
     }
-    if (::geteuid() == 0 && ::fchownat(item.number(), "", status.st_uid, status.st_gid,
+    if (::geteuid() == 0 && ::fchownat(item.fd(), "", status.st_uid, status.st_gid,
                                        AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW) != 0) {
         // In a container the owner may be one that cannot be given.
     }
     if (!S_ISLNK(status.st_mode)) {
-        ::chmod(pathOfDescriptor(item.number()).constData(), status.st_mode & allModeBits);
+        ::chmod(pathOfDescriptor(item.fd()).constData(), status.st_mode & allModeBits);
     }
     const auto times = timesOf(status);
-    ::utimensat(item.number(), "", times.data(), AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW);
+    ::utimensat(item.fd(), "", times.data(), AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW);
     return 0;
 }
 

@@ -28,27 +28,27 @@ bool mayBePublished(CopyProgress *progress)
 int copyFile(const ItemPlace &from, const ItemPlace &to, CopyProgress *progress, CopiedItem &copied)
 {
     const Descriptor source(retried([&] {
-        return ::openat(from.folder.number(), from.name.constData(),
+        return ::openat(from.folder.fd(), from.name.constData(),
                         O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     }));
     auto &status = copied.original;
-    if (!source.isOpen() || ::fstat(source.number(), &status) != 0) {
+    if (!source.isOpen() || ::fstat(source.fd(), &status) != 0) {
         return errno;
     }
     if (!S_ISREG(status.st_mode)) {
         return ESTALE; // replaced by something else meanwhile
     }
-    clearUnfinishedItemsNowAndThen(to.folder.number());
+    clearUnfinishedItemsNowAndThen(to.folder.fd());
     UnnamedFile copy;
-    auto error = copy.create(to.folder.number(), S_IRUSR | S_IWUSR);
+    auto error = copy.create(to.folder.fd(), S_IRUSR | S_IWUSR);
     if (error == 0) {
         error = clearAccessLists(copy.descriptor());
     }
     if (error == 0) {
-        error = copyContents(source.number(), status, copy.descriptor(), progress);
+        error = copyContents(source.fd(), status, copy.descriptor(), progress);
     }
     if (error == 0) {
-        error = copyAttributes(source.number(), status, copy.descriptor());
+        error = copyAttributes(source.fd(), status, copy.descriptor());
     }
     if (error == 0 && ::fstat(copy.descriptor(), &copied.copy) != 0) {
         error = errno;
@@ -63,12 +63,12 @@ int copySpecialItem(const ItemPlace &from, const ItemPlace &to, CopyProgress *pr
                     CopiedItem &copied)
 {
     UnfinishedItem copy;
-    if (const auto error = copy.create(to.folder.number()); error != 0) {
+    if (const auto error = copy.create(to.folder.fd()); error != 0) {
         return error;
     }
     const auto &status = copied.original;
-    if (const auto error = copySpecial(from.folder.number(), from.name, status, copy.folder(),
-                                       UnfinishedItem::name);
+    if (const auto error =
+            copySpecial(from.folder.fd(), from.name, status, copy.folder(), UnfinishedItem::name);
         error != 0) {
         return error;
     }
@@ -97,8 +97,8 @@ bool isInside(int folder, const struct stat &other)
             return true;
         }
         const auto below = status;
-        above = Descriptor(::openat(above.number(), "..", O_PATH | O_CLOEXEC));
-        if (!above.isOpen() || ::fstat(above.number(), &status) != 0 ||
+        above = Descriptor(::openat(above.fd(), "..", O_PATH | O_CLOEXEC));
+        if (!above.isOpen() || ::fstat(above.fd(), &status) != 0 ||
             (status.st_dev == below.st_dev && status.st_ino == below.st_ino)) {
             return false;
         }
@@ -130,15 +130,15 @@ FileError copyPlace(const ItemPlace &from, const QString &source, const ItemPlac
 {
     auto &status = copied.original;
     struct stat existing {};
-    if (::fstatat(from.folder.number(), from.name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (::fstatat(from.folder.fd(), from.name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return {errno, source};
     }
-    if (::fstatat(to.folder.number(), to.name.constData(), &existing, AT_SYMLINK_NOFOLLOW) == 0) {
+    if (::fstatat(to.folder.fd(), to.name.constData(), &existing, AT_SYMLINK_NOFOLLOW) == 0) {
         return {EEXIST, destination};
     }
     if (S_ISDIR(status.st_mode)) {
         CopyProgress unwatched;
-        return isInside(to.folder.number(), status)
+        return isInside(to.folder.fd(), status)
                    ? FileError(EINVAL, destination)
                    : copyTree(from, to, source, progress != nullptr ? *progress : unwatched,
                               purpose, copied);

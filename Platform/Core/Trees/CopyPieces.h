@@ -21,7 +21,7 @@ public:
     bool areToEnd() const { return m_progress != nullptr && m_progress->isCancelled(); }
 
     // How long the next piece may be, in bytes.
-    off_t size() const { return m_progress != nullptr ? m_size : mostUnwatched; }
+    off_t size() const { return m_progress != nullptr ? m_size : maxUnwatched; }
 
     // A piece of that size is copied.
     void add(off_t count)
@@ -50,7 +50,7 @@ private:
     // Reflinks have to begin and end at whole blocks, which these sizes are multiples of.
     static constexpr off_t least = off_t(1) << 16U;
     static constexpr off_t most = off_t(1) << 28U;
-    static constexpr off_t mostUnwatched = off_t(1) << 30U;
+    static constexpr off_t maxUnwatched = off_t(1) << 30U;
     static constexpr auto wanted = std::chrono::milliseconds(50);
 
     void adapt()

@@ -63,7 +63,7 @@ int WayDown::openFolder(int above, const QByteArray &name, Descriptor &folder)
 {
     const auto error = openPath(above, name, LastLink::Follow, folder);
     struct stat status {};
-    if (error != 0 || ::fstat(folder.number(), &status) != 0) {
+    if (error != 0 || ::fstat(folder.fd(), &status) != 0) {
         return error != 0 ? error : errno;
     }
     return S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
@@ -72,7 +72,7 @@ int WayDown::openFolder(int above, const QByteArray &name, Descriptor &folder)
 int WayDown::enter(const QByteArray &name)
 {
     Descriptor below;
-    const auto error = openFolder(m_at.number(), name, below);
+    const auto error = openFolder(m_at.fd(), name, below);
     if (error == ENOENT || error == ENOTDIR) {
         return make(name);
     }
@@ -86,13 +86,13 @@ int WayDown::make(const QByteArray &name)
 {
     Descriptor made;
     const auto error =
-        isSomebodyElses(m_at.number()) ? makeForOwnerAbove(name, made) : makeHere(name, made);
+        isSomebodyElses(m_at.fd()) ? makeForOwnerAbove(name, made) : makeHere(name, made);
     if (made.isOpen()) {
         m_made.push_back({std::exchange(m_at, std::move(made)), name});
         return error;
     }
     Descriptor below; // made by somebody else meanwhile?
-    if (error == EEXIST && openFolder(m_at.number(), name, below) == 0) {
+    if (error == EEXIST && openFolder(m_at.fd(), name, below) == 0) {
         m_at = std::move(below);
         return 0;
     }
@@ -101,18 +101,17 @@ int WayDown::make(const QByteArray &name)
 
 int WayDown::makeHere(const QByteArray &name, Descriptor &made) const
 {
-    if (::mkdirat(m_at.number(), name.constData(), m_mode) != 0) {
+    if (::mkdirat(m_at.fd(), name.constData(), m_mode) != 0) {
         return errno;
     }
     made = Descriptor(retried([&] {
-        return ::openat(m_at.number(), name.constData(),
-                        O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        return ::openat(m_at.fd(), name.constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     }));
     if (made.isOpen()) {
         return 0;
     }
     const auto error = errno;
-    ::unlinkat(m_at.number(), name.constData(), AT_REMOVEDIR);
+    ::unlinkat(m_at.fd(), name.constData(), AT_REMOVEDIR);
     return error;
 }
 
@@ -120,7 +119,7 @@ int WayDown::makeHere(const QByteArray &name, Descriptor &made) const
 int WayDown::makeForOwnerAbove(const QByteArray &name, Descriptor &made) const
 {
     UnfinishedItem item;
-    if (const auto error = item.create(m_at.number()); error != 0) {
+    if (const auto error = item.create(m_at.fd()); error != 0) {
         return error;
     }
     if (::mkdirat(item.folder(), UnfinishedItem::name, m_mode) != 0) {
@@ -133,7 +132,7 @@ int WayDown::makeForOwnerAbove(const QByteArray &name, Descriptor &made) const
     if (!folder.isOpen()) {
         return errno;
     }
-    giveToOwnerOfFolder(m_at.number(), folder.number());
+    giveToOwnerOfFolder(m_at.fd(), folder.fd());
     const auto error = item.publish(name);
     if (error == 0) {
         made = std::move(folder);
@@ -144,7 +143,7 @@ int WayDown::makeForOwnerAbove(const QByteArray &name, Descriptor &made) const
 void WayDown::takeBack()
 {
     for (; !m_made.empty(); m_made.pop_back()) {
-        ::unlinkat(m_made.back().above.number(), m_made.back().name.constData(), AT_REMOVEDIR);
+        ::unlinkat(m_made.back().above.fd(), m_made.back().name.constData(), AT_REMOVEDIR);
     }
 }
 

@@ -22,11 +22,11 @@ namespace platform {
 namespace {
 
 // Beyond that a folder's own descriptor is the new start, since the system takes no longer paths.
-constexpr auto longestRelativePath = 2000;
+constexpr auto maxRelativePathLength = 2000;
 // As much must be waiting before it pays to have a second thread.
 constexpr std::size_t enoughForTwo = 2;
 // No more batches of entries may wait: they take memory.
-constexpr std::size_t mostWaitingBatches = 64;
+constexpr std::size_t maxWaitingBatches = 64;
 
 int openFolder(int start, const char *path, int flags)
 {
@@ -44,7 +44,7 @@ ItemCount &operator+=(ItemCount &count, const ItemCount &other)
 
 class Measurement {
 public:
-    explicit Measurement(const std::function<bool()> &isToEnd) : m_isToEnd(isToEnd) {}
+    explicit Measurement(const std::function<bool()> &shouldStop) : m_shouldStop(shouldStop) {}
     ItemCount run(std::shared_ptr<Descriptor> top);
 
 private:
@@ -70,14 +70,14 @@ private:
     Tasks m_waiting;
     int m_busy = 0;
     ItemCount m_all;
-    const std::function<bool()> &m_isToEnd;
+    const std::function<bool()> &m_shouldStop;
     bool m_hasSecondThread = false;
     std::thread m_second;
 };
 
 ItemCount Measurement::measureEntries(const Task &task, Tasks &below)
 {
-    const auto isFar = task.path.size() > longestRelativePath;
+    const auto isFar = task.path.size() > maxRelativePathLength;
     const auto subfolder = [&](const char *name) {
         if (isFar) {
             below.push_back({task.folder, name, {}, {}});
@@ -96,7 +96,7 @@ ItemCount Measurement::measureEntries(const Task &task, Tasks &below)
             continue;
         }
         struct stat status {};
-        if (::fstatat(task.folder->number(), entries.name(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (::fstatat(task.folder->fd(), entries.name(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
             continue;
         }
         if (S_ISDIR(status.st_mode)) {
@@ -113,16 +113,15 @@ ItemCount Measurement::measure(Task task, Tasks &below)
     if (task.entries != nullptr) {
         return measureEntries(task, below);
     }
-    task.folder = task.path.isEmpty()
-                      ? task.start
-                      : std::make_shared<Descriptor>(
-                            openFolder(task.start->number(), task.path.constData(), O_NOFOLLOW));
+    task.folder = task.path.isEmpty() ? task.start
+                                      : std::make_shared<Descriptor>(openFolder(
+                                            task.start->fd(), task.path.constData(), O_NOFOLLOW));
     if (!task.folder->isOpen()) {
         return {0, 1};
     }
     ItemCount count{0, 1};
     task.entries = std::make_unique<EntryBatch>();
-    while (!m_isToEnd() && task.entries->read(task.folder->number())) {
+    while (!m_shouldStop() && task.entries->read(task.folder->fd())) {
         if (!task.entries->isFull() || !handOver(task)) {
             count += measureEntries(task, below);
         }
@@ -134,7 +133,7 @@ ItemCount Measurement::measure(Task task, Tasks &below)
 bool Measurement::handOver(Task &task)
 {
     const std::lock_guard lock(m_mutex);
-    if (m_waiting.size() >= mostWaitingBatches) {
+    if (m_waiting.size() >= maxWaitingBatches) {
         return false;
     }
     m_waiting.push_back({task.start, task.path, task.folder, std::move(task.entries)});
@@ -201,7 +200,7 @@ quint64 sizeOfItem(const QString &path)
     return countItem(path, [] { return false; }).bytes;
 }
 
-ItemCount countItem(const QString &path, const std::function<bool()> &isToEnd)
+ItemCount countItem(const QString &path, const std::function<bool()> &shouldStop)
 {
     const auto bytes = fileNameBytes(path);
     struct stat status {};
@@ -216,7 +215,7 @@ ItemCount countItem(const QString &path, const std::function<bool()> &isToEnd)
     if (!top->isOpen()) {
         return {S_ISDIR(status.st_mode) ? 0 : static_cast<quint64>(status.st_size), 1};
     }
-    return Measurement(isToEnd).run(std::move(top));
+    return Measurement(shouldStop).run(std::move(top));
 }
 
 } // namespace platform

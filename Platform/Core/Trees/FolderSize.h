@@ -18,8 +18,8 @@ struct ItemCount {
     quint64 items = 0; // files, folders, links and what else there is, the item itself included
 };
 
-// The same and how many items there are. Ends early, with less, once isToEnd() is true, which any
-// of its threads may ask.
-ItemCount countItem(const QString &path, const std::function<bool()> &isToEnd);
+// The same and how many items there are. Ends early, with less, once shouldStop() is true, which
+// any of its threads may ask.
+ItemCount countItem(const QString &path, const std::function<bool()> &shouldStop);
 
 } // namespace platform

@@ -16,15 +16,14 @@ namespace {
 bool isStill(const struct stat &item, const ItemPlace &place)
 {
     struct stat now {};
-    return ::fstatat(place.folder.number(), place.name.constData(), &now, AT_SYMLINK_NOFOLLOW) ==
-               0 &&
+    return ::fstatat(place.folder.fd(), place.name.constData(), &now, AT_SYMLINK_NOFOLLOW) == 0 &&
            now.st_dev == item.st_dev && now.st_ino == item.st_ino;
 }
 
 // Removes an item, if that still has the name.
 Removal removeFrom(const ItemPlace &place, const struct stat &item, const QString &path)
 {
-    const auto folder = place.folder.number();
+    const auto folder = place.folder.fd();
     const auto *name = place.name.constData();
     if (!isStill(item, place)) {
         return {{ENOENT, path}, false};
@@ -38,7 +37,7 @@ Removal removeFrom(const ItemPlace &place, const struct stat &item, const QStrin
     if (!open.isOpen()) {
         return {{errno, path}, false};
     }
-    return removeAtOnce(folder, place.name, open.number(), path);
+    return removeAtOnce(folder, place.name, open.fd(), path);
 }
 
 // 0, else the reason (errno) why an item cannot be removed.
@@ -46,15 +45,15 @@ int whyNotRemovable(const ItemPlace &place)
 {
     struct stat folder {};
     struct stat item {};
-    if (::fstat(place.folder.number(), &folder) != 0 ||
-        ::fstatat(place.folder.number(), place.name.constData(), &item, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (::fstat(place.folder.fd(), &folder) != 0 ||
+        ::fstatat(place.folder.fd(), place.name.constData(), &item, AT_SYMLINK_NOFOLLOW) != 0) {
         return errno;
     }
     // Nobody opens this one to us, be it our own.
-    if (::faccessat(place.folder.number(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
+    if (::faccessat(place.folder.fd(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
         return errno;
     }
-    return Removability(place.folder.number(), folder).errorFor(item.st_uid);
+    return Removability(place.folder.fd(), folder).errorFor(item.st_uid);
 }
 
 FileError moveByCopying(const ItemPlace &from, const QString &source, const ItemPlace &to,
@@ -63,7 +62,7 @@ FileError moveByCopying(const ItemPlace &from, const QString &source, const Item
     if (const auto error = whyNotRemovable(from); error != 0) {
         return {error, source};
     }
-    clearUnfinishedItemsNowAndThen(from.folder.number());
+    clearUnfinishedItemsNowAndThen(from.folder.fd());
     CopiedItem copied;
     if (auto error = copyPlace(from, source, to, destination, nullptr, CopyPurpose::Move, copied)) {
         return error;
@@ -81,7 +80,7 @@ FileError moveByCopying(const ItemPlace &from, const QString &source, const Item
 FileError movePlace(const ItemPlace &from, const QString &source, const ItemPlace &to,
                     const QString &destination)
 {
-    const auto error = renameInPlace(from.folder.number(), from.name, to.folder.number(), to.name);
+    const auto error = renameInPlace(from.folder.fd(), from.name, to.folder.fd(), to.name);
     if (error == EXDEV) {
         return moveByCopying(from, source, to, destination);
     }

@@ -27,9 +27,9 @@ namespace {
 constexpr auto asFolder = O_RDONLY | O_DIRECTORY;
 constexpr auto asFile = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 // Beyond that a folder becomes a new start: the system takes paths of 4096 bytes.
-constexpr auto longestRelativePath = 3500;
+constexpr auto maxRelativePathLength = 3500;
 // Files in one folder are made one after the other, so that more would be in each other's way.
-constexpr unsigned mostThreads = 4;
+constexpr unsigned maxThreads = 4;
 
 QByteArray joined(const QByteArray &path, const QByteArray &name)
 {
@@ -44,9 +44,9 @@ std::shared_ptr<const FolderPair> openAgain(const CopiedFolder &folder)
     }
     auto open = std::make_shared<FolderPair>();
     const auto *path = folder.path.constData();
-    open->from = Descriptor(openBeneath(folder.start->from.number(), path, asFolder));
+    open->from = Descriptor(openBeneath(folder.start->from.fd(), path, asFolder));
     if (open->from.isOpen()) {
-        open->to = Descriptor(openBeneath(folder.start->to.number(), path, asFolder));
+        open->to = Descriptor(openBeneath(folder.start->to.fd(), path, asFolder));
     }
     return open;
 }
@@ -56,7 +56,7 @@ public:
     ParallelTreeCopy(QString source, std::shared_ptr<const FolderPair> top, CopyProgress &progress,
                      CopyPurpose purpose)
         : m_source(std::move(source)), m_top(std::move(top)), m_purpose(purpose),
-          m_links(m_top->to.number()), m_progress(progress)
+          m_links(m_top->to.fd()), m_progress(progress)
     {
     }
 
@@ -91,7 +91,7 @@ private:
         QByteArray m_failed;
     };
 
-    bool isToEnd() const
+    bool shouldStop() const
     {
         return m_hasFailed.load(std::memory_order_relaxed) || m_progress.isCancelled();
     }
@@ -141,7 +141,7 @@ void ParallelTreeCopy::startThreadIfItPays()
         return;
     }
     const std::lock_guard lock(m_mutex);
-    const auto most = std::clamp(std::thread::hardware_concurrency(), 2U, mostThreads);
+    const auto most = std::clamp(std::thread::hardware_concurrency(), 2U, maxThreads);
     if (!m_mayStartThreads || m_threads.size() + 1 >= most) {
         return;
     }
@@ -157,10 +157,10 @@ FileError ParallelTreeCopy::run()
 {
     auto top = std::make_shared<CopiedFolder>();
     top->start = m_top;
-    if (::fstat(m_top->from.number(), &top->status) != 0) {
+    if (::fstat(m_top->from.fd(), &top->status) != 0) {
         return {errno, m_source};
     }
-    noteRemovability(m_top->from.number(), *top);
+    noteRemovability(m_top->from.fd(), *top);
     m_tasks.add({top, {}, m_top});
     Worker(*this).work();
     for (auto &thread : m_threads) {
@@ -175,7 +175,7 @@ FileError ParallelTreeCopy::run()
 void ParallelTreeCopy::Worker::work()
 {
     for (CopyTask task; m_copy.m_tasks.take(task); m_copy.m_tasks.done()) {
-        if (!m_copy.isToEnd()) {
+        if (!m_copy.shouldStop()) {
             m_failed = QByteArray();
             if (const auto error = carryOut(task); error != 0) {
                 m_copy.fail(error, *task.folder, m_failed);
@@ -193,7 +193,7 @@ int ParallelTreeCopy::Worker::carryOut(CopyTask &task)
         }
     }
     if (const auto error = readOn(task); error != 0) {
-        return m_copy.isToEnd() ? 0 : error;
+        return m_copy.shouldStop() ? 0 : error;
     }
     finish(task);
     return 0;
@@ -210,23 +210,23 @@ int ParallelTreeCopy::Worker::enter(CopyTask &task)
     m_progress.setCurrentItem(above->path, task.below);
     const auto *path = folder->path.constData();
     auto open = std::make_shared<FolderPair>();
-    open->from = Descriptor(openBeneath(folder->start->from.number(), path, asFolder));
-    if (!open->from.isOpen() || ::fstat(open->from.number(), &folder->status) != 0) {
+    open->from = Descriptor(openBeneath(folder->start->from.fd(), path, asFolder));
+    if (!open->from.isOpen() || ::fstat(open->from.fd(), &folder->status) != 0) {
         return errno;
     }
     if (const auto error = above->removability.errorFor(folder->status.st_uid); error != 0) {
         return error;
     }
-    m_copy.noteRemovability(open->from.number(), *folder);
+    m_copy.noteRemovability(open->from.fd(), *folder);
     // Its own mode at the end: it may be one that lets nobody write.
-    if (::mkdirat(folder->start->to.number(), path, S_IRWXU) != 0) {
+    if (::mkdirat(folder->start->to.fd(), path, S_IRWXU) != 0) {
         return errno;
     }
-    open->to = Descriptor(openBeneath(folder->start->to.number(), path, asFolder));
+    open->to = Descriptor(openBeneath(folder->start->to.fd(), path, asFolder));
     if (!open->to.isOpen()) {
         return errno;
     }
-    if (folder->path.size() > longestRelativePath) {
+    if (folder->path.size() > maxRelativePathLength) {
         folder->newStart = open;
     }
     folder->above = above;
@@ -240,7 +240,7 @@ int ParallelTreeCopy::Worker::readOn(const CopyTask &task)
 {
     auto &folder = *task.folder;
     auto goesOnElsewhere = false;
-    while (!goesOnElsewhere && m_batch.read(task.open->from.number())) {
+    while (!goesOnElsewhere && m_batch.read(task.open->from.fd())) {
         if (m_batch.isFull()) {
             // The rest of a large folder is for whoever has time.
             folder.pending.fetch_add(1, std::memory_order_relaxed);
@@ -250,7 +250,7 @@ int ParallelTreeCopy::Worker::readOn(const CopyTask &task)
         }
         m_below.clear();
         while (m_batch.next()) {
-            if (m_copy.isToEnd()) {
+            if (m_copy.shouldStop()) {
                 return ECANCELED;
             }
             if (const auto error = copyEntry(task, m_batch.name(), m_batch.type()); error != 0) {
@@ -281,7 +281,7 @@ int ParallelTreeCopy::Worker::copyEntry(const CopyTask &task, const char *name, 
         return copyFile(task, name);
     }
     struct stat status {};
-    if (::fstatat(task.open->from.number(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (::fstatat(task.open->from.fd(), name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return errno;
     }
     if (S_ISDIR(status.st_mode)) {
@@ -297,7 +297,7 @@ int ParallelTreeCopy::Worker::copyEntry(const CopyTask &task, const char *name, 
         return error;
     }
     const auto outcome = linkOrMake(task, bytes, status, [&] {
-        error = copySpecial(task.open->from.number(), bytes, status, task.open->to.number(), bytes);
+        error = copySpecial(task.open->from.fd(), bytes, status, task.open->to.fd(), bytes);
         return error == 0;
     });
     if (outcome != HardLinks::Outcome::Failed) {
@@ -324,9 +324,9 @@ HardLinks::Outcome ParallelTreeCopy::Worker::linkOrMake(const CopyTask &task,
 int ParallelTreeCopy::Worker::copyFile(const CopyTask &task, const QByteArray &name)
 {
     m_progress.setCurrentItem(task.folder->path, name);
-    const Descriptor source(openBeneath(task.open->from.number(), name.constData(), asFile));
+    const Descriptor source(openBeneath(task.open->from.fd(), name.constData(), asFile));
     struct stat status {};
-    if (!source.isOpen() || ::fstat(source.number(), &status) != 0) {
+    if (!source.isOpen() || ::fstat(source.fd(), &status) != 0) {
         return errno;
     }
     if (!S_ISREG(status.st_mode)) {
@@ -338,9 +338,9 @@ int ParallelTreeCopy::Worker::copyFile(const CopyTask &task, const QByteArray &n
         error = makeFile(task, name, status, copy);
     }
     if (error == 0 && copy.isOpen()) {
-        error = copyContents(source.number(), status, copy.number(), &m_progress);
+        error = copyContents(source.fd(), status, copy.fd(), &m_progress);
         if (error == 0) {
-            error = copyAttributes(source.number(), status, copy.number());
+            error = copyAttributes(source.fd(), status, copy.fd());
         }
     }
     if (error == 0) {
@@ -356,7 +356,7 @@ int ParallelTreeCopy::Worker::makeFile(const CopyTask &task, const QByteArray &n
     int error = 0;
     const auto outcome = linkOrMake(task, name, status, [&] {
         copy = Descriptor(retried([&] {
-            return ::openat(task.open->to.number(), name.constData(),
+            return ::openat(task.open->to.fd(), name.constData(),
                             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                             S_IRUSR | S_IWUSR);
         }));
@@ -380,10 +380,9 @@ void ParallelTreeCopy::Worker::finish(const CopyTask &task)
         if (open == nullptr) {
             open = openAgain(*folder);
         }
-        const auto error =
-            open->from.isOpen() && open->to.isOpen()
-                ? copyAttributes(open->from.number(), folder->status, open->to.number())
-                : errno;
+        const auto error = open->from.isOpen() && open->to.isOpen()
+                               ? copyAttributes(open->from.fd(), folder->status, open->to.fd())
+                               : errno;
         if (error != 0) {
             folder->pending = 1; // is not finished
             m_copy.fail(error, *folder, {});
@@ -400,20 +399,20 @@ FileError copyTree(const ItemPlace &from, const ItemPlace &to, const QString &so
                    CopyProgress &progress, CopyPurpose purpose, CopiedItem &copied)
 {
     auto top = std::make_shared<FolderPair>();
-    top->from = Descriptor(openBeneath(from.folder.number(), from.name.constData(), asFolder));
+    top->from = Descriptor(openBeneath(from.folder.fd(), from.name.constData(), asFolder));
     if (!top->from.isOpen()) {
         return {errno, source};
     }
     UnfinishedItem copy;
-    if (const auto error = copy.create(to.folder.number()); error != 0) {
+    if (const auto error = copy.create(to.folder.fd()); error != 0) {
         return {error, source};
     }
     if (::mkdirat(copy.folder(), UnfinishedItem::name, S_IRWXU) != 0) {
         return {errno, source};
     }
     top->to = Descriptor(openBeneath(copy.folder(), UnfinishedItem::name, asFolder));
-    if (!top->to.isOpen() || ::fstat(top->from.number(), &copied.original) != 0 ||
-        ::fstat(top->to.number(), &copied.copy) != 0) {
+    if (!top->to.isOpen() || ::fstat(top->from.fd(), &copied.original) != 0 ||
+        ::fstat(top->to.fd(), &copied.copy) != 0) {
         return {errno, source};
     }
     if (auto error = ParallelTreeCopy(source, std::move(top), progress, purpose).run()) {

@@ -43,18 +43,18 @@ Descriptor openOwnFolder(int folder, const char *name, struct stat &status)
 {
     const Descriptor pinned(retried(
         [&] { return ::openat(folder, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
-    if (!pinned.isOpen() || ::fstat(pinned.number(), &status) != 0) {
+    if (!pinned.isOpen() || ::fstat(pinned.fd(), &status) != 0) {
         return {};
     }
     if (!isOwnAndClosed(status)) {
         errno = EACCES;
         return {};
     }
-    const auto path = pathOfDescriptor(pinned.number());
+    const auto path = pathOfDescriptor(pinned.fd());
     if (::chmod(path.constData(), (status.st_mode & allModeBits) | S_IRWXU) != 0) {
         return {};
     }
-    auto open = openToRead(pinned.number(), ".");
+    auto open = openToRead(pinned.fd(), ".");
     if (!open.isOpen()) {
         const auto error = errno;
         ::chmod(path.constData(), status.st_mode & allModeBits);
@@ -126,7 +126,7 @@ bool TreeRemoval::enter(int folder, const QByteArray &name)
     auto entered = openToRead(folder, name.constData());
     if (!entered.isOpen() && errno == EACCES) {
         entered = openOwnFolder(folder, name.constData(), level.status);
-    } else if (entered.isOpen() && ::fstat(entered.number(), &level.status) != 0) {
+    } else if (entered.isOpen() && ::fstat(entered.fd(), &level.status) != 0) {
         entered.close();
     }
     if (!entered.isOpen()) {
@@ -144,7 +144,7 @@ bool TreeRemoval::enter(int folder, const QByteArray &name)
 void TreeRemoval::goInto(Descriptor folder, Level level)
 {
     if (isOwnAndClosed(level.status)) {
-        ::fchmod(folder.number(), level.status.st_mode | S_IRWXU);
+        ::fchmod(folder.fd(), level.status.st_mode | S_IRWXU);
     }
     m_current = std::move(folder);
     m_levels.push_back(std::move(level));
@@ -155,7 +155,7 @@ void TreeRemoval::removeFiles()
     // All names first: what a folder lists while it is being changed is not defined.
     std::vector<QByteArray> files;
     auto &folders = m_levels.back().folders;
-    FolderEntries entries(m_current.number());
+    FolderEntries entries(m_current.fd());
     while (entries.next()) {
         (entries.type() == DT_DIR ? folders : files).emplace_back(entries.name());
     }
@@ -163,7 +163,7 @@ void TreeRemoval::removeFiles()
         fail(entries.error());
     }
     for (const auto &name : files) {
-        if (unlink(m_current.number(), name, 0)) {
+        if (unlink(m_current.fd(), name, 0)) {
             continue;
         }
         if (errno == EISDIR) {
@@ -203,7 +203,7 @@ bool TreeRemoval::leave()
     m_levels.pop_back();
     const auto left = std::move(m_current);
     if (m_levels.empty()) {
-        if (removeLeft(m_outside, level, left.number())) {
+        if (removeLeft(m_outside, level, left.fd())) {
             m_removal.error = {}; // all is gone, whatever it was
         } else {
             fail(errno, level.name);
@@ -211,9 +211,9 @@ bool TreeRemoval::leave()
         return true;
     }
     m_current = Descriptor(
-        retried([&] { return ::openat(left.number(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+        retried([&] { return ::openat(left.fd(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC); }));
     struct stat status {};
-    if (!m_current.isOpen() || ::fstat(m_current.number(), &status) != 0) {
+    if (!m_current.isOpen() || ::fstat(m_current.fd(), &status) != 0) {
         fail(errno, level.name);
         return false;
     }
@@ -221,7 +221,7 @@ bool TreeRemoval::leave()
         fail(ENOENT, level.name);
         return false;
     }
-    if (!removeLeft(m_current.number(), level, left.number())) {
+    if (!removeLeft(m_current.fd(), level, left.fd())) {
         fail(errno, level.name);
     }
     return true;
@@ -238,7 +238,7 @@ void TreeRemoval::removeAll()
         }
         const auto next = std::move(folders.back());
         folders.pop_back();
-        if (enter(m_current.number(), next)) {
+        if (enter(m_current.fd(), next)) {
             removeFiles();
         }
     }
@@ -260,7 +260,7 @@ Removal TreeRemoval::run(int open)
 {
     Level level{m_topName, {}, {}};
     auto own = openToRead(open, ".");
-    if (!own.isOpen() || ::fstat(own.number(), &level.status) != 0) {
+    if (!own.isOpen() || ::fstat(own.fd(), &level.status) != 0) {
         fail(errno, m_topName);
     } else {
         goInto(std::move(own), std::move(level));
@@ -284,7 +284,7 @@ FileError removeItem(const QString &path)
     }
     const auto end = path.lastIndexOf(fileNameFromBytes(place.name));
     const auto folder = end == 0 ? QStringLiteral(".") : path.left(end - 1);
-    return TreeRemoval(place.folder.number(), place.name, folder).run().error;
+    return TreeRemoval(place.folder.fd(), place.name, folder).run().error;
 }
 
 } // namespace platform

@@ -33,7 +33,7 @@ constexpr mode_t markedMode = S_ISVTX | S_IRWXU;
 constexpr mode_t allModeBits = 07777;
 constexpr mode_t comparedBits =
     allModeBits & ~mode_t(S_ISGID); // that one comes from the folder around
-constexpr auto mostTries = 100;
+constexpr auto maxTries = 100;
 
 // FUSE may be a network, or a file system of Windows; the kernel's header does not name these.
 constexpr unsigned long ntfs = 0x5346544e;
@@ -102,12 +102,12 @@ void clearIfLeft(int folder, const QByteArray &name)
 {
     const auto left = openFolder(folder, name.constData());
     struct stat status {};
-    if (!left.isOpen() || ::fstat(left.number(), &status) != 0 || !isOnDeviceOf(folder, status) ||
+    if (!left.isOpen() || ::fstat(left.fd(), &status) != 0 || !isOnDeviceOf(folder, status) ||
         status.st_uid != ::geteuid() || (status.st_mode & comparedBits) != markedMode ||
-        lock(left.number()) != 0 || !hasName(status, folder, name)) {
+        lock(left.fd()) != 0 || !hasName(status, folder, name)) {
         return;
     }
-    removeOpenFolder(folder, name, left.number(), {});
+    removeOpenFolder(folder, name, left.fd(), {});
 }
 
 // A folder may not be moved out of another one by an ordinary user whom its mode forbids to write.
@@ -117,10 +117,10 @@ int renameClosedFolder(int from, int to, const QByteArray &name)
         return ::openat(from, UnfinishedItem::name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     }));
     struct stat status {};
-    if (!item.isOpen() || ::fstat(item.number(), &status) != 0 || status.st_uid != ::geteuid()) {
+    if (!item.isOpen() || ::fstat(item.fd(), &status) != 0 || status.st_uid != ::geteuid()) {
         return EACCES;
     }
-    const auto path = pathOfDescriptor(item.number());
+    const auto path = pathOfDescriptor(item.fd());
     if (::chmod(path.constData(), status.st_mode | S_IRWXU) != 0) {
         return errno;
     }
@@ -170,14 +170,14 @@ private:
 UnfinishedItem::~UnfinishedItem()
 {
     if (m_place.isOpen()) {
-        removeOpenFolder(m_folder, m_placeName, m_place.number(), {});
+        removeOpenFolder(m_folder, m_placeName, m_place.fd(), {});
     }
 }
 
 // 0, else the reason (errno): EAGAIN where somebody has taken it for one that was left.
 int UnfinishedItem::prepare() const
 {
-    const auto place = m_place.number();
+    const auto place = m_place.fd();
     struct stat status {};
     if (::fstat(place, &status) != 0) {
         return errno;
@@ -215,7 +215,7 @@ int UnfinishedItem::create(int folder)
     clearUnfinishedItems(folder);
     m_folder = folder;
     int error = EAGAIN;
-    for (int i = 0; error == EAGAIN && i < mostTries; ++i) {
+    for (int i = 0; error == EAGAIN && i < maxTries; ++i) {
         m_placeName = temporaryName();
         if (::mkdirat(folder, m_placeName.constData(), markedMode) != 0) {
             return errno;
@@ -280,12 +280,12 @@ void clearUnfinishedItems(int folder)
     constexpr nlink_t withoutFolders = 2; // where the file system counts them
     const auto listed = openFolder(folder, ".");
     struct stat status {};
-    if (!listed.isOpen() || ::fstat(listed.number(), &status) != 0 ||
-        status.st_nlink == withoutFolders || !keepsOwnersAndLocks(listed.number())) {
+    if (!listed.isOpen() || ::fstat(listed.fd(), &status) != 0 ||
+        status.st_nlink == withoutFolders || !keepsOwnersAndLocks(listed.fd())) {
         return;
     }
     std::vector<QByteArray> left;
-    for (FolderEntries entries(listed.number()); entries.next();) {
+    for (FolderEntries entries(listed.fd()); entries.next();) {
         if ((entries.type() == DT_DIR || entries.type() == DT_UNKNOWN) &&
             isTemporaryName(entries.name())) {
             left.emplace_back(entries.name());

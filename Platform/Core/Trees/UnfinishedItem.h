@@ -29,7 +29,7 @@ public:
     int publish(const QByteArray &finalName);
 
     // The place, open. The item is to be made in it, under this name.
-    int folder() const { return m_place.number(); }
+    int folder() const { return m_place.fd(); }
     static constexpr const char *name = "item";
 
 private:

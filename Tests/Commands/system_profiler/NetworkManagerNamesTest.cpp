@@ -154,8 +154,8 @@ void NetworkManagerNamesTest::aBusThatSaysNothingIsGivenUp()
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     qstrcpy(&address.sun_path[0], "/run/dbus/system_bus_socket");
-    QCOMPARE(::bind(bus.number(), reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
-    QCOMPARE(::listen(bus.number(), 1), 0);
+    QCOMPARE(::bind(bus.fd(), reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+    QCOMPARE(::listen(bus.fd(), 1), 0);
     QElapsedTimer time;
     time.start();
     QVERIFY(networkManagerNames(100ms).empty());

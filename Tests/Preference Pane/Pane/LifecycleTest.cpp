@@ -55,12 +55,14 @@ class ShownStatuses {
 public:
     explicit ShownStatuses(const PaneFixture &fixture)
     {
-        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this, &fixture] {
+        const auto look = [this, &fixture] {
             const auto text = fixture.status().mid(QStringLiteral("Status: ").size());
             if (m_words.isEmpty() || m_words.last() != text) {
                 m_words << text;
             }
-        });
+        };
+        look(); // the timer's first time may come after the next word
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, look);
         m_timer.start(1ms);
     }
     // In order, with arrows between them.

@@ -21,7 +21,7 @@ private Q_SLOTS:
 
 namespace {
 
-const test::Fault noThreads{test::Thread, 1, test::Fate::Fails, EAGAIN, true, true};
+const test::Fault noThreads{test::Thread, 1, test::Outcome::Fails, EAGAIN, true, true};
 
 } // namespace
 

@@ -129,7 +129,7 @@ void ZQAlertEndTest::theTimerOverwritesAnEarlierAnswer()
 void ZQAlertEndTest::withoutAThreadTheTimerStillEndsTheAlert()
 {
     const auto ask = [](qint64 seconds) {
-        const test::Faults faults({test::Thread, 1, test::Fate::Fails, EAGAIN, true, false});
+        const test::Faults faults({test::Thread, 1, test::Outcome::Fails, EAGAIN, true, false});
         return askFor(seconds);
     };
     QCOMPARE(ask(1), 1);

@@ -45,7 +45,7 @@ QByteArray readAll(const platform::Descriptor &descriptor)
     QByteArray bytes;
     std::array<char, 4096> buffer{};
     for (ssize_t size = 1; size > 0;) {
-        size = ::read(descriptor.number(), buffer.data(), buffer.size());
+        size = ::read(descriptor.fd(), buffer.data(), buffer.size());
         bytes.append(buffer.data(), static_cast<int>(std::max<ssize_t>(size, 0)));
     }
     return bytes;
@@ -106,7 +106,7 @@ QByteArray handDown(const QStringList &words)
     std::array<char *, 2> environment{inheritance.environmentEntry.data(), nullptr};
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
-    const int number = inheritance.descriptor.number();
+    const int number = inheritance.descriptor.fd();
     ::posix_spawn_file_actions_adddup2(&actions, number, number);
     pid_t child = -1;
     ::posix_spawn(&child, "/proc/self/exe", &actions, nullptr, pointers.data(), environment.data());

@@ -48,7 +48,7 @@ void ZQFileManagerCopyStartTest::withoutAThreadNothingBegins()
     const auto before = FileOperation::living();
     bool started = true;
     {
-        const test::Faults faults({test::Thread, 1, test::Fate::Fails, EAGAIN, true, false});
+        const test::Faults faults({test::Thread, 1, test::Outcome::Fails, EAGAIN, true, false});
         started =
             ZQFileManager::copyFileWithProgress(at.path("source"), at.path("copy"), &delegate, {});
     }

@@ -129,13 +129,13 @@ void ZQFileManagerMoveTest::aMoveToANameThatIsTheSameGoesThroughAnother()
     auto &at = *m_fixture;
     test::writeFile(at / "File", "contents");
     const platform::Descriptor watch(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    QVERIFY(::inotify_add_watch(watch.number(), at.folder().path().c_str(), IN_MOVE) >= 0);
+    QVERIFY(::inotify_add_watch(watch.fd(), at.folder().path().c_str(), IN_MOVE) >= 0);
     QVERIFY(ZQFileManager::moveFile(at.path("File"), at.path("File"), ShouldAuth::No));
     QCOMPARE(at.folder().names(), QStringList(QStringLiteral("File")));
     QCOMPARE(test::readFile(at / "File"), std::string("contents"));
 
     std::array<char, 4096> events{};
-    const auto size = ::read(watch.number(), events.data(), events.size());
+    const auto size = ::read(watch.fd(), events.data(), events.size());
     QStringList names;
     for (ssize_t i = 0; i < size;) {
         inotify_event event{};

@@ -48,7 +48,7 @@ using test::body;
 using test::entries;
 using test::generation;
 
-constexpr quint64 longestFile = 500000;
+constexpr quint64 maxFileSize = 500000;
 constexpr quint64 lineOverhead = 29; // date, dash and line break
 
 QString text(const char *utf8)
@@ -273,17 +273,17 @@ void ZQLogRotationTest::theNameMayBeSetAndCleared()
 void ZQLogRotationTest::aFileOf499999BytesIsNotFull()
 {
     ZQLog::createNewLog();
-    fillTo(longestFile - 1);
-    QCOMPARE(ZQLog::sharedController().bytesWritten(), longestFile - 1);
-    QCOMPARE(test::contents(generation(1)).size(), int(longestFile - 1));
+    fillTo(maxFileSize - 1);
+    QCOMPARE(ZQLog::sharedController().bytesWritten(), maxFileSize - 1);
+    QCOMPARE(test::contents(generation(1)).size(), int(maxFileSize - 1));
     QVERIFY(!QFile::exists(generation(2)));
 }
 
 void ZQLogRotationTest::theEntryThatReaches500000BytesEndsTheOldFile()
 {
     ZQLog::createNewLog();
-    const auto filling = fillTo(longestFile);
-    QCOMPARE(test::contents(generation(2)).size(), int(longestFile));
+    const auto filling = fillTo(maxFileSize);
+    QCOMPARE(test::contents(generation(2)).size(), int(maxFileSize));
     QCOMPARE(body(generation(2)), QStringList(filling));
     const auto lines = entries(generation(1));
     QCOMPARE(test::headerSize(lines), 4);
@@ -297,12 +297,12 @@ void ZQLogRotationTest::theEntryBehindTheOneThatReaches500000BytesBeginsTheNewFi
 {
     // Queued at once, so that they are written together; the tenth line is the last byte.
     ZQLog::createNewLog();
-    fillTo(longestFile - 10 * (lineOverhead + 1));
+    fillTo(maxFileSize - 10 * (lineOverhead + 1));
     for (int line = 0; line < 15; ++line) {
         ZQLog::fastAppendLog(text("%x"), line);
     }
     ZQLog::finishWriting();
-    QCOMPARE(test::contents(generation(2)).size(), int(longestFile));
+    QCOMPARE(test::contents(generation(2)).size(), int(maxFileSize));
     QCOMPARE(body(generation(2)).last(), text("9"));
     QCOMPARE(body(generation(1)),
              (QStringList{notice(), text("a"), text("b"), text("c"), text("d"), text("e")}));
@@ -344,8 +344,8 @@ void ZQLogRotationTest::aBurstIsWrittenAsIfOneByOne()
         if (number > 1) {
             const auto size = static_cast<quint64>(QFileInfo(path).size());
             const auto last = lineOverhead + static_cast<quint64>(all.last().size());
-            QVERIFY(size >= longestFile);
-            QVERIFY(size - last < longestFile);
+            QVERIFY(size >= maxFileSize);
+            QVERIFY(size - last < maxFileSize);
         }
     }
     QCOMPARE(line, lines);
@@ -355,7 +355,7 @@ void ZQLogRotationTest::theTruncationNoticeIsWrittenFromInsideTheQueue()
 {
     // Short, with nothing else waiting: the notice would wait for the queue that it is on.
     ZQLog::createNewLog();
-    fillTo(longestFile - lineOverhead);
+    fillTo(maxFileSize - lineOverhead);
     ZQLog::fastAppendLog(text("x"));
     ZQLog::finishWriting();
     QCOMPARE(body(generation(2)).last(), text("x"));

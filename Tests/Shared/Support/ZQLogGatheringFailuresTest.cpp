@@ -148,7 +148,7 @@ void ZQLogGatheringFailuresTest::aFullDiskWhileCopyingLosesNothing()
     Result result;
     {
         const test::Faults full(
-            {test::Write | test::Copy, 1, test::Fate::Fails, ENOSPC, true, true});
+            {test::Write | test::Copy, 1, test::Outcome::Fails, ENOSPC, true, true});
         result = gather();
     }
     QVERIFY(!result.gathered);
@@ -203,7 +203,7 @@ void ZQLogGatheringFailuresTest::anOldFolderThatCannotBeRemovedIsToldToTheConsol
     write(GatheringFixture::temporaryFolder(QStringLiteral("/old")), "old");
     Result result;
     {
-        const test::Faults refused({test::Remove, 1, test::Fate::Fails, EACCES, true, true});
+        const test::Faults refused({test::Remove, 1, test::Outcome::Fails, EACCES, true, true});
         result = gather();
     }
     QVERIFY(!result.gathered);
@@ -220,7 +220,7 @@ void ZQLogGatheringFailuresTest::aFolderThatCannotBeMadeIsToldToTheConsole()
     Result result;
     {
         // The first one makes sure of the temporary folder's own folder.
-        const test::Faults refused({test::Make, 1, test::Fate::Fails, ENOSPC, true, true});
+        const test::Faults refused({test::Make, 1, test::Outcome::Fails, ENOSPC, true, true});
         result = gather();
     }
     QVERIFY(!result.gathered);
@@ -241,7 +241,7 @@ void ZQLogGatheringFailuresTest::noFaultLosesALogOrLeavesADamagedArchive()
         auto gathered = false;
         auto hasStruck = false;
         {
-            const test::Faults faults({calls, nth, test::Fate::Fails, EIO, false, true});
+            const test::Faults faults({calls, nth, test::Outcome::Fails, EIO, false, true});
             gathered = ZQTroubleshootingUtils::gatherLogsForAppsWithNames({ostrel}, Silent::Yes);
             hasStruck = test::Faults::haveStruck();
         }

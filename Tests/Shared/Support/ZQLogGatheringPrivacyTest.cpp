@@ -78,8 +78,10 @@ void ZQLogGatheringPrivacyTest::theArchiveIsPrivateWheneverItsMakerIsKilled()
         ditto, QStringLiteral("exec env LD_PRELOAD=" FAULTS_LIBRARY " " DITTO " \"$@\""));
     auto found = 0;
     for (int nth = 1;; ++nth) {
-        const auto fault =
-            QStringLiteral("%1 %2 %3 0 0").arg(test::AllCalls).arg(nth).arg(int(test::Fate::Kills));
+        const auto fault = QStringLiteral("%1 %2 %3 0 0")
+                               .arg(test::AllCalls)
+                               .arg(nth)
+                               .arg(int(test::Outcome::Kills));
         const test::EnvironmentVariable variable("FAULT", fault.toUtf8());
         const auto isDone = gather();
         const auto names = GatheringFixture::desktopNames();

@@ -78,7 +78,7 @@ public:
     {
         const auto program = (bundle + QStringLiteral("/Contents/MacOS/program")).toUtf8();
         const auto fault = QByteArray::number(test::Rename | test::Remove) + " 1 " +
-                           QByteArray::number(static_cast<int>(test::Fate::Stops)) + " 0 1";
+                           QByteArray::number(static_cast<int>(test::Outcome::Stops)) + " 0 1";
         const test::EnvironmentVariable variable("FAULT", fault);
         const test::EnvironmentVariable library("LD_PRELOAD", FAULTS_LIBRARY);
         const auto argument = command.toUtf8();

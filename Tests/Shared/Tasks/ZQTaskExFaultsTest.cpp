@@ -48,8 +48,8 @@ constexpr auto launching = test::Open | test::Spawn | test::Pipe | test::Duplica
 constexpr auto waiting = test::Process | test::Event | test::Wait;
 
 // What can only be delayed.
-constexpr std::array delays{test::FaultKind{"EINTR", test::Fate::Fails, EINTR},
-                            test::FaultKind{"short count", test::Fate::FallsShort, 0}};
+constexpr std::array delays{test::FaultKind{"EINTR", test::Outcome::Fails, EINTR},
+                            test::FaultKind{"short count", test::Outcome::FallsShort, 0}};
 
 const QString shell = text("/bin/sh");
 const QString printing = text("head -c 200000 /dev/zero; echo error >&2; exit 2");
@@ -271,7 +271,7 @@ void ZQTaskExFaultsTest::withoutAThreadThereIsNoTimeoutButTheResult()
     prepare();
     qint64 code = 0;
     {
-        const test::Faults faults({test::Thread, 1, test::Fate::Fails, EAGAIN, true, false});
+        const test::Faults faults({test::Thread, 1, test::Outcome::Fails, EAGAIN, true, false});
         code = ZQTaskEx::terminationCodeFromTask(shell, carryOut(text("exit 7")),
                                                  std::chrono::seconds(0));
     }
@@ -322,7 +322,7 @@ void ZQTaskExFaultsTest::withoutAThreadAnAsynchronousCommandIsRefused()
     prepare();
     Asynchronous result;
     {
-        const test::Faults faults({test::Thread, 1, test::Fate::Fails, EAGAIN, true, false});
+        const test::Faults faults({test::Thread, 1, test::Outcome::Fails, EAGAIN, true, false});
         result = asynchronous(printing);
     }
     QVERIFY(result.output.isEmpty());

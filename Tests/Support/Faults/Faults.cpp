@@ -20,7 +20,7 @@ namespace {
 struct Plan {
     std::atomic<unsigned> calls = 0; // none while nothing is armed
     std::atomic<int> nth = 0;
-    std::atomic<int> fate = 0;
+    std::atomic<int> outcome = 0;
     std::atomic<int> error = 0;
     std::atomic<bool> forGood = false;
     std::atomic<pid_t> thread = 0; // 0 for any
@@ -35,23 +35,23 @@ Plan &plan()
 }
 
 // Changed while nothing is armed.
-std::function<void()> &meddling()
+std::function<void()> &interference()
 {
     static std::function<void()> instance;
     return instance;
 }
 
 // What waits to be interrupted again and again must still get through.
-constexpr int mostInterruptions = 5000;
+constexpr int maxInterruptions = 5000;
 
 // Whether the system ever does that to such a call.
-bool canMeet(Calls calls, Fate fate, int error)
+bool canMeet(Calls calls, Outcome outcome, int error)
 {
-    if (fate == Fate::FallsShort) {
+    if (outcome == Outcome::FallsShort) {
         return (calls & (Read | Write | Copy)) != 0U;
     }
-    return fate == Fate::Kills || fate == Fate::Stops || fate == Fate::Meddled || error == EINTR ||
-           (calls & Wait) == 0U;
+    return outcome == Outcome::Kills || outcome == Outcome::Stops ||
+           outcome == Outcome::Interferes || error == EINTR || (calls & Wait) == 0U;
 }
 
 // Kept here rather than asked for at every call; a forked child has its own.
@@ -68,47 +68,47 @@ Strike strike(Calls calls)
     if ((armed.calls & calls) == 0U || (armed.thread != 0 && armed.thread != currentThread())) {
         return {};
     }
-    const auto fate = static_cast<Fate>(armed.fate.load());
+    const auto outcome = static_cast<Outcome>(armed.outcome.load());
     const auto error = armed.error.load();
-    if (!canMeet(calls, fate, error)) {
+    if (!canMeet(calls, outcome, error)) {
         return {};
     }
     const auto number = ++armed.count;
-    const auto isInterruption = fate == Fate::Fails && error == EINTR;
+    const auto isInterruption = outcome == Outcome::Fails && error == EINTR;
     if (number < armed.nth || (number > armed.nth && !armed.forGood) ||
-        (isInterruption && number >= armed.nth + mostInterruptions)) {
+        (isInterruption && number >= armed.nth + maxInterruptions)) {
         return {};
     }
     armed.struck = true;
-    if (fate == Fate::Kills) {
+    if (outcome == Outcome::Kills) {
         ::kill(::getpid(), SIGKILL);
-    } else if (fate == Fate::Stops) {
+    } else if (outcome == Outcome::Stops) {
         ::raise(SIGSTOP);
     }
-    return {fate == Fate::Fails ? error : 0, fate == Fate::FallsShort,
-            static_cast<bool>(meddling())};
+    return {outcome == Outcome::Fails ? error : 0, outcome == Outcome::FallsShort,
+            static_cast<bool>(interference())};
 }
 
-void meddle()
+void interfere()
 {
     const auto calls = plan().calls.exchange(0); // not at its own calls
     const auto error = errno;
-    meddling()();
+    interference()();
     errno = error;
     plan().calls = calls;
 }
 
 Faults::Faults(const Fault &fault)
 {
-    meddling() = fault.meddling;
-    armFault(fault.calls, fault.nth, static_cast<int>(fault.fate), fault.error,
+    interference() = fault.interference;
+    armFault(fault.calls, fault.nth, static_cast<int>(fault.outcome), fault.error,
              static_cast<int>(fault.forGood), static_cast<int>(fault.anyThread));
 }
 
 Faults::~Faults()
 {
     disarmFault();
-    meddling() = nullptr;
+    interference() = nullptr;
 }
 
 bool Faults::haveStruck()
@@ -123,25 +123,25 @@ namespace {
 {
     unsigned calls = 0;
     int nth = 0;
-    int fate = 0;
+    int outcome = 0;
     int error = 0;
     int forGood = 0;
     const auto *text = std::getenv("FAULT");
     if (text != nullptr &&
-        std::sscanf(text, "%u %d %d %d %d", &calls, &nth, &fate, &error, &forGood) == 5) {
-        armFault(calls, nth, fate, error, forGood, 1);
+        std::sscanf(text, "%u %d %d %d %d", &calls, &nth, &outcome, &error, &forGood) == 5) {
+        armFault(calls, nth, outcome, error, forGood, 1);
     }
 }
 
 } // namespace
 } // namespace test
 
-void armFault(unsigned calls, int nth, int fate, int error, int forGood, int anyThread)
+void armFault(unsigned calls, int nth, int outcome, int error, int forGood, int anyThread)
 {
     auto &plan = test::plan();
     plan.calls = 0;
     plan.nth = nth;
-    plan.fate = fate;
+    plan.outcome = outcome;
     plan.error = error;
     plan.forGood = forGood != 0;
     plan.thread = anyThread != 0 ? 0 : ::gettid();

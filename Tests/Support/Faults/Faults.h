@@ -33,23 +33,23 @@ enum Calls : unsigned {
     AllCalls = (1U << 19U) - 1U,
 };
 
-enum class Fate {
+enum class Outcome {
     Fails,      // with the error, and nothing is done
     FallsShort, // reading and writing: half of what is asked for
     Kills,      // the process, before the call
-    Meddled,    // done, and right behind it somebody does something
+    Interferes, // done, and right behind it somebody does something
     Stops,      // the process, before the call, until it is told to continue
 };
 
 struct Fault {
     unsigned calls = AllCalls;
     int nth = 1; // the first call is 1
-    Fate fate = Fate::Fails;
+    Outcome outcome = Outcome::Fails;
     int error = 0;          // as errno
     bool forGood = false;   // the calls after that, too; of interruptions 5000, since signals end
     bool anyThread = false; // else only calls of the thread that arms the fault
-    // What somebody does where a call is Meddled, or right behind one that Fails.
-    std::function<void()> meddling = {};
+    // What somebody does where it interferes, or right behind one that Fails.
+    std::function<void()> interference = {};
 };
 
 // Armed while it exists; one at a time.
@@ -69,7 +69,7 @@ public:
 // The same by name, for dlsym. The variable FAULT of a child program is "CALLS NTH FATE ERROR
 // FOR_GOOD" in numbers, any thread being meant.
 extern "C" {
-void armFault(unsigned calls, int nth, int fate, int error, int forGood, int anyThread);
+void armFault(unsigned calls, int nth, int outcome, int error, int forGood, int anyThread);
 void disarmFault();
 int faultHasStruck();
 }

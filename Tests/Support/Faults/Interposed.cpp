@@ -36,8 +36,8 @@ auto unless(const test::Strike &struck, Function *function, Arguments... argumen
     if (struck.error != 0) {
         errno = struck.error;
     }
-    if (struck.meddles) {
-        test::meddle();
+    if (struck.interferes) {
+        test::interfere();
     }
     return result;
 }

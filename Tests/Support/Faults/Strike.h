@@ -12,7 +12,7 @@ namespace test {
 struct Strike {
     int error = 0; // fails with that
     bool fallsShort = false;
-    bool meddles = false; // somebody does something right behind the call
+    bool interferes = false; // somebody does something right behind the call
 
     std::size_t cut(std::size_t size) const { return fallsShort && size > 1 ? size / 2 : size; }
 };
@@ -21,6 +21,6 @@ struct Strike {
 Strike strike(Calls calls);
 
 // What somebody does.
-void meddle();
+void interfere();
 
 } // namespace test

@@ -55,10 +55,10 @@ void AuthorizationTest::aSocketOfOurOwnIsNotBelieved()
         const platform::Descriptor first(ends[0]);
         const platform::Descriptor second(ends[1]);
         const test::EnvironmentVariable variable("CORVANE_AUTHORIZATION",
-                                                 QByteArray::number(first.number()));
+                                                 QByteArray::number(first.fd()));
         QVERIFY(platform::Authorization::handedDown() == nullptr);
         std::array<char, 16> buffer{};
-        QVERIFY(::recv(second.number(), buffer.data(), buffer.size(), MSG_DONTWAIT) < 0); // unasked
+        QVERIFY(::recv(second.fd(), buffer.data(), buffer.size(), MSG_DONTWAIT) < 0); // unasked
     }
 }
 

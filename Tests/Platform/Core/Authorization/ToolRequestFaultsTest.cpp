@@ -66,13 +66,13 @@ QByteArray reply(std::int32_t number)
 
 bool writeAll(const Descriptor &pipe, const QByteArray &bytes)
 {
-    return ::write(pipe.number(), bytes.constData(), static_cast<std::size_t>(bytes.size())) ==
+    return ::write(pipe.fd(), bytes.constData(), static_cast<std::size_t>(bytes.size())) ==
            bytes.size();
 }
 
-constexpr std::array interruption{test::FaultKind{"EINTR", test::Fate::Fails, EINTR}};
+constexpr std::array interruption{test::FaultKind{"EINTR", test::Outcome::Fails, EINTR}};
 constexpr std::array delays{interruption[0],
-                            test::FaultKind{"short count", test::Fate::FallsShort, 0}};
+                            test::FaultKind{"short count", test::Outcome::FallsShort, 0}};
 
 // No descriptor can be had while it exists.
 class NoFreeDescriptor {
@@ -81,7 +81,7 @@ public:
     {
         ::getrlimit(RLIMIT_NOFILE, &m_before);
         const Descriptor firstFree(::open("/", O_RDONLY | O_CLOEXEC));
-        const rlimit none{static_cast<rlim_t>(firstFree.number()), m_before.rlim_max};
+        const rlimit none{static_cast<rlim_t>(firstFree.fd()), m_before.rlim_max};
         ::setrlimit(RLIMIT_NOFILE, &none);
     }
     ~NoFreeDescriptor() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
@@ -102,11 +102,11 @@ void ToolRequestFaultsTest::aRequestArrivesWholeOrIsNotSent()
         test::Message, [&] { channel = sockets(); },
         [&] {
             const auto pipe = newPipe();
-            return platform::sendPacket(channel.ours.number(), request, {pipe.theirs.number()});
+            return platform::sendPacket(channel.ours.fd(), request, {pipe.theirs.fd()});
         },
         [&](bool sent) {
             channel.ours.close();
-            const auto packet = platform::receivePacket(channel.theirs.number());
+            const auto packet = platform::receivePacket(channel.theirs.fd());
             if (!sent) {
                 return packet ? text("something was sent") : QString();
             }
@@ -124,8 +124,8 @@ void ToolRequestFaultsTest::interruptionsLoseNoPacket()
         interruption, test::Threads::Own, test::Message, [&] { channel = sockets(); },
         [&] {
             const auto sent =
-                platform::sendPacket(channel.ours.number(), "request", {channel.ours.number()});
-            const auto packet = platform::receivePacket(channel.theirs.number());
+                platform::sendPacket(channel.ours.fd(), "request", {channel.ours.fd()});
+            const auto packet = platform::receivePacket(channel.theirs.fd());
             return sent && packet && packet->bytes == "request" && packet->descriptors.size() == 1;
         },
         [](bool arrived) { return arrived ? QString() : text("lost"); });
@@ -141,9 +141,9 @@ void ToolRequestFaultsTest::aReplyThatComesInPiecesIsWhole()
             QVERIFY(writeAll(pipe.theirs, reply(ENOENT) + reply(1)));
         },
         [&] {
-            return platform::receiveToolReply(pipe.ours.number(), platform::toolStartTimeout) ==
+            return platform::receiveToolReply(pipe.ours.fd(), platform::toolStartTimeout) ==
                        ENOENT &&
-                   platform::receiveToolReply(pipe.ours.number(), platform::toolStartTimeout) == 1;
+                   platform::receiveToolReply(pipe.ours.fd(), platform::toolStartTimeout) == 1;
         },
         [](bool isRight) { return isRight ? QString() : text("another reply"); });
 }
@@ -159,7 +159,7 @@ void ToolRequestFaultsTest::aReplyThatCannotBeReadOrEndsEarlyIsNone()
             QVERIFY(writeAll(pipe.theirs, reply(ENOENT)));
         },
         [&] {
-            received = platform::receiveToolReply(pipe.ours.number(), platform::toolStartTimeout);
+            received = platform::receiveToolReply(pipe.ours.fd(), platform::toolStartTimeout);
             return received.has_value();
         },
         [&](bool isThere) {
@@ -169,21 +169,20 @@ void ToolRequestFaultsTest::aReplyThatCannotBeReadOrEndsEarlyIsNone()
         pipe = newPipe();
         QVERIFY(writeAll(pipe.theirs, reply(0).left(size)));
         pipe.theirs.close();
-        QVERIFY(!platform::receiveToolReply(pipe.ours.number(), platform::toolStartTimeout)
-                     .has_value());
+        QVERIFY(
+            !platform::receiveToolReply(pipe.ours.fd(), platform::toolStartTimeout).has_value());
     }
 }
 
 void ToolRequestFaultsTest::whereNoDescriptorIsFreeAPacketIsNotWhole()
 {
     const auto channel = sockets();
-    QVERIFY(platform::sendPacket(channel.theirs.number(), platform::toolGreeting,
-                                 {channel.ours.number()}));
+    QVERIFY(platform::sendPacket(channel.theirs.fd(), platform::toolGreeting, {channel.ours.fd()}));
     const auto before = test::openDescriptors();
     std::optional<platform::Packet> packet;
     {
         const NoFreeDescriptor none;
-        packet = platform::receivePacket(channel.ours.number());
+        packet = platform::receivePacket(channel.ours.fd());
     }
     QVERIFY(packet.has_value());
     QCOMPARE(packet->bytes, std::string(platform::toolGreeting));
@@ -196,9 +195,9 @@ void ToolRequestFaultsTest::descriptorsOfAnEmptyPacketAreClosed()
 {
     const auto channel = sockets();
     const auto before = test::openDescriptors();
-    QVERIFY(platform::sendPacket(channel.theirs.number(), {},
-                                 {channel.ours.number(), channel.theirs.number()}));
-    QVERIFY(!platform::receivePacket(channel.ours.number()).has_value());
+    QVERIFY(
+        platform::sendPacket(channel.theirs.fd(), {}, {channel.ours.fd(), channel.theirs.fd()}));
+    QVERIFY(!platform::receivePacket(channel.ours.fd()).has_value());
     QCOMPARE(test::openDescriptors(), before);
 }
 
@@ -226,7 +225,7 @@ void ToolRequestFaultsTest::aProgramIsStartedOrTheReasonIsTold()
                 error = platform::spawnProgram({"/bin/true",
                                                 {"/bin/true"},
                                                 platform::cleanEnvironment(),
-                                                {given.number(), given.number(), given.number()}},
+                                                {given.fd(), given.fd(), given.fd()}},
                                                &process);
                 return process > 0;
             },

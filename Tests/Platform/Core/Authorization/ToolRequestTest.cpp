@@ -127,43 +127,42 @@ void ToolRequestTest::descriptorsTravelWithTheirPacket()
     QCOMPARE(::pipe2(pipe.data(), O_CLOEXEC), 0);
     const platform::Descriptor reading(pipe[0]);
     platform::Descriptor writing(pipe[1]);
-    QVERIFY(platform::sendPacket(ends.first.number(), "with", {writing.number()}));
-    QVERIFY(platform::sendPacket(ends.first.number(), "without"));
+    QVERIFY(platform::sendPacket(ends.first.fd(), "with", {writing.fd()}));
+    QVERIFY(platform::sendPacket(ends.first.fd(), "without"));
     writing.close();
     {
-        const auto with = platform::receivePacket(ends.second.number());
+        const auto with = platform::receivePacket(ends.second.fd());
         QVERIFY(with && with->isWhole);
         QCOMPARE(with->bytes, std::string("with"));
         QCOMPARE(with->descriptors.size(), std::size_t(1));
-        QCOMPARE(::fcntl(with->descriptors.front().number(), F_GETFD), FD_CLOEXEC);
-        QCOMPARE(::write(with->descriptors.front().number(), "x", 1), ssize_t(1));
-        const auto without = platform::receivePacket(ends.second.number());
+        QCOMPARE(::fcntl(with->descriptors.front().fd(), F_GETFD), FD_CLOEXEC);
+        QCOMPARE(::write(with->descriptors.front().fd(), "x", 1), ssize_t(1));
+        const auto without = platform::receivePacket(ends.second.fd());
         QVERIFY(without && without->isWhole);
         QCOMPARE(without->bytes, std::string("without"));
         QVERIFY(without->descriptors.empty());
     }
     std::array<char, 2> buffer{};
-    QCOMPARE(::read(reading.number(), buffer.data(), buffer.size()), ssize_t(1));
-    QCOMPARE(::read(reading.number(), buffer.data(), buffer.size()), ssize_t(0)); // all closed
+    QCOMPARE(::read(reading.fd(), buffer.data(), buffer.size()), ssize_t(1));
+    QCOMPARE(::read(reading.fd(), buffer.data(), buffer.size()), ssize_t(0)); // all closed
 }
 
 void ToolRequestTest::aPacketThatIsTooLongIsToldFromAWholeOne()
 {
     const auto ends = sockets();
-    QVERIFY(platform::sendPacket(ends.first.number(), std::string(platform::maxToolRequest, 'x')));
-    QVERIFY(platform::receivePacket(ends.second.number())->isWhole);
-    QVERIFY(
-        platform::sendPacket(ends.first.number(), std::string(platform::maxToolRequest + 1, 'x')));
-    QVERIFY(!platform::receivePacket(ends.second.number())->isWhole);
+    QVERIFY(platform::sendPacket(ends.first.fd(), std::string(platform::maxToolRequest, 'x')));
+    QVERIFY(platform::receivePacket(ends.second.fd())->isWhole);
+    QVERIFY(platform::sendPacket(ends.first.fd(), std::string(platform::maxToolRequest + 1, 'x')));
+    QVERIFY(!platform::receivePacket(ends.second.fd())->isWhole);
 }
 
 void ToolRequestTest::theEndOfTheConnectionIsNoPacket()
 {
     auto ends = sockets();
-    QVERIFY(platform::sendPacket(ends.first.number(), "last"));
+    QVERIFY(platform::sendPacket(ends.first.fd(), "last"));
     ends.first.close();
-    QVERIFY(platform::receivePacket(ends.second.number()).has_value());
-    QVERIFY(!platform::receivePacket(ends.second.number()).has_value());
+    QVERIFY(platform::receivePacket(ends.second.fd()).has_value());
+    QVERIFY(!platform::receivePacket(ends.second.fd()).has_value());
     QVERIFY(!platform::receivePacket(-1).has_value());
 }
 
@@ -171,7 +170,7 @@ void ToolRequestTest::sendingToNobodyFailsWithoutASignal()
 {
     auto ends = sockets();
     ends.second.close();
-    QVERIFY(!platform::sendPacket(ends.first.number(), "lost"));
+    QVERIFY(!platform::sendPacket(ends.first.fd(), "lost"));
     QVERIFY(!platform::sendPacket(-1, "lost"));
 }
 
@@ -181,7 +180,7 @@ void ToolRequestTest::aReplyThatDoesNotComeIsNotWaitedForLongerThanTheLimit()
     QCOMPARE(::pipe2(pipe.data(), O_CLOEXEC), 0);
     const platform::Descriptor reading(pipe[0]);
     const platform::Descriptor writing(pipe[1]);
-    QVERIFY(!platform::receiveToolReply(reading.number(), std::chrono::milliseconds(10)));
+    QVERIFY(!platform::receiveToolReply(reading.fd(), std::chrono::milliseconds(10)));
     QCOMPARE(errno, ETIMEDOUT);
 }
 
@@ -196,7 +195,7 @@ void ToolRequestTest::aSignalInterruptsNeitherSendingNorReceiving()
     std::atomic<int> count = 0;
     std::thread receiver([&] {
         while (count < packets) {
-            const auto packet = platform::receivePacket(ends.second.number());
+            const auto packet = platform::receivePacket(ends.second.fd());
             if (!packet || packet->bytes.size() != 60000) {
                 break;
             }
@@ -207,7 +206,7 @@ void ToolRequestTest::aSignalInterruptsNeitherSendingNorReceiving()
     std::atomic<bool> allSent = true;
     std::thread sender([&] {
         for (int i = 0; i < packets; ++i) {
-            allSent = allSent && platform::sendPacket(ends.first.number(), std::string(60000, 'x'));
+            allSent = allSent && platform::sendPacket(ends.first.fd(), std::string(60000, 'x'));
         }
     });
     while (!received) {

@@ -180,11 +180,11 @@ void TrustedPathTest::theDescriptorIsOfTheFileThatWasJudged()
     link("other", folder + "/link");
     struct stat pinned {};
     struct stat named {};
-    QCOMPARE(::fstat(result.file.number(), &pinned), 0);
+    QCOMPARE(::fstat(result.file.fd(), &pinned), 0);
     QCOMPARE(::stat((folder + "/inner/tool").c_str(), &named), 0);
     QVERIFY(pinned.st_ino == named.st_ino && pinned.st_dev == named.st_dev);
-    QVERIFY((::fcntl(result.file.number(), F_GETFL) & O_PATH) != 0);
-    QVERIFY((::fcntl(result.file.number(), F_GETFD) & FD_CLOEXEC) != 0);
+    QVERIFY((::fcntl(result.file.fd(), F_GETFL) & O_PATH) != 0);
+    QVERIFY((::fcntl(result.file.fd(), F_GETFD) & FD_CLOEXEC) != 0);
 }
 
 void TrustedPathTest::anObjectionIsOneLine()

@@ -178,7 +178,7 @@ void ChildExitTest::signalsDoNotDisturbWaitingAndReading()
         const auto process = test::shell(text("sleep 0.05; echo text; exit 9"));
         process->setStandardOutput(Stream::Pipe);
         process->launch();
-        QCOMPARE(platform::readToEnd(process->standardOutput().number()), QByteArray("text\n"));
+        QCOMPARE(platform::readToEnd(process->standardOutput().fd()), QByteArray("text\n"));
         process->waitUntilExit();
         QCOMPARE(process->terminationStatus(), 9);
     }

@@ -39,8 +39,8 @@ constexpr auto launching = test::Open | test::Spawn | test::Pipe | test::Duplica
 constexpr auto waiting = test::Process | test::Event | test::Wait | test::Thread;
 
 // What can only be delayed.
-constexpr std::array delays{test::FaultKind{"EINTR", test::Fate::Fails, EINTR},
-                            test::FaultKind{"short count", test::Fate::FallsShort, 0}};
+constexpr std::array delays{test::FaultKind{"EINTR", test::Outcome::Fails, EINTR},
+                            test::FaultKind{"short count", test::Outcome::FallsShort, 0}};
 
 std::unique_ptr<ChildProcess> command(const char *path, const QStringList &arguments, Stream stream)
 {
@@ -144,7 +144,7 @@ void ChildProcessFaultsTest::interruptionsAndShortReadsLoseNoOutput()
             auto process = command("/usr/bin/head", {text("-c"), text("200000"), text("/dev/zero")},
                                    Stream::Pipe);
             process->launch();
-            output = platform::readToEnd(process->standardOutput().number());
+            output = platform::readToEnd(process->standardOutput().fd());
             process->waitUntilExit();
             return process->terminationStatus() == 0;
         },
@@ -208,7 +208,7 @@ void ChildProcessFaultsTest::withoutDescriptorsAndThreadsTheNextCommandReaps()
 {
     const auto before = test::openDescriptors();
     {
-        const test::Faults faults({waiting, 1, test::Fate::Fails, EAGAIN, true, false});
+        const test::Faults faults({waiting, 1, test::Outcome::Fails, EAGAIN, true, false});
         launchAndForget();
         QVERIFY(test::Faults::haveStruck());
     }

@@ -61,7 +61,7 @@ QByteArray outputOf(const QStringList &arguments,
         process.setEnvironment(*environment);
     }
     process.launch();
-    auto output = platform::readToEnd(process.standardOutput().number());
+    auto output = platform::readToEnd(process.standardOutput().fd());
     process.waitUntilExit();
     return output;
 }
@@ -218,7 +218,7 @@ void ChildProcessTest::argumentsAndPathAreAnyBytes()
     process.setArguments(texts);
     process.setStandardOutput(Stream::Pipe);
     process.launch();
-    const auto output = platform::readToEnd(process.standardOutput().number());
+    const auto output = platform::readToEnd(process.standardOutput().fd());
     process.waitUntilExit();
     const auto expected = QList<QByteArray>{platform::fileNameBytes(path)} + arguments;
     QCOMPARE(output.left(output.size() - 1).split('\0'), expected);
@@ -258,7 +258,7 @@ void ChildProcessTest::anEnvironmentOfAnyBytesReplacesTheInheritedOne()
     process.setEnvironment(environment);
     process.setStandardOutput(Stream::Pipe);
     process.launch();
-    const auto output = platform::readToEnd(process.standardOutput().number());
+    const auto output = platform::readToEnd(process.standardOutput().fd());
     process.waitUntilExit();
     QCOMPARE(output, QByteArray("ONE=\xFF=\n%@\0TWO=\0", 15));
 }
@@ -280,9 +280,9 @@ void ChildProcessTest::standardInputIsAPipeToWriteTo()
     process.setStandardInput(Stream::Pipe);
     process.setStandardOutput(Stream::Pipe);
     process.launch();
-    QCOMPARE(::write(process.standardInput().number(), "some\0text", 9), ssize_t{9});
+    QCOMPARE(::write(process.standardInput().fd(), "some\0text", 9), ssize_t{9});
     process.standardInput().close();
-    QCOMPARE(platform::readToEnd(process.standardOutput().number()), QByteArray("some\0text", 9));
+    QCOMPARE(platform::readToEnd(process.standardOutput().fd()), QByteArray("some\0text", 9));
     process.waitUntilExit();
     QCOMPARE(process.terminationStatus(), 0);
 }
@@ -325,7 +325,7 @@ void ChildProcessTest::theCommandHasNoSignalBlockedOrIgnored()
     ::signal(SIGPIPE, pipeBefore);
     ::signal(SIGHUP, hangupBefore);
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    auto output = platform::readToEnd(process.standardOutput().number());
+    auto output = platform::readToEnd(process.standardOutput().fd());
     process.waitUntilExit();
     // Signals 32 and 33 are the C library's own; an older one has its children ignore them.
     output.replace("0000000180000000", "0000000000000000");
@@ -346,13 +346,12 @@ void ChildProcessTest::closedStandardStreamsOfThisProcessDoNotMixUpTheCommands()
     process->setStandardOutput(Stream::Pipe);
     process->setStandardError(Stream::Pipe);
     process->launch();
-    const bool areAbove = process->standardInput().number() > 2 &&
-                          process->standardOutput().number() > 2 &&
-                          process->standardError().number() > 2;
-    const bool isWritten = ::write(process->standardInput().number(), "input\n", 6) == 6;
+    const bool areAbove = process->standardInput().fd() > 2 && process->standardOutput().fd() > 2 &&
+                          process->standardError().fd() > 2;
+    const bool isWritten = ::write(process->standardInput().fd(), "input\n", 6) == 6;
     process->standardInput().close();
-    const auto output = platform::readToEnd(process->standardOutput().number());
-    const auto error = platform::readToEnd(process->standardError().number());
+    const auto output = platform::readToEnd(process->standardOutput().fd());
+    const auto error = platform::readToEnd(process->standardError().fd());
     for (int stream = 0; stream < 3; ++stream) {
         ::dup2(kept.at(static_cast<std::size_t>(stream)), stream);
         ::close(kept.at(static_cast<std::size_t>(stream)));

@@ -39,12 +39,12 @@ QByteArray outputOf(const QByteArray &path, const QList<QByteArray> &arguments,
     const platform::Descriptor reading(ends[0]);
     platform::Descriptor writing(ends[1]);
     pid_t process = -1;
-    start(path, arguments, {input, writing.number(), platform::nullDevice}, &process);
+    start(path, arguments, {input, writing.fd(), platform::nullDevice}, &process);
     writing.close();
     QByteArray output;
     std::array<char, 4096> buffer{};
     for (ssize_t size = 1; size > 0;) {
-        size = ::read(reading.number(), buffer.data(), buffer.size());
+        size = ::read(reading.fd(), buffer.data(), buffer.size());
         output.append(buffer.data(), static_cast<int>(size));
     }
     ::waitpid(process, nullptr, 0);
@@ -118,8 +118,8 @@ void CleanProcessTest::closedStandardDescriptorsDoNoHarm()
     ::close(STDIN_FILENO);
     ::close(STDERR_FILENO);
     const auto output = outputOf("/bin/sh", {"-c", "readlink /proc/$$/fd/0 /proc/$$/fd/2"});
-    ::dup2(input.number(), STDIN_FILENO);
-    ::dup2(error.number(), STDERR_FILENO);
+    ::dup2(input.fd(), STDIN_FILENO);
+    ::dup2(error.fd(), STDERR_FILENO);
     QCOMPARE(output, QByteArray("/dev/null\n/dev/null\n"));
 }
 

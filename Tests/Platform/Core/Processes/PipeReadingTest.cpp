@@ -107,10 +107,10 @@ void PipeReadingTest::aPipeIsReadToItsEnd()
     QFETCH(int, size);
     const auto bytes = pattern(size);
     std::thread writer([&] {
-        writeAll(m_writing.number(), bytes);
+        writeAll(m_writing.fd(), bytes);
         m_writing.close();
     });
-    const auto read = platform::readToEnd(m_reading.number());
+    const auto read = platform::readToEnd(m_reading.fd());
     writer.join();
     QVERIFY(!read.isNull());
     QVERIFY(read == bytes);
@@ -121,9 +121,9 @@ void PipeReadingTest::asMuchAsAllowedIsRead()
     for (const int size : {0, 1, 1000, 65536}) {
         cleanup();
         init();
-        writeAll(m_writing.number(), pattern(size));
+        writeAll(m_writing.fd(), pattern(size));
         m_writing.close();
-        QCOMPARE(platform::readToEnd(m_reading.number(), size), pattern(size));
+        QCOMPARE(platform::readToEnd(m_reading.fd(), size), pattern(size));
     }
 }
 
@@ -132,16 +132,16 @@ void PipeReadingTest::moreThanAllowedIsRefused()
     for (const int size : {0, 1, 1000, 65535}) {
         cleanup();
         init();
-        writeAll(m_writing.number(), pattern(size + 1));
+        writeAll(m_writing.fd(), pattern(size + 1));
         m_writing.close();
-        QCOMPARE(reasonOf([&] { platform::readToEnd(m_reading.number(), size); }),
+        QCOMPARE(reasonOf([&] { platform::readToEnd(m_reading.fd(), size); }),
                  QStringLiteral("More than %1 bytes of output").arg(size));
     }
 }
 
 void PipeReadingTest::whatCannotBeReadSaysWhy()
 {
-    QCOMPARE(reasonOf([&] { platform::readToEnd(m_writing.number()); }),
+    QCOMPARE(reasonOf([&] { platform::readToEnd(m_writing.fd()); }),
              QStringLiteral("Bad file descriptor"));
 }
 
@@ -149,7 +149,7 @@ void PipeReadingTest::aReaderGivesPiecesAsTheyComeAndThenNothing()
 {
     platform::PipeReader reader(std::move(m_reading));
     for (const auto *piece : {"one", "two", "three"}) {
-        writeAll(m_writing.number(), piece);
+        writeAll(m_writing.fd(), piece);
         QCOMPARE(reader.readAvailable(), QByteArray(piece));
     }
     m_writing.close();
@@ -159,9 +159,9 @@ void PipeReadingTest::aReaderGivesPiecesAsTheyComeAndThenNothing()
 
 void PipeReadingTest::aPieceIsAtMost64KiB()
 {
-    ::fcntl(m_writing.number(), F_SETPIPE_SZ, 1 << 20); // NOLINT(*-vararg)
+    ::fcntl(m_writing.fd(), F_SETPIPE_SZ, 1 << 20); // NOLINT(*-vararg)
     const auto bytes = pattern(100000);
-    writeAll(m_writing.number(), bytes);
+    writeAll(m_writing.fd(), bytes);
     m_writing.close();
     platform::PipeReader reader(std::move(m_reading));
     QCOMPARE(reader.readAvailable(), bytes.left(65536));
@@ -183,7 +183,7 @@ void PipeReadingTest::closingEndsAWait()
         reader.close();
         waiting.join();
         QCOMPARE(read, QByteArray(""));
-        QCOMPARE(::write(m_writing.number(), "x", 1), ssize_t{-1});
+        QCOMPARE(::write(m_writing.fd(), "x", 1), ssize_t{-1});
     }
 }
 
@@ -191,13 +191,13 @@ void PipeReadingTest::closingMakesTheWriterFail()
 {
     platform::PipeReader reader(std::move(m_reading));
     reader.close();
-    QCOMPARE(::write(m_writing.number(), "x", 1), ssize_t{-1});
+    QCOMPARE(::write(m_writing.fd(), "x", 1), ssize_t{-1});
     QCOMPARE(errno, EPIPE);
 }
 
 void PipeReadingTest::aClosedReaderGivesNothing()
 {
-    writeAll(m_writing.number(), "left behind");
+    writeAll(m_writing.fd(), "left behind");
     platform::PipeReader reader(std::move(m_reading));
     reader.close();
     reader.close();

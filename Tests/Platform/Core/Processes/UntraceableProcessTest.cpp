@@ -200,7 +200,7 @@ void UntraceableProcessTest::filesAreStillMadeAndReplaced()
         ::open(folder.path().toUtf8().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     for (const char *name : {"new", "replaced", "replaced"}) {
         platform::UnnamedFile file;
-        QCOMPARE(file.create(descriptor.number(), 0600), 0);
+        QCOMPARE(file.create(descriptor.fd(), 0600), 0);
         QCOMPARE(file.publishOrReplace(name), 0);
         QVERIFY(QFileInfo::exists(folder.filePath(QString::fromUtf8(name))));
     }

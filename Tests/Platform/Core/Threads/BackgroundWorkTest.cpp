@@ -69,7 +69,7 @@ void BackgroundWorkTest::whatTheWorkThrowsIsThrown()
 void BackgroundWorkTest::withoutAThreadTheWorkIsStillDone()
 {
     auto isDone = false;
-    const test::Faults noThread({test::Thread, 1, test::Fate::Fails, EAGAIN, true, true});
+    const test::Faults noThread({test::Thread, 1, test::Outcome::Fails, EAGAIN, true, true});
     platform::performInBackground([&] { isDone = platform::isMainThread(); });
     QVERIFY(isDone);
 }

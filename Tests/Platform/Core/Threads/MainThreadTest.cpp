@@ -156,17 +156,17 @@ void MainThreadTest::endingWorkersServesTheirCallsAndCutsTheirSleep()
 
 void MainThreadTest::aWorkerIsToldThatItIsToEnd()
 {
-    QVERIFY(!platform::WorkerThreads::currentThreadIsToEnd());
+    QVERIFY(!platform::WorkerThreads::currentThreadShouldStop());
     std::atomic<bool> asked = false;
     std::atomic<bool> before = true;
     std::atomic<bool> after = false;
     {
         platform::WorkerThreads workers;
         workers.start([&] {
-            before = platform::WorkerThreads::currentThreadIsToEnd();
+            before = platform::WorkerThreads::currentThreadShouldStop();
             asked = true;
             workers.sleepFor(60s);
-            after = platform::WorkerThreads::currentThreadIsToEnd();
+            after = platform::WorkerThreads::currentThreadShouldStop();
         });
         QTRY_VERIFY(asked.load());
     }

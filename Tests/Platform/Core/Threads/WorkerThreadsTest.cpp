@@ -26,7 +26,7 @@
 namespace {
 
 // Nobody gets a thread.
-const test::Fault noThreads{test::Thread, 1, test::Fate::Fails, EAGAIN, true, true};
+const test::Fault noThreads{test::Thread, 1, test::Outcome::Fails, EAGAIN, true, true};
 
 struct Numbers {
     std::vector<int> all;

@@ -140,7 +140,7 @@ void ItemFaultsTest::aCopyIsWholeOrNotThere()
             // What could not even be opened then is cleared by the next.
             const platform::Descriptor other(
                 ::open(m_other->path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-            platform::clearUnfinishedItems(other.number());
+            platform::clearUnfinishedItems(other.fd());
             return hasOnly(*m_other, {QStringLiteral("copy")})
                        ? QString()
                        : QStringLiteral("left behind: ") + m_other->names().join(u' ');
@@ -201,7 +201,7 @@ void ItemFaultsTest::aFailedMoveLeavesNothingAtItsDestination()
         auto moved = false;
         {
             const test::Faults faults(
-                {changing | test::Remove, nth, test::Fate::Fails, EACCES, false, false});
+                {changing | test::Remove, nth, test::Outcome::Fails, EACCES, false, false});
             moved = !platform::moveItem(test::text(m_item), test::text(m_copy));
             hasStruck = test::Faults::haveStruck() ? 1 : 0;
         }
@@ -227,7 +227,7 @@ void ItemFaultsTest::whatComesIntoAMovedFolderMeanwhileStaysThere()
     };
     {
         const test::Faults faults(
-            {test::Remove, 1, test::Fate::Meddled, 0, true, false, writeInto});
+            {test::Remove, 1, test::Outcome::Interferes, 0, true, false, writeInto});
         platform::moveItem(test::text(m_item), test::text(m_copy));
         QVERIFY(test::Faults::haveStruck());
     }
@@ -253,7 +253,7 @@ void ItemFaultsTest::aNeighbourWhoSwapsNamesGetsNoOtherModeChanged()
     };
     {
         const test::Faults faults(
-            {test::Make, 1, test::Fate::Meddled, 0, true, false, swap}); // whatever is made
+            {test::Make, 1, test::Outcome::Interferes, 0, true, false, swap}); // whatever is made
         platform::copyItem(test::text(m_item), test::text(m_copy));
     }
     QVERIFY(swaps > 0);
@@ -279,7 +279,7 @@ void ItemFaultsTest::aNeighbourWhoSwapsNamesGetsNothingElseRemoved()
         }
     };
     {
-        const test::Faults faults({test::Link, 1, test::Fate::Fails, EIO, false, false, swap});
+        const test::Faults faults({test::Link, 1, test::Outcome::Fails, EIO, false, false, swap});
         QVERIFY(platform::copyItem(test::text(m_item), test::text(m_copy)));
         QVERIFY(test::Faults::haveStruck());
     }
@@ -318,7 +318,7 @@ void ItemFaultsTest::removingGoesOnAfterAFailureAndGivesTheFirst()
     platform::FileError error;
     {
         // The first is that the item is not a file, the second the first file's.
-        const test::Faults faults({test::Remove, 2, test::Fate::Fails, EIO, false, false});
+        const test::Faults faults({test::Remove, 2, test::Outcome::Fails, EIO, false, false});
         error = platform::removeItem(test::text(m_item));
         QVERIFY(test::Faults::haveStruck());
     }

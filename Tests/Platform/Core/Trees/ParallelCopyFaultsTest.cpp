@@ -124,7 +124,8 @@ void ParallelCopyFaultsTest::aCopyThatMeetsOneFaultLeavesNothing()
             prepare(isFolder);
             int result = 0;
             {
-                const test::Faults faults({changing, nth, test::Fate::Fails, error, false, true});
+                const test::Faults faults(
+                    {changing, nth, test::Outcome::Fails, error, false, true});
                 result = copy(m_item, m_copy);
                 hasStruck = test::Faults::haveStruck() ? 1 : 0;
             }

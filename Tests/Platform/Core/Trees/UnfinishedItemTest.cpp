@@ -48,7 +48,7 @@ public:
         if (m_process == 0) {
             const auto around = open(folder);
             UnfinishedItem item;
-            if (item.create(around.number()) != 0 ||
+            if (item.create(around.fd()) != 0 ||
                 ::mkdirat(item.folder(), UnfinishedItem::name, 0500) != 0 ||
                 ::write(ends[1], "!", 1) != 1) {
                 ::_exit(1);
@@ -102,7 +102,7 @@ void UnfinishedItemTest::theItemGetsItsNameWhenItIsWhole()
     const test::Folder folder;
     const auto around = open(folder);
     UnfinishedItem item;
-    QCOMPARE(item.create(around.number()), 0);
+    QCOMPARE(item.create(around.fd()), 0);
     QCOMPARE(::symlinkat("target", item.folder(), UnfinishedItem::name), 0);
     QCOMPARE(folder.names().size(), 1);
     QVERIFY(folder.names().first().startsWith(QStringLiteral(".unfinished-")));
@@ -116,7 +116,7 @@ void UnfinishedItemTest::aClosedFolderKeepsItsModeWhenItGetsItsName()
     const test::Folder folder;
     const auto around = open(folder);
     UnfinishedItem item;
-    QCOMPARE(item.create(around.number()), 0);
+    QCOMPARE(item.create(around.fd()), 0);
     QCOMPARE(::mkdirat(item.folder(), UnfinishedItem::name, 0500), 0);
     QCOMPARE(item.publish("closed"), 0);
     QCOMPARE(statusOf(folder / "closed").st_mode & 07777U, 0500U);
@@ -129,7 +129,7 @@ void UnfinishedItemTest::nothingIsReplacedAndNothingIsLeft()
     const auto around = open(folder);
     {
         UnfinishedItem item;
-        QCOMPARE(item.create(around.number()), 0);
+        QCOMPARE(item.create(around.fd()), 0);
         QCOMPARE(::mkdirat(item.folder(), UnfinishedItem::name, 0), 0);
         QCOMPARE(item.publish("taken"), EEXIST);
     }
@@ -150,7 +150,7 @@ void UnfinishedItemTest::nobodyElseGetsIn()
              0);
     const auto around = open(folder);
     UnfinishedItem item;
-    QCOMPARE(item.create(around.number()), 0);
+    QCOMPARE(item.create(around.fd()), 0);
     struct stat status {};
     QCOMPARE(::fstat(item.folder(), &status), 0);
     QCOMPARE(status.st_mode & 0777U, 0700U);
@@ -171,7 +171,7 @@ void UnfinishedItemTest::whatAKilledMakerHasLeftIsClearedByTheNext()
     const auto around = open(folder);
     {
         UnfinishedItem item;
-        QCOMPARE(item.create(around.number()), 0);
+        QCOMPARE(item.create(around.fd()), 0);
         QCOMPARE(folder.names().size(), 1);
     }
     QVERIFY(folder.names().isEmpty());
@@ -184,11 +184,11 @@ void UnfinishedItemTest::whatALivingMakerMakesStays()
     QVERIFY(maker.isMaking());
     const auto names = folder.names();
     const auto around = open(folder);
-    platform::clearUnfinishedItems(around.number());
+    platform::clearUnfinishedItems(around.fd());
     QCOMPARE(folder.names(), names);
     QVERIFY(test::exists(folder / names.first().toStdString() + "/item"));
     maker.kill();
-    platform::clearUnfinishedItems(around.number());
+    platform::clearUnfinishedItems(around.fd());
     QVERIFY(folder.names().isEmpty());
 }
 
@@ -205,7 +205,7 @@ void UnfinishedItemTest::whatOnlyHasSuchANameStays()
     test::writeFile(folder / ".unfinished-file", "kept");
     ::chmod((folder / ".unfinished-file").c_str(), 01700);
     const auto around = open(folder);
-    platform::clearUnfinishedItems(around.number());
+    platform::clearUnfinishedItems(around.fd());
     QCOMPARE(folder.names().size(), 3);
     QVERIFY(test::exists(folder / ".unfinished-folder/below"));
     QCOMPARE(test::readFile(folder / ".unfinished-file"), std::string("kept"));
