@@ -137,7 +137,7 @@ public:
         return m_folder.isOpen() ? 0 : errno;
     }
 
-    int number() const { return m_folder.fd(); }
+    int fd() const { return m_folder.fd(); }
 
     int publish()
     {

@@ -49,7 +49,8 @@ class Contributing(unittest.TestCase):
     def test_each_room_has_a_sentence_and_no_other_has_one(self):
         rooms = re.findall(r'^room\("?([\w/ -]+?)"?(?: Platform| Shared| "|\)|\n)',
                            contents("cmake/Rooms.cmake"), re.MULTILINE)
-        described = re.findall(r"^\| `([^`]+)` \| \S", TEXT, re.MULTILINE)
+        table = TEXT.split("\n| Room | ")[1].split("\n\n")[0]
+        described = re.findall(r"^\| `([^`]+)` \| \S", table, re.MULTILINE)
         self.assertEqual(sorted(described), sorted(rooms))
         for room in rooms:
             self.assertTrue(os.path.isdir(f"{SOURCE}/{room}"), room)
