@@ -3,11 +3,7 @@
 #include "Platform/Core/Text/Console.h"
 #include "Shared/Log/ZQLog.h"
 
-#include <QDateTime>
-
 #include <exception>
-#include <system_error>
-#include <utility>
 
 // From the callers' texts to the lines of the file.
 namespace {
@@ -15,126 +11,119 @@ namespace {
 // A line that makes a file this long, in bytes, is its last.
 constexpr quint64 maxFileSize = 500000;
 
+// So many bytes are handed over together.
+constexpr std::size_t muchAtOnce = 262144;
+
 } // namespace
 
-// The text is trimmed.
-void ZQLog::appendTextToLog(const QString &text)
+void ZQLog::appendTextToLog(QStringView text)
 {
+    text = text.trimmed();
     if (text.isEmpty()) {
         return;
     }
-    const ZQLogTexts::Text entry{text.toUtf8(), static_cast<quint64>(text.size())};
-    m_bytesInQueue.fetch_add(entry.characters, std::memory_order_relaxed);
+    m_bytesInQueue.fetch_add(static_cast<quint64>(text.size()), std::memory_order_relaxed);
     if (m_writeQueue.isCurrentThread()) {
-        appendLogOnThread(entry); // so that the header stays at the head of its file
+        // Next in line, so that the header stays at the head of its file.
+        m_nextInLine.push_back(text.toString());
     } else {
-        m_writeQueue.add(entry);
+        m_writeQueue.add(text);
     }
 }
 
 void ZQLog::appendAll(const ZQLogTexts &texts)
 {
-    auto areWritten = false;
-    guarded([&] { areWritten = appendTogether(texts); });
-    for (std::size_t index = 0; index < texts.count() && !areWritten; ++index) {
-        if (m_writeQueue.isStopped()) {
-            return;
-        }
+    for (std::size_t index = 0; index < texts.count() && !m_writeQueue.isStopped(); ++index) {
         appendLogOnThread(texts[index]);
+        for (; !m_nextInLine.empty(); m_nextInLine.pop_front()) {
+            appendLogOnThread(m_nextInLine.front());
+        }
     }
+    guarded([this] { writeLines(); });
 }
 
-// Saves system calls where the outcome is as if each text were written by itself. False, with
-// nothing written, where it might not be.
-bool ZQLog::appendTogether(const ZQLogTexts &texts)
-{
-    const auto file = fileHandle();
-    if (file == nullptr || loggingDisabled()) {
-        return false;
-    }
-    QByteArray lines;
-    for (std::size_t index = 0; index < texts.count(); ++index) {
-        lines += date();
-        lines += texts[index].utf8;
-        lines += '\n';
-    }
-    const auto size = static_cast<std::size_t>(lines.size());
-    if (bytesWritten() + size >= maxFileSize) {
-        return false;
-    }
-    if (const auto outcome = file->append(lines.constData(), size); outcome.error != 0) {
-        file->removeTail(outcome.written);
-        return false;
-    }
-    m_bytesWritten.fetch_add(size, std::memory_order_relaxed);
-    m_bytesInQueue.fetch_sub(texts.characters(), std::memory_order_relaxed);
-    return true;
-}
-
-void ZQLog::appendLogOnThread(const ZQLogTexts::Text &text)
+void ZQLog::appendLogOnThread(QStringView text)
 {
     if (loggingDisabled()) {
-        return; // the text stays counted in bytesInQueue; other programs of the maker rely on it
+        return; // with the text still counted in bytesInQueue, for the maker's other programs
     }
     guarded([&] {
-        if (const auto file = openFileHandle()) {
-            const QByteArray bytes = date() + text.utf8 + '\n';
-            const auto outcome =
-                file->append(bytes.constData(), static_cast<std::size_t>(bytes.size()));
-            if (outcome.error != 0) {
-                file->removeTail(outcome.written);
-                throw std::system_error(outcome.error, std::generic_category());
+        if (!useCurrentFile()) {
+            if (!loggingDisabled()) {
+                platform::printLine(
+                    platform::format(QStringLiteral("Unable to log the following information: %s"),
+                                     text.toString()));
+                platform::printLine(QStringLiteral("Unable to open log for output"));
             }
-            m_bytesWritten.fetch_add(outcome.written, std::memory_order_relaxed);
-            if (bytesWritten() >= maxFileSize) {
-                createNewLog(appName());
-                appendLog(QStringLiteral("Log truncated at 500KB"));
-            }
-        } else if (!loggingDisabled()) {
-            platform::printLine(platform::format(
-                QStringLiteral("Unable to log the following information: %s"), text.utf8));
-            platform::printLine(QStringLiteral("Unable to open log for output"));
+            leftQueue(text.size());
+            return;
         }
-        m_bytesInQueue.fetch_sub(text.characters, std::memory_order_relaxed);
+        m_lines.add(text);
+        if (bytesWritten() + m_lines.size() >= maxFileSize || m_lines.size() >= muchAtOnce) {
+            writeLines();
+        }
+        if (bytesWritten() >= maxFileSize) {
+            createNewLog(appName());
+            appendLog(QStringLiteral("Log truncated at 500KB"));
+        }
     });
 }
 
-// Opens the current file where there is no file handle. Null where that fails.
-ZQLog::FileHandle ZQLog::openFileHandle()
+// Has the lines go to the current file. False where that cannot be opened.
+bool ZQLog::useCurrentFile()
 {
-    if (auto file = fileHandle()) {
-        return file;
+    if (takeFileHandle()) {
+        return true;
     }
     // Not while another thread is between the old file and the new one.
     const std::unique_lock noNewLog(m_newLogs);
-    auto file = fileHandle();
+    if (takeFileHandle()) {
+        return true;
+    }
+    auto file = platform::AppendFile::open(currentFile());
     if (file == nullptr) {
-        file = platform::AppendFile::open(currentFile());
-        setFileHandle(file);
+        return false;
     }
-    return file;
-}
-
-// What a line begins with now.
-const QByteArray &ZQLog::date()
-{
-    if (const auto now = std::time(nullptr); now != m_second) {
-        m_second = now;
-        m_date = platform::description(QDateTime::currentDateTimeUtc()).toLatin1() + " - ";
-    }
-    return m_date;
-}
-
-ZQLog::FileHandle ZQLog::fileHandle() const
-{
+    m_lines.setFile(file);
     const std::lock_guard lock(m_mutex);
-    return m_fileHandle;
+    // Not if the log has been closed meanwhile.
+    if (m_fileHandleChanges.load(std::memory_order_relaxed) == m_linesFileHandleChanges) {
+        m_fileHandle = std::move(file);
+    }
+    return true;
+}
+
+// Follows a change of the file handle. False where there is none.
+bool ZQLog::takeFileHandle()
+{
+    if (m_fileHandleChanges.load(std::memory_order_relaxed) != m_linesFileHandleChanges) {
+        writeLines();
+        const std::lock_guard lock(m_mutex);
+        m_linesFileHandleChanges = m_fileHandleChanges.load(std::memory_order_relaxed);
+        m_lines.setFile(m_fileHandle);
+    }
+    return m_lines.hasFile();
+}
+
+void ZQLog::writeLines()
+{
+    const auto written = m_lines.write([this](const char *reason) { reportException(reason); });
+    if (m_fileHandleChanges.load(std::memory_order_relaxed) == m_linesFileHandleChanges) {
+        m_bytesWritten.fetch_add(written.bytes, std::memory_order_relaxed);
+    }
+    leftQueue(written.characters);
+}
+
+void ZQLog::leftQueue(qsizetype characters)
+{
+    m_bytesInQueue.fetch_sub(static_cast<quint64>(characters), std::memory_order_relaxed);
 }
 
 void ZQLog::setFileHandle(FileHandle file)
 {
     const std::lock_guard lock(m_mutex);
     m_fileHandle = std::move(file);
+    m_fileHandleChanges.fetch_add(1, std::memory_order_relaxed);
 }
 
 void ZQLog::reportException(const char *reason) const noexcept

@@ -14,13 +14,13 @@
 namespace {
 
 // A text this long, with this much in the queue, is not worth a wait.
-constexpr quint64 minLongText = 100;
+constexpr quint64 longText = 100;
 
 // So many pending entries are abandoned at the end rather than delaying it.
-constexpr std::size_t minAbandoned = 20;
+constexpr std::size_t manyEntries = 20;
 
 // At the end an entry that is being written gets this long.
-constexpr auto maxWaitAtEnd = std::chrono::milliseconds(200);
+constexpr auto longestFarewell = std::chrono::milliseconds(200);
 
 } // namespace
 
@@ -79,9 +79,9 @@ void ZQLog::append(Wait wait, const QString &format,
     log.guarded([&] {
         const auto text = platform::formatText(format, arguments);
         const auto length = static_cast<quint64>(text.size());
-        log.appendTextToLog(text.trimmed());
-        if (wait == Wait::ForShortText && length > 0 && length < minLongText &&
-            log.bytesInQueue() < minLongText && !platform::isMainThread()) {
+        log.appendTextToLog(text);
+        if (wait == Wait::ForShortText && length > 0 && length < longText &&
+            log.bytesInQueue() < longText && !platform::isMainThread()) {
             finishWriting();
         }
     });
@@ -114,11 +114,13 @@ void ZQLog::willTerminate(const platform::Notification & /*notification*/)
 
 void ZQLog::close()
 {
-    if (m_writeQueue.pending() < minAbandoned) {
+    if (m_writeQueue.pending() < manyEntries) {
         m_writeQueue.waitUntilIdle();
     }
     setAppName(QString());
-    m_writeQueue.stop(maxWaitAtEnd);
+    if (m_writeQueue.stop(longestFarewell)) {
+        m_lines.setFile(nullptr);
+    }
     setFileHandle(nullptr);
 }
 

@@ -7,12 +7,13 @@
 #include "Platform/Core/Notifications/NotificationCenter.h"
 #include "Platform/Core/Text/TextFormat.h"
 #include "Platform/Core/Threads/SerialQueue.h"
+#include "Shared/Log/ZQLogLines.h"
 #include "Shared/Log/ZQLogTexts.h"
 
 #include <QStringList>
 
 #include <atomic>
-#include <ctime>
+#include <deque>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -75,9 +76,8 @@ public:
     // Bytes that this process has written to the current file since createNewLog().
     quint64 bytesWritten() const { return m_bytesWritten.load(std::memory_order_relaxed); }
 
-    // UTF-16 units queued and not yet written: approximate. Texts that came while logging was
-    // disabled or that could not be written stay counted: kept on purpose for the maker's other
-    // programs.
+    // UTF-16 units queued and not yet written: approximate. Never falls by texts that came while
+    // logging was disabled or could not be written: kept on purpose for the maker's other programs.
     quint64 bytesInQueue() const { return m_bytesInQueue.load(std::memory_order_relaxed); }
 
     // Set by createNewLog() when the global preferences say so; never reset.
@@ -98,7 +98,7 @@ private:
                        std::initializer_list<platform::FormatArgument> arguments);
     static void appendAndPrint(const QString &format,
                                std::initializer_list<platform::FormatArgument> arguments);
-    void appendTextToLog(const QString &text);
+    void appendTextToLog(QStringView text);
     void close();
 
     // Does some work; what that raises is printed.
@@ -114,21 +114,22 @@ private:
     void reportException(const char *reason) const noexcept;
     // On the write queue.
     void appendAll(const ZQLogTexts &texts);
-    bool appendTogether(const ZQLogTexts &texts);
-    void appendLogOnThread(const ZQLogTexts::Text &text);
-    FileHandle openFileHandle();
-    const QByteArray &date();
+    void appendLogOnThread(QStringView text);
+    bool useCurrentFile();
+    bool takeFileHandle();
+    void writeLines();
+    void leftQueue(qsizetype characters);
 
     bool startNewLog(const QString &applicationName);
     bool rotate(const QString &folder) const;
     QString generation(const QString &folder, long number) const;
     QString currentFile() const;
-    FileHandle fileHandle() const;
     void setFileHandle(FileHandle file);
 
     platform::NotificationCenter::Observer m_terminationObserver;
     std::atomic<quint64> m_bytesWritten = 0;
     std::atomic<bool> m_loggingDisabled = false;
+    std::atomic<unsigned> m_fileHandleChanges = 0;
 
     std::shared_mutex m_newLogs; // shared by calls that begin a new log
     mutable std::mutex m_mutex;  // name and file handle
@@ -136,8 +137,9 @@ private:
     FileHandle m_fileHandle;
 
     // The write queue's own.
-    std::time_t m_second = -1;
-    QByteArray m_date; // of that second
+    ZQLogLines m_lines;
+    unsigned m_linesFileHandleChanges = 0;
+    std::deque<QString> m_nextInLine; // queued by the queue itself
 
     std::atomic<quint64> m_bytesInQueue = 0;
     platform::SerialQueue<ZQLogTexts> m_writeQueue;

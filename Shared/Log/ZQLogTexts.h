@@ -2,46 +2,43 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QByteArray>
+#include <QStringView>
 
 #include <vector>
 
-// Texts on their way to the log, one behind the other in one piece of memory: the callers encode
-// them, so that the thread that writes keeps up with any number of callers.
+// Texts on their way to the log, one behind the other in one piece of memory.
 class ZQLogTexts {
 public:
-    struct Text {
-        QByteArray utf8;
-        quint64 characters = 0; // UTF-16 units
-    };
-
-    void add(const Text &text)
+    void add(QStringView text)
     {
-        m_bytes += text.utf8;
-        m_characters += text.characters;
-        m_ends.push_back({m_bytes.size(), text.characters});
+        if (m_units.capacity() == 0) {
+            m_units.reserve(fullSize + fullSize / 4);
+        }
+        m_units.insert(m_units.end(), text.utf16(), text.utf16() + text.size());
+        m_ends.push_back(m_units.size());
     }
 
     std::size_t count() const { return m_ends.size(); }
-    quint64 characters() const { return m_characters; }
-    bool isFull() const { return m_bytes.size() >= 32768; }
+    bool isFull() const { return m_units.size() >= fullSize; }
 
-    // Refers to the memory of all.
-    Text operator[](std::size_t index) const
+    QStringView operator[](std::size_t index) const
     {
-        const auto start = index == 0 ? 0 : m_ends[index - 1].bytes;
-        const auto size = static_cast<int>(m_ends[index].bytes - start);
-        return {QByteArray::fromRawData(m_bytes.constData() + start, size),
-                m_ends[index].characters};
+        const auto start = index == 0 ? 0 : m_ends[index - 1];
+        return {m_units.data() + start, static_cast<qsizetype>(m_ends[index] - start)};
+    }
+
+    void clear()
+    {
+        if (m_units.size() > 2 * fullSize) {
+            *this = ZQLogTexts();
+        }
+        m_units.clear();
+        m_ends.clear();
     }
 
 private:
-    struct End {
-        qsizetype bytes;
-        quint64 characters; // of the text alone
-    };
+    static constexpr std::size_t fullSize = 32768; // UTF-16 units, some 300 lines
 
-    QByteArray m_bytes;
-    std::vector<End> m_ends;
-    quint64 m_characters = 0;
+    std::vector<char16_t> m_units;
+    std::vector<std::size_t> m_ends;
 };

@@ -4,11 +4,26 @@
 
 #include "Platform/Core/Basics/RunningExecutable.h"
 #include "Platform/Core/Bundles/Bundle.h"
-#include "Platform/Core/Files/FolderEntries.h"
 
 #include <QFile>
 
+#include <dirent.h>
+#include <unistd.h>
+
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
 namespace platform {
+namespace {
+
+struct CloseFolder {
+    void operator()(DIR *folder) const { ::closedir(folder); }
+};
+
+} // namespace
 
 QString ProcessInformation::value(const QString &key) const
 {
@@ -25,11 +40,21 @@ QString ProcessInformation::value(const QString &key) const
 
 bool findProcess(const std::function<bool(const ProcessInformation &)> &visit)
 {
-    for (const auto &name : namesInFolder(QStringLiteral("/proc"))) {
-        auto isNumber = false;
-        const pid_t pid = name.toInt(&isNumber);
-        auto executable =
-            isNumber ? runningExecutable("/proc/" + name.toLatin1() + "/exe") : QByteArray();
+    const std::unique_ptr<DIR, CloseFolder> folder(::opendir("/proc"));
+    if (!folder) {
+        return false;
+    }
+    while (const auto *entry = ::readdir(folder.get())) {
+        const std::string_view name(&entry->d_name[0]);
+        pid_t pid = 0;
+        const auto number = std::from_chars(name.data(), name.data() + name.size(), pid);
+        if (number.ec != std::errc() || number.ptr != name.data() + name.size()) {
+            continue;
+        }
+        std::array<char, 32> link{}; // longer than any number and "/exe"
+        std::memcpy(link.data(), name.data(), name.size());
+        std::memcpy(link.data() + name.size(), "/exe", 4);
+        auto executable = runningExecutable(::dirfd(folder.get()), link.data());
         if (!executable.isEmpty() && visit(ProcessInformation(pid, std::move(executable)))) {
             return true;
         }

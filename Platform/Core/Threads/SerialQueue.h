@@ -4,13 +4,14 @@
 
 #include "Platform/Core/Threads/SerialWorker.h"
 
-#include <deque>
 #include <utility>
+#include <vector>
 
 namespace platform {
 
 // Entries that are handled in the background, in the order in which they were added, a batch at a
-// time. A Batch has add(entry), count() and isFull().
+// time. A Batch has add(entry), count(), isFull() and clear(), which keeps its memory for the next
+// entries.
 template <typename Batch>
 class SerialQueue {
 public:
@@ -28,7 +29,7 @@ public:
     {
         m_worker.add([&] {
             if (m_waiting.empty() || m_waiting.back().isFull()) {
-                m_waiting.emplace_back();
+                beginBatch();
             }
             m_waiting.back().add(entry);
         });
@@ -53,20 +54,54 @@ public:
     bool isCurrentThread() const { return m_worker.isCurrentThread(); }
 
 private:
+    // Fresh memory costs more than the entries that are put into it.
+    static constexpr std::size_t maxSpares = 16;
+
+    void beginBatch()
+    {
+        if (m_spares.empty()) {
+            m_waiting.emplace_back();
+        } else {
+            m_waiting.push_back(std::move(m_spares.back()));
+            m_spares.pop_back();
+        }
+    }
+
     std::size_t handleWaiting()
     {
-        Batch batch;
+        std::vector<Batch> batches;
         {
             const auto lock = m_worker.lock();
-            batch = std::move(m_waiting.front());
-            m_waiting.pop_front();
+            batches.swap(m_waiting);
         }
-        m_handle(batch);
-        return batch.count();
+        std::size_t all = 0;
+        for (auto &batch : batches) {
+            const auto count = batch.count();
+            m_handle(batch);
+            batch.clear();
+            m_worker.finished(count);
+            all += count;
+        }
+        keepSpares(std::move(batches));
+        return all;
+    }
+
+    // Keeps the memory of some batches, of one when the rush is over. The rest goes after the lock.
+    void keepSpares(std::vector<Batch> used)
+    {
+        const auto most = used.empty() ? 1 : maxSpares;
+        const auto lock = m_worker.lock();
+        for (; !used.empty() && m_spares.size() < most; used.pop_back()) {
+            m_spares.push_back(std::move(used.back()));
+        }
+        for (; m_spares.size() > most; m_spares.pop_back()) {
+            used.push_back(std::move(m_spares.back()));
+        }
     }
 
     Handle m_handle;
-    std::deque<Batch> m_waiting;
+    std::vector<Batch> m_waiting;
+    std::vector<Batch> m_spares;
     SerialWorker m_worker; // ends before the rest does
 };
 

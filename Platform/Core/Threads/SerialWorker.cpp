@@ -9,6 +9,15 @@
 #include <new>
 
 namespace platform {
+namespace {
+
+constexpr auto lingerStep = std::chrono::microseconds(250);
+constexpr int lingerSteps = 80; // 20 ms
+
+// Having found fewer entries than this, the worker lets more gather before it looks again.
+constexpr std::size_t busy = 256;
+
+} // namespace
 
 SerialWorker::SerialWorker(const char *threadName, std::function<std::size_t()> work)
     : m_threadName(threadName), m_work(std::move(work))
@@ -20,63 +29,79 @@ SerialWorker::~SerialWorker()
     stop(std::chrono::milliseconds::max());
 }
 
-void SerialWorker::add(const std::function<void()> &put)
+void SerialWorker::wakeThread(std::unique_lock<std::mutex> &lock)
 {
-    std::unique_lock lock(m_mutex);
-    if (isStopped()) {
+    if (m_isForked) {
+        workHere(lock);
         return;
     }
-    put();
-    ++m_added;
-    if (m_isForked && !m_running) {
-        workHere(lock);
-    } else if (m_running) {
-        lock.unlock();
-        m_threads.wake.notify_one();
-    } else {
-        // Where there is no thread to be had now, the next entry tries again.
-        m_threads.thread = startThread([this] { run(); });
-        m_running = m_threads.thread.joinable();
+    if (!m_running) {
+        start();
+        return;
     }
+    m_awake = true;
+    lock.unlock();
+    m_threads.wake.notify_one();
+}
+
+void SerialWorker::start()
+{
+    m_threads.thread = startThread([this] { run(); });
+    // Where there is no thread to be had now, the next entry tries again.
+    m_awake = m_running = m_threads.thread.joinable();
 }
 
 void SerialWorker::run()
 {
     m_id.store(std::this_thread::get_id(), std::memory_order_relaxed);
     ::pthread_setname_np(::pthread_self(), m_threadName);
-    std::unique_lock lock(m_mutex);
-    const auto hasWork = [this] { return m_finished < m_added && !m_isPaused; };
-    while (m_threads.wake.wait(lock, [&] { return hasWork() || isStopped(); }), !isStopped()) {
-        work(lock);
+    int idleSteps = 0;
+    while (!isStopped()) {
+        const auto entries = work();
+        idleSteps = entries == 0 ? idleSteps + 1 : 0;
+        std::unique_lock lock(m_mutex);
+        if (idleSteps > lingerSteps && m_added == m_finished) {
+            m_awake = false;
+            m_threads.wake.wait(lock, [this] { return m_awake || m_urgent; });
+            m_awake = true;
+            idleSteps = 0;
+        } else if (entries < busy) {
+            m_threads.wake.wait_for(lock, lingerStep, [this] { return m_urgent; });
+        }
+        m_urgent = false;
     }
     // The system may give the same identifier to a new thread.
     m_id.store(std::thread::id(), std::memory_order_relaxed);
+    const std::lock_guard lock(m_mutex);
     m_running = false;
     m_threads.done.notify_all();
 }
 
-// Unlocks meanwhile.
-void SerialWorker::work(std::unique_lock<std::mutex> &lock)
+std::size_t SerialWorker::work()
 {
-    m_isWorking = true;
-    lock.unlock();
-    const auto entries = m_work();
-    lock.lock();
-    m_isWorking = false;
-    m_finished += entries;
-    m_threads.done.notify_all();
+    const std::lock_guard working(m_working);
+    return m_work();
 }
 
 // With no thread running.
 void SerialWorker::workHere(std::unique_lock<std::mutex> &lock) noexcept
 {
-    m_running = true;
+    m_awake = m_running = true;
     m_id.store(std::this_thread::get_id(), std::memory_order_relaxed);
     while (m_finished < m_added && !isStopped()) {
-        work(lock);
+        lock.unlock();
+        work();
+        lock.lock();
     }
     m_id.store(std::thread::id(), std::memory_order_relaxed);
-    m_running = false;
+    m_awake = m_running = false;
+    m_threads.done.notify_all();
+}
+
+void SerialWorker::finished(std::size_t entries)
+{
+    const std::lock_guard lock(m_mutex);
+    m_finished += entries;
     m_threads.done.notify_all();
 }
 
@@ -91,7 +116,11 @@ void SerialWorker::waitUntilIdle()
         return;
     }
     const auto last = m_added;
-    m_threads.done.wait(lock, [&] { return m_finished >= last || !m_running || isStopped(); });
+    while (m_finished < last && m_running && !isStopped()) {
+        m_urgent = true;
+        m_threads.wake.notify_one();
+        m_threads.done.wait(lock);
+    }
 }
 
 void SerialWorker::prepareForFork()
@@ -99,10 +128,13 @@ void SerialWorker::prepareForFork()
     if (isCurrentThread()) {
         return;
     }
-    std::unique_lock lock(m_mutex);
-    m_isPaused = true;
-    m_threads.done.wait_for(lock, std::chrono::milliseconds(20), [this] { return !m_isWorking; });
-    lock.release(); // stays locked
+    auto isPaused = m_working.try_lock();
+    for (auto step = 0; !isPaused && step < lingerSteps; ++step) {
+        std::this_thread::sleep_for(lingerStep);
+        isPaused = m_working.try_lock();
+    }
+    m_mutex.lock();
+    m_isPaused = isPaused;
 }
 
 void SerialWorker::parentHasForked()
@@ -110,9 +142,11 @@ void SerialWorker::parentHasForked()
     if (isCurrentThread()) {
         return;
     }
-    m_isPaused = false;
+    const auto isPaused = m_isPaused;
     m_mutex.unlock();
-    m_threads.wake.notify_one();
+    if (isPaused) {
+        m_working.unlock();
+    }
 }
 
 void SerialWorker::childWasForked()
@@ -123,12 +157,15 @@ void SerialWorker::childWasForked()
     // Not destroyed: others are said to wait there, and to be joined, who do not exist here.
     ::new (&m_threads) Threads;
     m_finished = m_added; // what was waiting is the parent's
-    m_running = m_isPaused = false;
+    m_awake = m_urgent = m_running = false;
     m_isForked = true;
     m_id.store(std::thread::id(), std::memory_order_relaxed);
-    // What it works with is in no order in the midst of the work.
-    m_stopped.store(isStopped() || m_isWorking, std::memory_order_relaxed);
     m_mutex.unlock();
+    if (m_isPaused) {
+        m_working.unlock();
+    } else {
+        m_stopped.store(true, std::memory_order_relaxed); // what it works with is in no order
+    }
 }
 
 std::size_t SerialWorker::pending()
@@ -141,6 +178,7 @@ bool SerialWorker::stop(std::chrono::milliseconds maxWait)
 {
     std::unique_lock lock(m_mutex);
     m_stopped.store(true, std::memory_order_relaxed);
+    m_urgent = true;
     m_threads.wake.notify_one();
     m_threads.done.notify_all();
     const auto ended = [this] { return !m_running; };

@@ -18,6 +18,7 @@ class SerialQueueTest : public QObject {
 private Q_SLOTS:
     void entriesAreHandledInOrderOnAThreadOfTheirOwn();
     void aFullBatchIsFollowedByAnother();
+    void whenTheRushIsOverTheMemoryOfOneBatchIsKept();
     void waitingReturnsWhenWhatWasAddedBeforeIsHandled();
     void waitingInsideAHandlerReturnsAtOnce();
     void waitingWithoutEntriesReturnsAtOnce();
@@ -43,7 +44,23 @@ struct Numbers {
     void add(int number) { all.push_back(number); }
     std::size_t count() const { return all.size(); }
     bool isFull() const { return all.size() == fullSize; }
+    void clear() { all.clear(); }
 };
+
+// Counts itself.
+class Counted : public Numbers {
+public:
+    Counted() { ++alive; }
+    Counted(Counted &&other) noexcept : Numbers(std::move(other)) { ++alive; }
+    Counted &operator=(Counted &&) = default;
+    Counted(const Counted &) = delete;
+    Counted &operator=(const Counted &) = delete;
+    ~Counted() { --alive; }
+
+    static std::atomic<int> alive;
+};
+
+std::atomic<int> Counted::alive = 0;
 
 using Queue = platform::SerialQueue<Numbers>;
 
@@ -94,6 +111,21 @@ void SerialQueueTest::aFullBatchIsFollowedByAnother()
     queue.waitUntilIdle();
     QCOMPARE(std::accumulate(sizes.begin(), sizes.end(), std::size_t(0)), std::size_t(11));
     QVERIFY(*std::max_element(sizes.begin(), sizes.end()) == fullSize);
+}
+
+void SerialQueueTest::whenTheRushIsOverTheMemoryOfOneBatchIsKept()
+{
+    {
+        platform::SerialQueue<Counted> queue("test", [](const Counted &) {});
+        for (int round = 0; round < 3; ++round) {
+            for (int number = 0; number < 100 * fullSize; ++number) {
+                queue.add(number);
+            }
+            queue.waitUntilIdle();
+            QTRY_COMPARE(Counted::alive.load(), 1);
+        }
+    }
+    QCOMPARE(Counted::alive.load(), 0);
 }
 
 void SerialQueueTest::waitingReturnsWhenWhatWasAddedBeforeIsHandled()

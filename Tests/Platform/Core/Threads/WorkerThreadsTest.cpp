@@ -34,6 +34,7 @@ struct Numbers {
     void add(int number) { all.push_back(number); }
     std::size_t count() const { return all.size(); }
     bool isFull() const { return false; }
+    void clear() { all.clear(); }
 };
 
 } // namespace
