@@ -2,9 +2,14 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Processes/ChildExit.h"
 
+#include "Platform/Core/Processes/ProcessDescriptor.h"
 #include "Platform/Core/Threads/BackgroundThread.h"
 #include "Platform/Core/Threads/MainThread.h"
 
+#include <QEventLoop>
+#include <QSocketNotifier>
+
+#include <poll.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -25,6 +30,15 @@ int waitFor(pid_t child, siginfo_t &end, int options)
         result = ::waitid(P_PID, static_cast<id_t>(child), &end, options);
     } while (result != 0 && errno == EINTR);
     return result;
+}
+
+// Setting up an event loop takes longer than what ends as fast as that.
+constexpr int atOnce = 1; // ms
+
+bool endsWithin(const Descriptor &process, int milliseconds)
+{
+    pollfd end{process.fd(), POLLIN, 0};
+    return ::poll(&end, 1, milliseconds) > 0;
 }
 
 } // namespace
@@ -82,7 +96,24 @@ void ChildExit::wait()
 
 void ChildExit::waitAndPumpEvents()
 {
-    pumpEventsUntil([this] { return hasEnded(); });
+    Descriptor process;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_reaped) {
+            process = openProcess(m_child);
+        }
+    }
+    if (process.isOpen() && !endsWithin(process, atOnce)) {
+        QEventLoop loop;
+        QSocketNotifier end(process.fd(), QSocketNotifier::Read);
+        QObject::connect(&end, &QSocketNotifier::activated, &loop, [&] {
+            end.setEnabled(false); // else it keeps an inner loop, which the end waits for, busy
+            loop.quit();
+        });
+        loop.exec();
+    } else if (!process.isOpen()) {
+        pumpEventsUntil([this] { return hasEnded(); });
+    }
     while (!hasEnded()) {
         runPendingMainThreadCalls();
         std::this_thread::sleep_for(std::chrono::milliseconds(10));

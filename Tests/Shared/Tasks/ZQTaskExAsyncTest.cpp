@@ -251,9 +251,12 @@ void ZQTaskExAsyncTest::aCommandThatClosesItsOutputIsTerminated()
 {
     Calls calls;
     const auto runner = ZQTaskEx::create();
-    start(*runner, "echo output; exec sleep 60 >&2", calls.callback());
+    start(*runner,
+          "while ! test -e /tmp/may-close; do sleep 0.01; done; echo output; exec sleep 60 >&2",
+          calls.callback());
     const auto process = runner->theTask();
     QVERIFY(process != nullptr);
+    test::write(text("/tmp/may-close"), "");
     QVERIFY(calls.waitForEnd());
     process->waitUntilExit();
     QCOMPARE(process->terminationStatus(), SIGTERM);
