@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Listener/StandInListener.h"
 
+#include "Ostrel/OstrelNames.h"
+
 #include <QTimer>
 
 using namespace std::chrono_literals;
@@ -13,15 +15,15 @@ constexpr auto relaunchTime = 1s;
 
 StandInListener::StandInListener(QString statusWord)
     : m_statusWord(std::move(statusWord)),
-      m_statusRequests(QStringLiteral("ZQOstrelClientCurrentStatus"),
+      m_statusRequests(names::currentStatus,
                        [this](const auto & /*request*/) { say(m_statusWord); }),
-      m_disconnects(QStringLiteral("ZQOstrelClientDisconnect"),
+      m_disconnects(names::disconnectClient,
                     [this](const auto & /*request*/) {
-                        say(QStringLiteral("Disconnected"));
+                        say(names::disconnected);
                         m_isDisconnected = true;
                     }),
-      m_relaunches(QStringLiteral("ZQOstrelClientRelaunch"), [this](const auto & /*request*/) {
-          say(QStringLiteral("Relaunching..."));
+      m_relaunches(names::relaunchClient, [this](const auto & /*request*/) {
+          say(names::relaunching);
           QTimer::singleShot(relaunchTime, this, [this] { say(m_statusWord); });
       })
 {
@@ -33,6 +35,5 @@ void StandInListener::say(const QString &word) const
     if (m_isDisconnected) {
         return;
     }
-    platform::postDistributedNotification(
-        {QStringLiteral("ZQOstrelClientStatusUpdate"), {}, {{QStringLiteral("status"), word}}});
+    platform::postDistributedNotification({names::statusUpdate, {}, {{names::status, word}}});
 }

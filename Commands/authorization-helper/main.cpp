@@ -8,8 +8,8 @@
 // process that has started it, and such children as that names. There is no name by which anybody
 // else could reach it, and who takes the socket out of that process is refused. A request comes
 // with a pipe for the answer, so that any number of threads and processes may share the socket; see
-// Platform/ToolRequest.h for its bytes. Plain C++ over the system's calls, to be read in one
-// sitting.
+// Platform/Core/Authorization/ToolRequest.h for its bytes. Plain C++ over the system's calls, to be
+// read in one sitting.
 
 #include "Commands/authorization-helper/CleanState.h"
 #include "Commands/authorization-helper/Served.h"

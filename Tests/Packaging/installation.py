@@ -81,6 +81,20 @@ class Installation(unittest.TestCase):
                        env=dict(os.environ, DESTDIR="relative"))
         self.assertTrue(os.path.isdir("/tmp/relative/usr"))
 
+    def test_a_prefix_given_at_the_installation_is_obeyed(self):
+        new = "/tmp/for-a-prefix"
+        subprocess.run(["cmake", "--install", COPY, "--prefix", "/opt/other"], check=True,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                       env=dict(os.environ, DESTDIR=new))
+        for path in "bin/ostrel-settings", "libexec/ostrel/launchctl":
+            self.assertTrue(os.access(f"{new}/opt/other/{path}", os.X_OK), path)
+        self.assertFalse(os.path.exists(f"{new}/usr/local"))
+        files = {name: f"{folder}/{name}" for folder, _, names in os.walk(new) for name in names}
+        with open(files["com.corvane.ostrel.policy"], encoding="utf-8") as file:
+            self.assertIn(">/opt/other/libexec/ostrel/authorization-helper<", file.read())
+        self.assertEqual(os.readlink(files["ostrel-job-generator"]),
+                         "/opt/other/libexec/ostrel/job-generator")
+
     def test_everything_is_there(self):
         paths = dict(self.installed())
         names = {os.path.basename(path) for path in paths}
