@@ -45,7 +45,9 @@ def main():
 
     # Some words of the status line show for a moment only.
     status = desktop.StatusWords()
-    pane = desktop.start([f"{build}/bin/ostrel-settings"])
+    os.makedirs("/Library/Logs/Corvane")  # where root's log goes, if somebody made it
+    pane = desktop.start([f"{build}/bin/ostrel-settings"],
+                         output=f"{pictures}/ostrel-settings.log")
     window = desktop.Application("ostrel-settings")
     window.wait_for_label("Status: Not loaded")
     shot("opened")

@@ -1,6 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Corvane
 # SPDX-License-Identifier: MIT
 """Drives programs from outside: reads labels over AT-SPI, moves the mouse with xdotool."""
+import contextlib
 import os
 import plistlib
 import subprocess
@@ -17,13 +18,18 @@ PATIENCE = 60  # seconds; a loaded machine is slow, a broken program stays broke
 _started = []
 
 
-def start(command, **options):
-    """Starts a program that announces itself to assistive technology."""
+def start(command, output=None, **options):
+    """Starts a program that announces itself to assistive technology.
+
+    What it prints goes to the file `output`, or where our own output goes.
+    """
     # This brings the accessibility bus up, which leaves its address on the root window; there Qt
     # finds it at once. A Qt 5 that has to ask the session bus for it may announce itself before
     # the answer comes, and then is never seen.
     Atspi.get_desktop(0).get_child_count()
-    process = subprocess.Popen(command, env=dict(os.environ, **options), stderr=subprocess.DEVNULL)
+    with open(output, "w") if output else contextlib.nullcontext() as file:
+        process = subprocess.Popen(command, env=dict(os.environ, **options), stdout=file,
+                                   stderr=subprocess.DEVNULL)
     _started.append(process)
     return process
 
