@@ -52,10 +52,12 @@ def our_windows():
 
 def ask_for_file(pane, letter, title):
     """Chooses the menu's entry of this letter; the window that asks for a file and whose it is."""
-    before = len(our_windows())
+    before = our_windows()
     pane.window.click("More about presets")
-    wait_until(lambda: len(our_windows()) > before, "the menu")
-    subprocess.run(["xdotool", "key", letter], check=True)
+    wait_until(lambda: set(our_windows()) - set(before), "the menu")
+    [menu] = set(our_windows()) - set(before)
+    # To the menu itself: on the screen it is before it holds the keyboard.
+    subprocess.run(["xdotool", "key", "--window", menu, letter], check=True)
     window = desktop.window(title)
     return window, program_of(window)
 
