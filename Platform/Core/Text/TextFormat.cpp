@@ -24,6 +24,9 @@ namespace {
 // Limit of width and precision: the most characters that C promises for one directive.
 constexpr int maxWidth = 4095;
 
+// Units that a line's arguments add to its format, mostly.
+constexpr int usualGrowth = 64;
+
 // "%", flags, width, "." and precision, length, conversion.
 struct Directive {
     std::string flags;
@@ -31,6 +34,8 @@ struct Directive {
     int precision = -1; // none
     std::string length;
     char conversion = 0;
+
+    bool isBare() const { return flags.empty() && width == 0 && precision < 0; }
 };
 
 struct WholeNumber {
@@ -101,6 +106,9 @@ std::optional<QString> wholeNumberText(Directive directive, const QVariant &valu
     }
     const bool isSigned = directive.conversion == 'd' || directive.conversion == 'i';
     const auto bits = static_cast<qint64>(number->bits);
+    if (isSigned && (number->isNegative || bits >= 0) && directive.isBare()) {
+        return QString::number(bits); // as C prints it, in a tenth of the time
+    }
     if (isSigned && !number->isNegative && bits < 0) {
         directive.conversion = 'u'; // beyond what is signed in C
     }
@@ -157,7 +165,8 @@ public:
 
 private:
     bool parse(Directive &directive);
-    std::string take(std::string_view characters, std::size_t most = std::string::npos);
+    bool skip(char character);
+    std::string take(std::string_view characters);
     int takeNumber();
     QString convertNext(const Directive &directive);
 
@@ -170,6 +179,7 @@ private:
 QString Formatter::text()
 {
     QString text;
+    text.reserve(static_cast<int>(m_format.size()) + usualGrowth);
     for (;;) {
         const auto percent = m_format.indexOf(u'%', m_position);
         text += m_format.mid(m_position, percent < 0 ? -1 : percent - m_position);
@@ -179,8 +189,10 @@ QString Formatter::text()
         m_position = percent + 1;
         const auto *const next = m_next;
         Directive directive;
-        if (!take("%", 1).empty()) {
+        if (skip('%')) {
             text += u'%';
+        } else if (m_next != m_end && skip('@')) { // most directives of log lines
+            text += description((m_next++)->value());
         } else if (parse(directive)) {
             text += convertNext(directive);
         } else {
@@ -200,20 +212,31 @@ bool Formatter::parse(Directive &directive)
         directive.width = -directive.width;
         directive.flags += '-';
     }
-    if (!take(".", 1).empty()) {
+    if (skip('.')) {
         directive.precision = std::max(-1, takeNumber());
     }
     directive.length = take("lhzqLjt");
-    const auto conversion = take("@sdiuoxXfFeEgGaAcp", 1);
-    directive.conversion = conversion.empty() ? '\0' : conversion.front();
-    return !conversion.empty();
+    constexpr std::string_view conversions = "@sdiuoxXfFeEgGaAcp";
+    const auto conversion =
+        std::find_if(conversions.begin(), conversions.end(), [this](char c) { return skip(c); });
+    directive.conversion = conversion == conversions.end() ? '\0' : *conversion;
+    return conversion != conversions.end();
 }
 
-// The next characters of the format, at most so many, that are among these.
-std::string Formatter::take(std::string_view characters, std::size_t most)
+bool Formatter::skip(char character)
+{
+    if (m_position == m_format.size() || m_format[m_position] != QLatin1Char(character)) {
+        return false;
+    }
+    ++m_position;
+    return true;
+}
+
+// The next characters of the format that are among these.
+std::string Formatter::take(std::string_view characters)
 {
     std::string taken;
-    for (; m_position < m_format.size() && taken.size() < most; ++m_position) {
+    for (; m_position < m_format.size(); ++m_position) {
         const auto character = m_format[m_position].toLatin1(); // NUL where it is not
         if (characters.find(character) == std::string_view::npos) {
             break;
@@ -227,7 +250,7 @@ std::string Formatter::take(std::string_view characters, std::size_t most)
 // made where it is no number or there is none.
 int Formatter::takeNumber()
 {
-    if (take("*", 1).empty()) {
+    if (!skip('*')) {
         const auto number = std::strtol(take("0123456789").c_str(), nullptr, 10);
         return static_cast<int>(std::min<long>(number, maxWidth));
     }
