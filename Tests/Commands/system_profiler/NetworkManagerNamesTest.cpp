@@ -107,19 +107,13 @@ void NetworkManagerNamesTest::manyConnectionsAreNamed()
 
 void NetworkManagerNamesTest::withoutABusThereAreNoNames()
 {
-    QElapsedTimer time;
-    time.start();
     QVERIFY(names().empty());
-    QVERIFY(time.elapsed() < 15000);
 }
 
 void NetworkManagerNamesTest::withoutNetworkManagerThereAreNoNames()
 {
     startBus();
-    QElapsedTimer time;
-    time.start();
     QVERIFY(names().empty());
-    QVERIFY(time.elapsed() < 15000); // says so at once, starts nobody
 }
 
 void NetworkManagerNamesTest::anErrorGivesNoNames()

@@ -53,25 +53,22 @@ void NetworkProfilerTest::aProfilerThatOnlyFailsYieldsNothing()
 
 void NetworkProfilerTest::aProfilerThatNeverAnswersIsTerminatedAfterTenSeconds()
 {
-    const CommandRecorder profiler(path, QStringLiteral("exec /opt/bin/sleep 300"));
+    const CommandRecorder profiler(path, QStringLiteral("exec /opt/bin/sleep infinity"));
     test::ConsoleCapture console;
     QElapsedTimer time;
     time.start();
     QVERIFY(!Ostrel_Preference_Pane::networkInterfaces());
-    QVERIFY2(time.elapsed() >= 9900 && time.elapsed() < 60000,
-             qPrintable(QString::number(time.elapsed())));
+    QVERIFY2(time.elapsed() >= 9900, qPrintable(QString::number(time.elapsed())));
     QCOMPARE(console.lines(),
              (QStringList{QStringLiteral("Task timed out. Terminating..."), noData}));
 }
 
 void NetworkProfilerTest::aProfilerThatCannotBeTerminatedIsNotWaitedForForever()
 {
-    const CommandRecorder profiler(path, QStringLiteral("trap '' TERM; exec /opt/bin/sleep 300"));
+    const CommandRecorder profiler(path,
+                                   QStringLiteral("trap '' TERM; exec /opt/bin/sleep infinity"));
     test::ConsoleCapture console;
-    QElapsedTimer time;
-    time.start();
     QVERIFY(!Ostrel_Preference_Pane::networkInterfaces());
-    QVERIFY2(time.elapsed() < 60000, qPrintable(QString::number(time.elapsed())));
     QCOMPARE(console.lines().last(), noData);
 }
 

@@ -9,7 +9,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QPushButton>
 #include <QTest>
@@ -328,17 +327,14 @@ void SupportActionsTest::anUpdaterThatRunsOnDoesNotHoldThePane()
     updater::make(updater::installedPath(), 8);
     QFile script(updater::installedPath() + QStringLiteral("/Contents/MacOS/updater"));
     QVERIFY(script.open(QIODevice::Append));
-    script.write("exec sleep 600\n");
+    script.write("exec sleep infinity\n");
     script.close();
     PaneFixture fixture(50ms);
     fixture.open();
-    QElapsedTimer time;
-    time.start();
     fixture.pane().manualUpdateCheck();
     QCOMPARE(updater::waitForRuns(2).size(), 2);
     fixture.waitUntilLoaded();
     fixture.close();
-    QVERIFY(time.elapsed() < 10000);
     QVERIFY(Ostrel_Preference_Pane::isProcessRunning(QStringLiteral("sleep")));
 }
 

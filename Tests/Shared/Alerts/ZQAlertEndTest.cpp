@@ -91,20 +91,19 @@ void ZQAlertEndTest::aTimedAlertOfFiveSecondsReturnsOneAfterAboutFiveSeconds()
 {
     QElapsedTimer time;
     time.start();
+    bool isLate = false; // a timer that is due later fires later, however busy the machine
+    QTimer::singleShot(10s, this, [&] { isLate = true; });
     QCOMPARE(askFor(5), 1);
     QVERIFY(time.elapsed() >= 5000);
-    QVERIFY2(time.elapsed() < 15000, qPrintable(QString::number(time.elapsed())));
+    QVERIFY(!isLate);
 }
 
 void ZQAlertEndTest::aTimedAlertThatIsAnsweredReturnsTheUsersCode()
 {
-    QElapsedTimer time;
-    time.start();
     const test::AlertWatcher watcher(
         [](AlertPanel &alert) { test::click(alert, "alternateButton"); });
-    QCOMPARE(askFor(120), 0);
-    QCOMPARE(test::onWorker([] { return askFor(120); }), 0);
-    QVERIFY(time.elapsed() < 110000);
+    QCOMPARE(askFor(3600), 0);
+    QCOMPARE(test::onWorker([] { return askFor(3600); }), 0);
 }
 
 void ZQAlertEndTest::theTimerFiresOnAnAlertThatIsGone()
@@ -232,13 +231,10 @@ void ZQAlertEndTest::endingAWorkerEndsItsWait()
 // The rest needs processes of its own, see run().
 void ZQAlertEndTest::aProcessDoesNotWaitForItsTimers()
 {
-    QElapsedTimer time;
-    time.start();
     QCOMPARE(QProcess::execute(
                  QCoreApplication::applicationFilePath(),
                  {QStringLiteral("ZQAlertEndTest"), QStringLiteral("answeredTimedAlerts")}),
              0);
-    QVERIFY(time.elapsed() < 60000);
 }
 
 void ZQAlertEndTest::aProcessQuitsWhileAnAlertBlocks()

@@ -126,9 +126,7 @@ void ZQAuthorizationAsRootTest::aTaskIsWaitedForOrNot()
     time.start();
     QCOMPARE(authorization().authExecTask(text("/bin/sleep"), {text("1")}, Async::No), 0);
     QVERIFY(time.elapsed() >= 1000);
-    time.start();
-    QCOMPARE(authorization().authExecTask(text("/bin/sleep"), {text("60")}), 0);
-    QVERIFY(time.elapsed() < 30000);
+    QCOMPARE(authorization().authExecTask(text("/bin/sleep"), {text("infinity")}), 0);
 }
 
 void ZQAuthorizationAsRootTest::theExitStatusIsNotLookedAt()

@@ -6,7 +6,6 @@
 #include "Tests/Support/CommandRecorder.h"
 #include "Tests/Support/TestProgram.h"
 
-#include <QElapsedTimer>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -178,11 +177,8 @@ void ZQFileManagerAttributesTest::waitingForAFileLooksOnceAndLogs()
 {
     auto &at = *m_fixture;
     test::writeFile(at / "empty", "");
-    QElapsedTimer timer;
-    timer.start();
-    ZQFileManager::waitForFileCreation(at.path("missing"), 60s);
+    ZQFileManager::waitForFileCreation(at.path("missing"), 24h);
     ZQFileManager::waitForFileCreation(at.path("empty"), 0s);
-    QVERIFY(timer.elapsed() < 10000);
     const auto words = QStringLiteral("File %1 is not yet created. Waiting...");
     QCOMPARE(FileManagerFixture::logged(),
              (QStringList{words.arg(at.path("missing")), words.arg(at.path("empty"))}));

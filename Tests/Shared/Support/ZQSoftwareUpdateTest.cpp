@@ -13,7 +13,6 @@
 
 #include <QDateTime>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QTest>
 
@@ -304,12 +303,9 @@ void ZQSoftwareUpdateTest::theAutomaticCheckDoesNotWait()
 {
     updater::make(updater::installedPath(), QStringLiteral("8"));
     const auto script = executable(updater::installedPath()).toStdString();
-    test::writeFile(script, test::readFile(script) + "exec sleep 60\n");
-    QElapsedTimer time;
-    time.start();
+    test::writeFile(script, test::readFile(script) + "exec sleep infinity\n");
     run({QStringLiteral("check")});
     QCOMPARE(updater::waitForRuns(1).size(), 1);
-    QVERIFY(time.elapsed() < 20000);
 }
 
 void ZQSoftwareUpdateTest::withoutAnyUpdaterTheAutomaticCheckLogsThat()

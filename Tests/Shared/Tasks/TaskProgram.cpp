@@ -17,7 +17,7 @@ const auto trueProgram = QStringLiteral("/bin/true");
 void sleepingTimers()
 {
     for (int i = 0; i < 20; ++i) {
-        ZQTaskEx::runTask(trueProgram, {}, std::chrono::seconds(30));
+        ZQTaskEx::runTask(trueProgram, {}, std::chrono::hours(24));
     }
 }
 

@@ -164,11 +164,8 @@ void ZQTaskExTest::argumentsAreAnyBytes()
 
 void ZQTaskExTest::runTaskAndReturnDoesNotWait()
 {
-    QElapsedTimer timer;
-    timer.start();
-    const QStringList script{text("-c"), text("echo $$ > /tmp/runs; exec sleep 30")};
+    const QStringList script{text("-c"), text("echo $$ > /tmp/runs; exec sleep infinity")};
     ZQTaskEx::runTaskAndReturn(text("/bin/sh"), script);
-    QVERIFY(timer.elapsed() < 15000);
     QTRY_VERIFY(test::contents(text("/tmp/runs")).endsWith('\n'));
     ::kill(test::contents(text("/tmp/runs")).trimmed().toInt(), SIGTERM);
     QVERIFY(test::losesItsChildren());

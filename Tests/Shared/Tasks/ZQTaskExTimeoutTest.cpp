@@ -112,9 +112,9 @@ void ZQTaskExTimeoutTest::aTimedOutRunIsTerminatedAndReported()
 {
     QElapsedTimer timer;
     timer.start();
-    test::TaskReports reports([&] { ZQTaskEx::runTask(text("/bin/sleep"), {text("60")}, 1s); });
+    test::TaskReports reports(
+        [&] { ZQTaskEx::runTask(text("/bin/sleep"), {text("infinity")}, 1s); });
     QVERIFY(timer.elapsed() >= 1000);
-    QVERIFY(timer.elapsed() < 50000);
     QCOMPARE(reports.console(), timedOutConsole);
     QCOMPARE(reports.logged(), timedOutLog("/bin/sleep"));
     QCOMPARE(reports.printed(), QStringList());

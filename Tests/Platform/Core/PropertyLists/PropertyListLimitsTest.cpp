@@ -6,7 +6,6 @@
 #include "Tests/Platform/Core/PropertyLists/BinaryPropertyList.h"
 #include "Tests/Support/TestProgram.h"
 
-#include <QElapsedTimer>
 #include <QTest>
 
 #include <pthread.h>
@@ -122,10 +121,7 @@ void PropertyListLimitsTest::objectsThatUnfoldWithoutBoundAreRefused()
         list.objects << list.container({i + 1, i + 1});
     }
     list.objects << BinaryPropertyList::text("bomb");
-    QElapsedTimer time;
-    time.start();
     QVERIFY(!propertyListFromData(list.data()));
-    QVERIFY(time.elapsed() < 10000);
 }
 
 void PropertyListLimitsTest::aHugeArrayOfOneObjectIsRefused()
@@ -166,11 +162,8 @@ void PropertyListLimitsTest::moreElementsThanTheLimitAreRefused()
     const auto list = [](qint64 count) {
         return "<array>" + QByteArray("<true/>").repeated(static_cast<int>(count)) + "</array>";
     };
-    QElapsedTimer time;
-    time.start();
     QVERIFY(propertyListFromData(list(platform::propertylist::maximumValues - 1)));
     QVERIFY(!propertyListFromData(list(4 * platform::propertylist::maximumValues)));
-    QVERIFY(time.elapsed() < 60000);
 }
 
 // What looks like closing tags to one reader and not to another must not take nesting back.

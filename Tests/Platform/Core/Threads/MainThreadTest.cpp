@@ -5,7 +5,6 @@
 #include "Platform/Core/Threads/WorkerThreads.h"
 #include "Tests/Support/TestProgram.h"
 
-#include <QElapsedTimer>
 #include <QTest>
 #include <QTimer>
 
@@ -81,10 +80,7 @@ void MainThreadTest::aWaitingCallFromAWorkerRunsOnTheMainThread()
 
 void MainThreadTest::pumpingWaitsAtMostItsTime()
 {
-    QElapsedTimer time;
-    time.start();
     platform::pumpEvents(10ms);
-    QVERIFY(time.elapsed() < 10000);
 }
 
 void MainThreadTest::pumpingUntilAnEndDispatchesEventsAndReturnsTrue()
@@ -140,18 +136,15 @@ void MainThreadTest::endingWorkersServesTheirCallsAndCutsTheirSleep()
 {
     std::atomic<bool> sleptWhole = true;
     bool called = false;
-    QElapsedTimer time;
-    time.start();
     {
         platform::WorkerThreads workers;
         workers.start([&] {
-            sleptWhole = workers.sleepFor(60s);
+            sleptWhole = workers.sleepFor(1h);
             platform::performOnMainThreadAndWait([&] { called = true; });
         });
     }
     QVERIFY(!sleptWhole);
     QVERIFY(called);
-    QVERIFY(time.elapsed() < 5000);
 }
 
 void MainThreadTest::aWorkerIsToldThatItIsToEnd()
