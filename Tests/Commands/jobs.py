@@ -15,7 +15,7 @@ COMMANDS = f"{BUILD}/libexec/ostrel"
 LAUNCHCTL = f"{COMMANDS}/launchctl"
 GENERATOR = f"{COMMANDS}/job-generator"
 COMPUTER = "/Library/LaunchAgents"
-PATIENCE = 60  # seconds; a loaded machine is slow, a broken program stays broken
+PATIENCE = 180  # seconds; a loaded machine is slow, a broken program stays broken
 
 
 def own_folder():

@@ -20,6 +20,10 @@ LABEL = "com.example.job"
 
 
 class Launchctl(jobs.JobTest):
+    def setUp(self):
+        # The supervisor ends by itself, a little after its last job.
+        jobs.wait_until(lambda: not jobs.processes("job-supervisor"), "an earlier test's supervisor to end")
+
     def test_without_jobs_everything_says_so_and_nothing_is_started(self):
         self.expect(launchctl("list"), output=HEADER)
         self.expect(launchctl("list", LABEL), 1, f"launchctl: {LABEL}: not loaded\n")

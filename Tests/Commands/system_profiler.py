@@ -12,7 +12,7 @@ import unittest
 BUILD = sys.argv[1] if len(sys.argv) > 1 else "."
 PROFILER = f"{BUILD}/libexec/ostrel/system_profiler"
 ASKED = (PROFILER, "SPNetworkDataType", "-xml")
-PATIENCE = 60
+PATIENCE = 180
 
 
 def run(*command, **options):

@@ -19,7 +19,7 @@ def read(name, file):
 
 def profile():
     output = subprocess.run([PROFILER, "SPNetworkDataType", "-xml"], check=True, capture_output=True,
-                            timeout=60).stdout
+                            timeout=300).stdout
     return plistlib.loads(output)[0]["_items"]
 
 

@@ -77,7 +77,7 @@ class Installation(unittest.TestCase):
 
     def test_a_folder_to_install_into_may_be_relative(self):
         subprocess.run(["cmake", "--install", COPY, "--component", "system"], check=True,
-                       stdout=subprocess.DEVNULL, cwd="/tmp", timeout=60,
+                       stdout=subprocess.DEVNULL, cwd="/tmp", timeout=300,
                        env=dict(os.environ, DESTDIR="relative"))
         self.assertTrue(os.path.isdir("/tmp/relative/usr"))
 

@@ -33,7 +33,7 @@ class ManualMaker(unittest.TestCase):
             with open(self.source, "w", encoding="utf-8") as file:
                 file.write(text)
         return subprocess.run([PROGRAM, "--edition", edition, self.source, self.folder, self.target],
-                              capture_output=True, text=True, timeout=120)
+                              capture_output=True, text=True, timeout=300)
 
     def pages(self, text):
         done = self.make(text)
@@ -78,7 +78,7 @@ class ManualMaker(unittest.TestCase):
 
     def test_wrong_arguments_are_refused(self):
         for arguments in ([], ["text.md"], ["a", "b", "c", "d"]):
-            done = subprocess.run([PROGRAM, *arguments], capture_output=True, text=True, timeout=60)
+            done = subprocess.run([PROGRAM, *arguments], capture_output=True, text=True, timeout=300)
             self.assertEqual(done.returncode, 2)
             self.assertIn("SOURCE, PICTURES and PDF", done.stderr)
 
@@ -141,7 +141,7 @@ class ManualMaker(unittest.TestCase):
         shutil.copy(PICTURE, f"{self.folder}/page.png")
         width, height = pdf.png_size(PICTURE)
         wide = f"{self.folder}/wide.png"
-        subprocess.run(["convert", PICTURE, "-resize", "300%", wide], check=True, timeout=60)
+        subprocess.run(["convert", PICTURE, "-resize", "300%", wide], check=True, timeout=300)
         self.pages("# Title\n\n![A page](page.png)\n\n![The same, wide](wide.png)\n")
         pictures = pdf.pictures(self.target)
         self.assertEqual([picture["size"] for picture in pictures],

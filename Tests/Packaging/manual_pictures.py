@@ -22,7 +22,7 @@ HOME = os.path.expanduser("~")
 
 def take(folder, *pages, program=f"{BUILD}/bin/ostrel-settings"):
     return subprocess.run([SCRIPT, program, BUNDLE, folder, *(pages or PAGES)],
-                          capture_output=True, text=True, timeout=280)
+                          capture_output=True, text=True, timeout=800)
 
 
 def contents(path):
@@ -81,7 +81,7 @@ class ManualPictures(unittest.TestCase):
         self.assertEqual(os.listdir("/tmp/failed"), ["general.png"])
 
     def test_wrong_arguments_are_refused(self):
-        done = subprocess.run([SCRIPT, "a", "b", "c"], capture_output=True, text=True, timeout=60)
+        done = subprocess.run([SCRIPT, "a", "b", "c"], capture_output=True, text=True, timeout=300)
         self.assertEqual(done.returncode, 2)
         self.assertIn("usage: take-pictures", done.stderr)
 

@@ -6,7 +6,7 @@ import subprocess
 
 
 def run(*command):
-    return subprocess.run(command, capture_output=True, text=True, check=True, timeout=60).stdout
+    return subprocess.run(command, capture_output=True, text=True, check=True, timeout=300).stdout
 
 
 def info(path):

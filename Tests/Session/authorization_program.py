@@ -17,7 +17,7 @@ FOLDER = "/usr/local/libexec/ostrel"
 HELPER = f"{FOLDER}/authorization-helper"
 GRANT = ("Whoever enters an administrator's password lets this program change any file of this computer "
          "as administrator until the pane is closed.")
-PATIENCE = 60
+PATIENCE = 180
 PROGRAM = sys.argv.pop(1)
 PASSWORD = session.ADMINISTRATOR_PASSWORD
 ODD_NAMES = ["-rf", "--help", "it's \"quoted\"", "two\nlines", "100% %s %n %@", "*", "$(id)", "a;b",

@@ -72,7 +72,7 @@ def start(attack):
     try:
         pane = Pane(status="Not loaded")
         turn_on(pane)
-        word = attacker.communicate(timeout=60)[0].strip()
+        word = attacker.communicate(timeout=300)[0].strip()
     finally:
         attacker.kill()
     check_job_file()

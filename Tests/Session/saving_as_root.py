@@ -18,7 +18,7 @@ TESTER, OTHER = 1000, 1001
 
 
 def save(command, path, times=1):
-    done = subprocess.run([PROGRAM, command, path, str(times)], capture_output=True, text=True, timeout=120,
+    done = subprocess.run([PROGRAM, command, path, str(times)], capture_output=True, text=True, timeout=300,
                           check=True)
     return int(done.stdout)
 

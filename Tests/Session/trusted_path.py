@@ -22,7 +22,7 @@ options = f"fd={served},rootmode=40755,user_id={user},group_id=0,allow_other"
 if library.mount(b",user_id=0", folder.encode(), b"fuse", 6, options.encode()) != 0:  # nosuid, nodev
     sys.exit(os.strerror(ctypes.get_errno()))
 try:
-    run = subprocess.run(command, stdout=subprocess.PIPE, text=True, timeout=20)
+    run = subprocess.run(command, stdout=subprocess.PIPE, text=True, timeout=300)
     print(run.stdout, end="")
 finally:
     library.umount2(folder.encode(), 2)  # now, whoever uses it

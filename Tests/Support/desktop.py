@@ -14,7 +14,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
-PATIENCE = 60  # seconds; a loaded machine is slow, a broken program stays broken
+PATIENCE = 180  # seconds; a loaded machine is slow, a broken program stays broken
 _started = []
 
 

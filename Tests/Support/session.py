@@ -14,7 +14,7 @@ HOME = "/home/tester"
 RUNTIME = f"/run/user/{USER}"
 _PARTS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "desktop-session.d")
 _RULES = "/etc/polkit-1/rules.d/10-scene.rules"
-_PATIENCE = 60  # seconds; a loaded machine is slow, a broken machine stays broken
+_PATIENCE = 180  # seconds; a loaded machine is slow, a broken machine stays broken
 _rules_set = 0
 
 
