@@ -43,6 +43,13 @@ def console():
     return session.journal("--identifier=AuthorizationProgram")
 
 
+def is_sanitized():
+    """Whether the programs are built with a sanitizer."""
+    with open(PROGRAM, "rb") as file:
+        contents = file.read()
+    return b"libasan.so" in contents or b"libtsan.so" in contents
+
+
 def exists(path):
     """Also in folders that the user cannot look into."""
     return session.root(["test", "-e", path], check=False).status == 0

@@ -15,7 +15,7 @@ import time
 import unittest
 
 from authorization_program import (ACTION, FOLDER, GRANT, HELPER, ODD_NAMES, PASSWORD, Program, WithPassword,
-                                   console, exists, helpers, make_file, session, wait_until)
+                                   console, exists, is_sanitized, helpers, make_file, session, wait_until)
 
 
 SWAPPER = """
@@ -226,7 +226,9 @@ class Safety(WithPassword):
     def test_the_limits_of_the_client_have_no_effect(self):
         make_file("/Library/t/big", "x" * (1 << 20))
         small = {resource.RLIMIT_FSIZE: 64 << 10, resource.RLIMIT_CORE: 64 << 10, resource.RLIMIT_NOFILE: 100,
-                 resource.RLIMIT_CPU: 50, resource.RLIMIT_DATA: 2 << 30, resource.RLIMIT_STACK: 1 << 20}
+                 resource.RLIMIT_CPU: 50, resource.RLIMIT_STACK: 1 << 20}
+        if not is_sanitized():  # a sanitizer's own memory counts as data
+            small[resource.RLIMIT_DATA] = 2 << 30
         with self.with_limits({number: (soft, None) for number, soft in small.items()}) as program:
             self.assertEqual(program.ask("start-with", "admin", PASSWORD), "yes")
             self.assertEqual(program.ask("exec-wait", "/bin/cp", "/Library/t/big", "/Library/t/copy"), "0")
