@@ -220,7 +220,8 @@ class Pane:
     def close(self):
         desktop.press("Ostrel", "ctrl+q")
         wait_until(lambda: self.process.poll() is not None, "the window to close")
-        expect(self.process.returncode == 0, f"the window ended with {self.process.returncode}")
+        expect(self.process.returncode == 0, f"the window ended with {self.process.returncode}: "
+               f"{desktop.errors_of(self.process)}")
         self.forget()
 
     def kill(self):

@@ -21,17 +21,24 @@ _started = []
 def start(command, output=None, **options):
     """Starts a program that announces itself to assistive technology.
 
-    What it prints goes to the file `output`, or where our own output goes.
+    What it prints goes to the file `output`, or where our own output goes; errors_of() has its errors.
     """
     # This brings the accessibility bus up, which leaves its address on the root window; there Qt
     # finds it at once. A Qt 5 that has to ask the session bus for it may announce itself before
     # the answer comes, and then is never seen.
     Atspi.get_desktop(0).get_child_count()
     with open(output, "w") if output else contextlib.nullcontext() as file:
-        process = subprocess.Popen(command, env=dict(os.environ, **options), stdout=file,
-                                   stderr=subprocess.DEVNULL)
+        errors = tempfile.TemporaryFile()
+        process = subprocess.Popen(command, env=dict(os.environ, **options), stdout=file, stderr=errors)
+    process.errors = errors
     _started.append(process)
     return process
+
+
+def errors_of(process):
+    """The end of what the program has written to its standard error."""
+    size = os.fstat(process.errors.fileno()).st_size
+    return os.pread(process.errors.fileno(), 4000, max(0, size - 4000)).decode(errors="replace")
 
 
 def end_all():
