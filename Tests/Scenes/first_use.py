@@ -58,7 +58,9 @@ def main():
         "the changed setting in the preferences file")
     shot("setting-changed")
 
-    desktop.sleep_past_loading()
+    # Until the worker that notes the pane's version has ended, the pane ignores the switch.
+    desktop.wait_until(lambda: "lastRunVersion" in desktop.property_list(PREFERENCES), "the noted version")
+    desktop.wait_for_workers(pane)
     window.click("Ostrel listener")
     status.wait_for("Creating job...")
     shot("switched-on")
@@ -85,6 +87,8 @@ def main():
         window.click(page)
         shot(f"page-{page.lower()}")
 
+    # The worker that looks 15 seconds after a launch whether the listener is up would start it again.
+    desktop.wait_for_workers(pane)
     window.click("Ostrel listener")
     status.wait_for("Disconnected")  # the listener's own word
     shot("switched-off")

@@ -146,9 +146,9 @@ class Pane:
         self._wait_until_loaded(before)
 
     def _wait_until_loaded(self, before):
-        # Until the pane has written its version down it ignores the switch.
+        # Until the worker that writes the pane's version down has ended, the pane ignores the switch.
         wait_until(lambda: self._stamp() != before, "the pane to have loaded")
-        time.sleep(0.5)
+        desktop.wait_for_workers(self.process)
 
     def come_back(self, show):
         """Shows the pane again in an application that has shown something else meanwhile."""
@@ -191,19 +191,22 @@ class Pane:
 
     def is_working(self):
         """Whether the spinner turns; a still one shows nothing but its background."""
-        box = self.window.find("Working").get_extents(desktop.Atspi.CoordType.SCREEN)
+        left, top, width, height = self.window.wait_for_place("Working")
         colours = subprocess.run(
-            ["import", "-window", "root", "-crop", f"{box.width}x{box.height}+{box.x}+{box.y}",
+            ["import", "-window", "root", "-crop", f"{width}x{height}+{left}+{top}",
              "-format", "%k", "info:-"], capture_output=True, text=True, check=True).stdout
         return int(colours) > 1
 
     def slide(self):
         """Drags the knob to the switch's other side."""
         wait_until(self.is_enabled, "the switch to be enabled")
-        box = self._switch().get_extents(desktop.Atspi.CoordType.SCREEN)
-        left, right = box.x + box.width // 4, box.x + box.width * 3 // 4
+        if self.is_on():
+            # The worker that looks 15 seconds after a launch whether the listener is up would start it again.
+            desktop.wait_for_workers(self.process)
+        x, y, width, height = self.window.wait_for_place("Ostrel listener")
+        left, right = x + width // 4, x + width * 3 // 4
         start, end = (right, left) if self.is_on() else (left, right)
-        y = str(box.y + box.height // 2)
+        y = str(y + height // 2)
         subprocess.run(["xdotool", "mousemove", str(start), y, "mousedown", "1"], check=True)
         for x in range(start, end, 11 if end > start else -11):
             subprocess.run(["xdotool", "mousemove", str(x), y], check=True)

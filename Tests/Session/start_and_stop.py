@@ -56,13 +56,9 @@ def scene():
     pane.settled(on=False)
     check_gone()
     pane.picture("6-stopped")
-    # The listener's "Disconnected" follows at once on "Disconnecting...". Where the refresh 15 seconds after the
-    # launch falls into the stop it moves the switch, and the stop is repeated.
-    again = ["Disconnecting...", "Unloading job...", "Not loaded"]
-    words = pane.words()
-    words = words[:-3] if words[-3:] == again else words
-    expect(words[-3:] == ["Disconnected", "Unloading job...", "Not loaded"] and
-           set(words[:-3]) <= {"Disconnecting..."}, f"these words were shown: {pane.words()}")
+    # The listener's "Disconnected" follows at once on "Disconnecting...".
+    expect(pane.words()[-3:] == ["Disconnected", "Unloading job...", "Not loaded"] and
+           set(pane.words()[:-3]) <= {"Disconnecting..."}, f"these words were shown: {pane.words()}")
     expect(unit("ActiveState") == "inactive", "the job is unloaded")
     session.user(["systemctl", "--user", "daemon-reload"])
     expect(unit("LoadState") == "not-found", "the manager does not find the job again")

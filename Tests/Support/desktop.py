@@ -4,6 +4,7 @@
 import contextlib
 import os
 import plistlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -50,15 +51,27 @@ def end_all():
 def wait_until(condition, what):
     end = time.monotonic() + PATIENCE
     while time.monotonic() < end:
-        if condition():
-            return
+        found = condition()
+        if found:
+            return found
         time.sleep(0.05)
     raise AssertionError(f"waited in vain for {what}")
 
 
-def sleep_past_loading():
-    """The switch starts nothing in the first second after the pane has opened."""
-    time.sleep(1.5)
+def wait_for_workers(process):
+    """Waits until no worker thread of the program runs."""
+    def running():
+        folder = f"/proc/{process.pid}/task"
+        for thread in os.listdir(folder):
+            try:
+                with open(f"{folder}/{thread}/comm", encoding="utf-8") as file:
+                    if file.read() == "worker\n":
+                        return True
+            except OSError:  # it has ended
+                continue
+        return False
+
+    wait_until(lambda: not running(), "the workers to end")
 
 
 def property_list(path):
@@ -86,6 +99,14 @@ def window(title):
 
     wait_until(is_there, f'a window "{title}"')
     return found[-1]
+
+
+def _place_of(window_number):
+    """Left, top, width and height on the screen, without the window manager's frame."""
+    told = subprocess.run(["xwininfo", "-id", window_number], capture_output=True, text=True).stdout
+    names = "Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"
+    found = [re.search(f"{name}: +(-?[0-9]+)", told) for name in names]
+    return tuple(int(match[1]) for match in found) if all(found) else None
 
 
 def press(title, key):
@@ -168,6 +189,32 @@ class Application:
             print(f"accessibility tree: {error.message}", file=sys.stderr)
         return None
 
+    def place_of(self, node):
+        """Left, top, width and height of a control on the screen.
+
+        A program may not know yet, and on a busy machine for long, where the window manager has put its window; the X
+        server does. So the server is asked for the window's place and the program for the place within.
+        """
+        window = node
+        while window.get_parent() is not None and window.get_parent().get_role() != Atspi.Role.APPLICATION:
+            window = window.get_parent()
+        # Not Atspi.CoordType.WINDOW, with which Qt 5 answers wrongly.
+        inner, outer = (part.get_extents(Atspi.CoordType.SCREEN) for part in (node, window))
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(node.get_process_id())],
+                               capture_output=True, text=True)
+        for left, top, width, height in filter(None, map(_place_of, found.stdout.split())):
+            if (width, height) == (outer.width, outer.height):
+                return left + inner.x - outer.x, top + inner.y - outer.y, inner.width, inner.height
+        return None  # not on the screen yet
+
+    def wait_for_place(self, name):
+        """The place of the control of this name, once it is on the screen."""
+        def place():
+            node = self.find(name)
+            return node and self.place_of(node)
+
+        return wait_until(place, f'"{name}" on the screen')
+
     def wait_for_label(self, text):
         wait_until(lambda: self.find(text), f'"{text}"; shown: {self.names()}')
 
@@ -181,11 +228,10 @@ class Application:
         return self.find(name).get_state_set().contains(Atspi.StateType.CHECKED)
 
     def click(self, name, times=1):
-        wait_until(lambda: self.find(name), f'"{name}" to click')
-        box = self.find(name).get_extents(Atspi.CoordType.SCREEN)
+        left, top, width, height = self.wait_for_place(name)
         # Check boxes react on their left end only where the style says so.
-        x = box.x + min(box.width // 2, 10)
-        y = box.y + box.height // 2
+        x = left + min(width // 2, 10)
+        y = top + height // 2
         subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "--repeat",
                         str(times), "--delay", "60", "1"], check=True)
 

@@ -6,6 +6,8 @@
 #include "Platform/Core/Threads/BackgroundThread.h"
 #include "Platform/Core/Threads/MainThread.h"
 
+#include <pthread.h>
+
 namespace platform {
 namespace {
 
@@ -29,6 +31,7 @@ bool WorkerThreads::start(std::function<void()> body)
     m_running.fetch_add(1, std::memory_order_relaxed);
     worker.thread = startThread([this, &worker, body = std::move(body)] {
         ownerOfCurrentThread = this;
+        ::pthread_setname_np(::pthread_self(), "worker"); // for debuggers and "ps -L"
         body();
         worker.finished.store(true, std::memory_order_release);
         m_running.fetch_sub(1, std::memory_order_release);
