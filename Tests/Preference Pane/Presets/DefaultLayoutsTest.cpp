@@ -18,6 +18,16 @@ using shipped::shortcuts;
 using shipped::text;
 using shipped::titles;
 
+namespace {
+
+QString document()
+{
+    return QString::fromUtf8(
+        contents(shipped::sources + QStringLiteral("/../../Documentation/Presets.md")));
+}
+
+} // namespace
+
 // What the pane ships: the keys of the remote and a preset for each of many applications.
 class DefaultLayoutsTest : public QObject {
     Q_OBJECT
@@ -30,12 +40,15 @@ private Q_SLOTS:
     void aPresetHasTheRequiredEntriesAndNoOthers();
     void onlyTheGeneralPresetHasNoIdentifiers_data() { shipped::addTitles(); }
     void onlyTheGeneralPresetHasNoIdentifiers();
+    void anIdentifierIsTheNameOfADesktopFile_data() { shipped::addTitles(); }
+    void anIdentifierIsTheNameOfADesktopFile();
     void aPresetUsesOnlyKeysOfTheRemote_data() { shipped::addTitles(); }
     void aPresetUsesOnlyKeysOfTheRemote();
     void rewritingAPresetChangesNoByte_data() { shipped::addTitles(); }
     void rewritingAPresetChangesNoByte();
     void theBundleHoldsTheseFilesAndNoOthers();
     void theDocumentNamesEveryKeyAndEveryPreset();
+    void theDocumentSaysHowEachPresetWasChecked();
 };
 
 void DefaultLayoutsTest::everyKeyOfTheRemoteHasAnIdentifierAndAName()
@@ -106,10 +119,20 @@ void DefaultLayoutsTest::onlyTheGeneralPresetHasNoIdentifiers()
     QCOMPARE(identifiers.isEmpty(), title == general);
     for (const auto &identifier : identifiers) {
         QCOMPARE(identifier.userType(), int(QMetaType::QString));
-        QVERIFY2(identifier.toString().endsWith(QStringLiteral(".desktop")),
-                 qPrintable(identifier.toString()));
     }
     QCOMPARE(layout(title).value(QStringLiteral("bundleid")), identifiers.value(0));
+}
+
+void DefaultLayoutsTest::anIdentifierIsTheNameOfADesktopFile()
+{
+    QFETCH(QString, title);
+    const QRegularExpression form(QStringLiteral("^[A-Za-z0-9_-]+(\\.[A-Za-z0-9_-]+)*\\.desktop$"));
+    QSet<QString> seen;
+    for (const auto &identifier : layout(title).value(QStringLiteral("bundleids")).toList()) {
+        const auto name = identifier.toString();
+        QVERIFY2(form.match(name).hasMatch() && !seen.contains(name), qPrintable(name));
+        seen.insert(name);
+    }
 }
 
 void DefaultLayoutsTest::aPresetUsesOnlyKeysOfTheRemote()
@@ -143,15 +166,26 @@ void DefaultLayoutsTest::theBundleHoldsTheseFilesAndNoOthers()
 
 void DefaultLayoutsTest::theDocumentNamesEveryKeyAndEveryPreset()
 {
-    const auto document = QString::fromUtf8(
-        contents(shipped::sources + QStringLiteral("/../../Documentation/Presets.md")));
+    const auto page = document();
     for (const auto &key : remoteKeys()) {
         const auto identifier = text(key, "key");
-        QVERIFY2(document.contains(QLatin1Char('`') + identifier + QLatin1Char('`')),
+        QVERIFY2(page.contains(QLatin1Char('`') + identifier + QLatin1Char('`')),
                  qPrintable(identifier));
     }
     for (const auto &title : titles()) {
-        QVERIFY2(document.contains(QStringLiteral("\n| ") + title), qPrintable(title));
+        QVERIFY2(page.contains(QStringLiteral("\n| ") + title), qPrintable(title));
+    }
+}
+
+void DefaultLayoutsTest::theDocumentSaysHowEachPresetWasChecked()
+{
+    const auto table = document().section(QStringLiteral("\n### How they were checked\n"), 1);
+    for (const auto &title : titles()) {
+        const QRegularExpression row(
+            QStringLiteral("^\\| %1 \\|[^|]*\\| .*\\b(run|read|only)\\b.*\\|$")
+                .arg(QRegularExpression::escape(title)),
+            QRegularExpression::MultilineOption);
+        QVERIFY2(row.match(table).hasMatch(), qPrintable(title));
     }
 }
 
