@@ -13,6 +13,24 @@ namespace {
 const Qt::KeyboardModifiers shortcutModifiers =
     Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
 
+// In points from the widget's top left corner.
+QPointF pointInWidget(const QMouseEvent &event)
+{
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    return event.position();
+#else
+    // The point of a child is rounded to whole ones, half a point upward. That of the window is
+    // not, and lies a whole number of points away.
+    const auto lost = [](qreal inWindow, qreal inChild) {
+        const qreal away = inWindow - inChild;
+        return away - std::floor(away + 0.5);
+    };
+    const QPointF point = event.localPos();
+    const QPointF window = event.windowPos();
+    return {point.x() + lost(window.x(), point.x()), point.y() + lost(window.y(), point.y())};
+#endif
+}
+
 } // namespace
 
 void ZQSwitch::mouseDown(const QMouseEvent &event)
@@ -38,11 +56,7 @@ void ZQSwitch::mouseUp(const QMouseEvent &event)
 /// pointForEvent:
 QPointF ZQSwitch::pointForEvent(const QMouseEvent &event) const
 {
-#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
-    const QPointF point = event.position();
-#else
-    const QPointF point = event.localPos();
-#endif
+    const QPointF point = pointInWidget(event);
     // An event names the upper edge of its pixel. The point lies inside the pixel, just below that
     // edge: the topmost row of the view would otherwise be outside the knob.
     const qreal below = -std::numeric_limits<qreal>::infinity();

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QPoint>
+#include <QPointF>
 #include <QWidget>
 
 // The pointer of the X server that the test runs in, moved and pressed through xdotool: the events
@@ -13,12 +13,13 @@ class XPointer : public QObject {
 public:
     explicit XPointer(QWidget &widget);
 
-    // The point is the widget's own, and may lie outside of it while the button is pressed.
-    bool moveTo(const QPoint &point);
+    // The point is the widget's own, and may lie outside of it while the button is pressed; where a
+    // point has several pixels it may be a part of one.
+    bool moveTo(const QPointF &point);
     bool press(int button = 1);
     bool release(int button = 1);
     // Moves to the point, presses and releases as often as told, without a pause.
-    bool click(const QPoint &point, int times = 1);
+    bool click(const QPointF &point, int times = 1);
 
     // Presses and double-clicks that the widget has heard of.
     int presses() const { return m_presses; }
@@ -27,10 +28,11 @@ public:
 
 private:
     bool xdotool(const QStringList &arguments) const;
-    QStringList placeOf(const QPoint &point) const;
+    QPointF onScreen(const QPointF &point) const;
+    QStringList placeOf(const QPointF &point) const;
 
     QWidget &m_widget;
-    QPoint m_position;
+    QPointF m_position; // of the pointer on the screen, as the widget was last told
     int m_presses = 0;
     int m_releases = 0;
 };

@@ -33,8 +33,10 @@ private Q_SLOTS:
     void aHiddenKnobLayerIsNotDraggedButToggles();
     void theKnobSlidesAfterAClick();
     void thePointerMeansTheSamePointsAtEveryScale();
+    void everyPixelCountsAtScaleTwo();
 
 private:
+    static QByteArray ownRun(const QString &scale, const QStringList &functions);
     qreal knobX() const { return m_view->buttonLayer()->theSwitch()->frame().x(); }
 
     std::unique_ptr<QWidget> m_window;
@@ -231,28 +233,53 @@ void ZQSwitchMouseTest::theKnobSlidesAfterAClick()
     QTRY_COMPARE(m_view->buttonLayer()->theSwitch()->presentationFrame().x(), 48.0);
 }
 
+// What a run of this program at that scale printed.
+QByteArray ZQSwitchMouseTest::ownRun(const QString &scale, const QStringList &functions)
+{
+    QProcess run;
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_SCALE_FACTOR"), scale);
+    run.setProcessEnvironment(environment);
+    run.setProcessChannelMode(QProcess::MergedChannels);
+    run.start(QCoreApplication::applicationFilePath(),
+              QStringList{QStringLiteral("ZQSwitchMouseTest")} + functions);
+    run.waitForFinished(100000);
+    return run.readAll();
+}
+
 void ZQSwitchMouseTest::thePointerMeansTheSamePointsAtEveryScale()
 {
     if (qEnvironmentVariableIsSet("QT_SCALE_FACTOR")) {
         return; // this is one of the runs below
     }
     for (const auto &scale : {QStringLiteral("1.5"), QStringLiteral("2")}) {
-        QProcess run;
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("QT_SCALE_FACTOR"), scale);
-        run.setProcessEnvironment(environment);
-        run.setProcessChannelMode(QProcess::MergedChannels);
         // Points that are whole pixels at both scales.
-        run.start(QCoreApplication::applicationFilePath(),
-                  {QStringLiteral("ZQSwitchMouseTest"),
-                   QStringLiteral("aClickBesideTheKnobToggles"),
-                   QStringLiteral("aDragExactlyToTheMiddleGivesOff")});
-        QVERIFY(run.waitForFinished(100000));
-        const QByteArray output = run.readAll();
-        QVERIFY2(run.exitStatus() == QProcess::NormalExit && run.exitCode() == 0,
-                 output.constData());
-        QVERIFY2(output.contains("Totals: 4 passed"), output.constData());
+        const auto output = ownRun(scale, {QStringLiteral("aClickBesideTheKnobToggles"),
+                                           QStringLiteral("aDragExactlyToTheMiddleGivesOff")});
+        QVERIFY2(output.contains("Totals: 4 passed, 0 failed"), output.constData());
     }
+}
+
+void ZQSwitchMouseTest::everyPixelCountsAtScaleTwo()
+{
+    if (!qEnvironmentVariableIsSet("QT_SCALE_FACTOR")) {
+        const auto output =
+            ownRun(QStringLiteral("2"), {QStringLiteral("everyPixelCountsAtScaleTwo")});
+        QVERIFY2(output.contains("Totals: 3 passed, 0 failed"), output.constData());
+        return;
+    }
+    QCOMPARE(m_view->devicePixelRatioF(), 2.0);
+    // The knob's last column of pixels.
+    QVERIFY(m_pointer->moveTo({39.5, 12}));
+    QVERIFY(m_pointer->press());
+    QCOMPARE(m_view->buttonLayer()->currentEventState(),
+             ZQSwitchButtonCALayer::EventState::PressedKnob);
+    for (const qreal x : {40.0, 40.5, 41.0, 40.5}) {
+        QVERIFY(m_pointer->moveTo({x, 12.5}));
+        QCOMPARE(knobX(), x - 39.5);
+    }
+    QVERIFY(m_pointer->release());
+    QVERIFY(!m_view->isOn());
 }
 
 TEST_CLASS(ZQSwitchMouseTest, QApplication)
