@@ -135,11 +135,6 @@ bool Ostrel_Preference_Pane::beginAction(QPushButton *button)
 void Ostrel_Preference_Pane::endAction(QPushButton *button)
 {
     m_actions.end(button);
-    stopSpinnerWhenIdle();
-}
-
-void Ostrel_Preference_Pane::stopSpinnerWhenIdle()
-{
     if (!isProcessing() && m_actions.areNone()) {
         m_ui->statusSpinner->stopAnimation();
     }

@@ -101,7 +101,8 @@ void Ostrel_Preference_Pane::endClientOperation()
 {
     setProcessing(false);
     platform::performOnMainThreadAndWait([this] { updateEnabledStatus(); });
-    platform::performOnMainThreadAndWait([this] { stopSpinnerWhenIdle(); });
+    // Also while logs are gathered: the maker wants the end of a start or stop to be seen.
+    platform::performOnMainThreadAndWait([this] { m_ui->statusSpinner->stopAnimation(); });
 }
 
 void Ostrel_Preference_Pane::setupClient()

@@ -18,7 +18,7 @@ constexpr auto answerTimeOut = 10s;
 
 std::chrono::milliseconds lengthOfSecond = 1000ms;
 
-// More than the opening of the pane puts between the start of the poll and that of a time-out.
+// More than a pass of the event loop puts between a poll and the start of its time-out.
 std::chrono::milliseconds dueTolerance()
 {
     return lengthOfSecond / 4;
@@ -66,17 +66,24 @@ void Ostrel_Preference_Pane::postNotification(const platform::Notification &noti
 void Ostrel_Preference_Pane::fetchCurrentStatus()
 {
     platform::postDistributedNotification({names::currentStatus, {}, {}});
-    performLater([this] { scheduleTimeOut(answerTimeOut); });
+    const auto arm = [this] {
+        // A poll arms a time-out at the moment when the one of the poll before is due. Which of the
+        // two the event loop would take first is chance, so what is due fires first: else a
+        // listener that fell silent might never be noticed.
+        if (m_isTimeOutOfPoll && m_messageTimer.isActive() &&
+            m_messageTimer.remainingTimeAsDuration() <= dueTolerance()) {
+            timedOut();
+        }
+        scheduleTimeOut(answerTimeOut);
+        m_isTimeOutOfPoll = true;
+    };
+    // Not performLater(): the wait for the system profiler runs those calls, and a time-out that
+    // began there could be over before the answer is read.
+    QMetaObject::invokeMethod(this, arm, Qt::QueuedConnection);
 }
 
 void Ostrel_Preference_Pane::scheduleTimeOut(std::chrono::seconds interval)
 {
-    // The poll arms a time-out at the moment when the one of the poll before is due. Which of the
-    // two the event loop would take first is chance, so what is due fires first: else a listener
-    // that fell silent might never be noticed.
-    if (m_messageTimer.isActive() && m_messageTimer.remainingTimeAsDuration() <= dueTolerance()) {
-        timedOut();
-    }
     platform::performOnMainThreadAndWait([this] { invalidateTimeOut(); });
     m_messageTimer.start(inPaneTime(interval));
 }
@@ -84,6 +91,7 @@ void Ostrel_Preference_Pane::scheduleTimeOut(std::chrono::seconds interval)
 void Ostrel_Preference_Pane::invalidateTimeOut()
 {
     m_messageTimer.stop();
+    m_isTimeOutOfPoll = false;
 }
 
 void Ostrel_Preference_Pane::timedOut()

@@ -131,7 +131,6 @@ private:
     QString manualPath() const;
     bool beginAction(QPushButton *button);
     void endAction(QPushButton *button);
-    void stopSpinnerWhenIdle();
     void showRemarks(const ZQGatheringRemarks &remarks);
 
     std::unique_ptr<Ui::Ostrel_Preference_Pane> m_ui;
@@ -139,6 +138,7 @@ private:
     std::atomic<bool> m_isLoading = true;
     std::atomic<bool> m_isProcessing = false;
     QTimer m_messageTimer;
+    bool m_isTimeOutOfPoll = false; // that which m_messageTimer waits for
     QTimer m_statusTimer;
     QTimer m_portTimer;
     enum class Saving { Done, Waits, Closed } m_saving = Saving::Done; // waits: for its questions
