@@ -37,10 +37,6 @@ bool writtenToDisk(int file)
 int writeInPlaceOf(const ReplaceableFile &old, const QByteArray &contents)
 {
     const auto folder = old.place.folder.fd();
-    if (old.exists && ::faccessat(folder, old.place.name.constData(), W_OK,
-                                  AT_EACCESS | AT_SYMLINK_NOFOLLOW) != 0) {
-        return errno;
-    }
     UnnamedFile file;
     auto error = file.create(folder, old.exists ? S_IRUSR | S_IWUSR : readableAndWritable);
     if (error == 0) {

@@ -14,9 +14,9 @@ namespace platform {
 // that. Never waits for a pipe or touches a device.
 std::optional<QByteArray> contentsOfFile(const QString &path, qint64 maximumSize);
 
-// Replaces a file atomically or makes it. An existing file keeps its mode and, for root, its owner;
-// one that root makes gets the owner of its folder. Where a symbolic link stands at the path, the
-// file that it leads to is replaced and the link stays; the link of another user than root is
+// Replaces a file atomically or makes it; its folder must be writable, not the file. An existing
+// file keeps its mode and, for root, its owner; one that root makes gets that of its folder. Of a
+// symbolic link the file that it leads to is replaced; the link of another user than root is
 // refused, as is anything but a regular file. False, with the reason in error, when that failed;
 // the old file is then untouched and nothing is left behind.
 bool replaceFile(const QString &path, const QByteArray &contents, QString *error = nullptr);

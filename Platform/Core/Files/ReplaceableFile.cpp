@@ -66,7 +66,9 @@ int takeOver(const struct stat &old, int file)
     if (::geteuid() == 0 && ::fchown(file, old.st_uid, old.st_gid) != 0) {
         // In a container the owner may be one that cannot be given; the file is worth more.
     }
-    return ::fchmod(file, old.st_mode & permissions) == 0 || errno == EPERM ? 0 : errno;
+    // Who could not read what was written would take it for nothing, and write that.
+    const auto mode = (old.st_mode & permissions) | S_IRUSR;
+    return ::fchmod(file, mode) == 0 || errno == EPERM ? 0 : errno;
 }
 
 } // namespace platform

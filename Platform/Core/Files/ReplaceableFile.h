@@ -25,8 +25,8 @@ QString findReplaceable(const QString &path, ReplaceableFile &file);
 // than root, and in root's folders.
 void giveToOwnerOfFolder(int folder, int item);
 
-// Gives a new file the mode of the one that it replaces and, for root, its owner. 0, else the
-// reason (errno).
+// Gives a new file the mode of the one that it replaces, with the owner's right to read, and, for
+// root, its owner. 0, else the reason (errno).
 int takeOver(const struct stat &old, int file);
 
 } // namespace platform

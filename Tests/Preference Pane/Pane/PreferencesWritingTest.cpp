@@ -45,6 +45,7 @@ private Q_SLOTS:
     void savingEnablesThePortFieldAndLeavesSwitchAndLine();
     void theFileIsAnXmlPropertyListReplacedAtomically();
     void aDamagedFileIsReplacedAndKeptBeside();
+    void aReadOnlyFileInAWritableFolderIsReplaced();
     void inAnUnwritableFolderOneRequestIsMadeAndTheAlertNamesTheFolder();
     void aFailedSaveKeepsTheControlsAndDoesNotRefresh();
 };
@@ -263,6 +264,23 @@ void PreferencesWritingTest::aDamagedFileIsReplacedAndKeptBeside()
     QFile kept(PaneFixture::preferencesPath() + QStringLiteral(".damaged"));
     QVERIFY(kept.open(QIODevice::ReadOnly));
     QCOMPARE(kept.readAll(), QByteArray("damaged"));
+}
+
+void PreferencesWritingTest::aReadOnlyFileInAWritableFolderIsReplaced()
+{
+    PaneFixture fixture(std::chrono::seconds(60));
+    PaneFixture::writePreferences({{QStringLiteral("mine"), 5}});
+    QVERIFY(QFile::setPermissions(PaneFixture::preferencesPath(), QFile::Permissions(0x4444)));
+    fixture.open();
+    for (int click = 0; click < 2; ++click) {
+        auto *box = fixture.control<QCheckBox>("securityConfirmConnections");
+        box->click();
+        QCOMPARE(PaneFixture::preferences().value(QStringLiteral("confirmConnections")),
+                 QVariant(box->isChecked() ? 1LL : 0LL));
+    }
+    QCOMPARE(PaneFixture::preferences().value(QStringLiteral("mine")).toInt(), 5);
+    QCOMPARE(QDir(PaneFixture::preferencesFolder()).entryList(QDir::Files | QDir::Hidden).size(),
+             1);
 }
 
 void PreferencesWritingTest::inAnUnwritableFolderOneRequestIsMadeAndTheAlertNamesTheFolder()

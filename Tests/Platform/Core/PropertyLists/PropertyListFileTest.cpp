@@ -44,7 +44,8 @@ private Q_SLOTS:
     void aSymbolicLinkToNothingStaysAndItsFileIsMade();
     void onlyRegularFilesAreReplaced();
     void aFileInAFolderThatMayNotBeWrittenIsUntouched();
-    void aFileThatMayNotBeWrittenIsUntouched();
+    void aFileThatMayNotBeWrittenIsReplacedWhereItsFolderMayBe();
+    void aFileThatMayNotBeReadIsReplacedByOneThatMay();
     void aFileIsUntouchedWhenThereIsNoSpace();
     void aFileIsUntouchedWhenTheValueCannotBeWritten();
     void readersSeeTheOldOrTheNewFile();
@@ -261,16 +262,31 @@ void PropertyListFileTest::aFileInAFolderThatMayNotBeWrittenIsUntouched()
     QVERIFY(!error.isEmpty());
 }
 
-void PropertyListFileTest::aFileThatMayNotBeWrittenIsUntouched()
+void PropertyListFileTest::aFileThatMayNotBeWrittenIsReplacedWhereItsFolderMayBe()
 {
+    for (const auto mode : {mode_t(0444), mode_t(0400)}) {
+        put("old");
+        QCOMPARE(::chmod(m_name.constData(), mode), 0);
+        QString error;
+        QVERIFY2(writeDictionaryToFile(small, m_path, &error), qUtf8Printable(error));
+        QCOMPARE(dictionaryFromFile(m_path), small);
+        struct stat status {};
+        QCOMPARE(::stat(m_name.constData(), &status), 0);
+        QCOMPARE(status.st_mode & 07777U, mode);
+        QCOMPARE(files().size(), 1);
+        QVERIFY(QFile::remove(m_path));
+    }
+}
+
+void PropertyListFileTest::aFileThatMayNotBeReadIsReplacedByOneThatMay()
+{
+    put("old");
+    QCOMPARE(::chmod(m_name.constData(), 0), 0);
     QVERIFY(writeDictionaryToFile(small, m_path));
-    QCOMPARE(::chmod(m_name.constData(), 0400), 0);
-    QString error;
-    const auto isRoot = ::geteuid() == 0;
-    QCOMPARE(writeDictionaryToFile({}, m_path, &error), isRoot);
-    QCOMPARE(error.isEmpty(), isRoot);
-    QCOMPARE(dictionaryFromFile(m_path), isRoot ? QVariantMap() : small);
-    QCOMPARE(files().size(), 1);
+    QCOMPARE(dictionaryFromFile(m_path), small);
+    struct stat status {};
+    QCOMPARE(::stat(m_name.constData(), &status), 0);
+    QCOMPARE(status.st_mode & 07777U, 0400U);
 }
 
 void PropertyListFileTest::aFileIsUntouchedWhenThereIsNoSpace()
