@@ -21,6 +21,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto portPause = 1s;
+constexpr int menuCharacters = 60; // of an interface's name; more widens no window
 
 void disableWithReason(QPushButton *button, const QString &reason)
 {
@@ -73,6 +74,10 @@ void Ostrel_Preference_Pane::connectControls()
     for (auto *box : {m_ui->networkCustomPortCheck, m_ui->networkDisableBonjour}) {
         connect(box, &QCheckBox::toggled, this, &Ostrel_Preference_Pane::networkSettingChanged);
     }
+    connect(m_ui->networkCustomPortCheck, &QCheckBox::toggled, this,
+            &Ostrel_Preference_Pane::showPortHint);
+    m_ui->networkInterfacePopUp->setMaximumWidth(
+        m_ui->networkInterfacePopUp->fontMetrics().averageCharWidth() * menuCharacters);
     connectMenu(m_ui->networkInterfacePopUp, this, [this] { networkSettingChanged(); });
     m_portTimer.setSingleShot(true);
     m_portTimer.setInterval(portPause);

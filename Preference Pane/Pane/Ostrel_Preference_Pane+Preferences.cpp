@@ -181,5 +181,8 @@ void Ostrel_Preference_Pane::showPortHint()
     constexpr qlonglong lastPort = 65535;
     const qlonglong port = platform::leadingInteger(m_ui->networkCustomPortText->text());
     const bool usable = port > 0 && port <= lastPort;
-    m_ui->networkPortHint->setVisible(!usable);
+    const bool shown = m_ui->networkCustomPortCheck->isChecked() && !usable;
+    m_ui->networkPortHint->setVisible(shown);
+    m_ui->networkCustomPortText->setAccessibleDescription(shown ? m_ui->networkPortHint->text()
+                                                                : QString());
 }

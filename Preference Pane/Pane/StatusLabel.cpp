@@ -49,7 +49,11 @@ void StatusLabel::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
     const QString elided = fontMetrics().elidedText(shownText(), Qt::ElideRight, width());
-    style()->drawItemText(&painter, contentsRect(), static_cast<int>(alignment()), palette(),
+    // The text has its own direction, whatever that of the window: its dots stay at its end.
+    const auto flags = QStyle::visualAlignment(layoutDirection(), alignment()) | Qt::AlignAbsolute;
+    const auto direction =
+        elided.isRightToLeft() ? Qt::TextForceRightToLeft : Qt::TextForceLeftToRight;
+    style()->drawItemText(&painter, contentsRect(), static_cast<int>(flags) | direction, palette(),
                           isEnabled(), elided, foregroundRole());
 }
 

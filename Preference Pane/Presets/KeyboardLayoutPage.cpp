@@ -61,9 +61,10 @@ void KeyboardLayoutPage::load()
 
 void KeyboardLayoutPage::connectTables()
 {
-    constexpr int descriptionWidth = 180; // pixels, as are these
-    constexpr int applicationsWidth = 200;
-    constexpr int keysWidth = 400;
+    const int character = fontMetrics().averageCharWidth();
+    const int descriptionWidth = character * 26; // most names of keys
+    const int applicationsWidth = character * 29;
+    const int keysWidth = character * 58;
     m_ui->applicationTable->setColumns({{QStringLiteral("title"), tr("Application")}});
     m_ui->keyTable->setColumns(
         {{ZQKeyboardLayoutEditController::descriptionColumn, tr("Remote key")},

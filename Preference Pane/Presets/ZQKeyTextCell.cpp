@@ -26,6 +26,14 @@ QWidget *ZQKeyTextCell::setUpFieldEditorAttributes(QWidget * /*offered*/) const
     return m_zqFieldEditor;
 }
 
+QString ZQKeyTextCell::displayText(const QVariant &value, const QLocale &locale) const
+{
+    constexpr QChar leftToRightIsolate(0x2066);
+    constexpr QChar popDirectionalIsolate(0x2069);
+    return leftToRightIsolate + QStyledItemDelegate::displayText(value, locale) +
+           popDirectionalIsolate;
+}
+
 QWidget *ZQKeyTextCell::createEditor(QWidget *parent, const QStyleOptionViewItem & /*option*/,
                                      const QModelIndex & /*index*/) const
 {

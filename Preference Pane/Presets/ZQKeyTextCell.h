@@ -24,6 +24,8 @@ public:
     /// The cell's own editor, whatever is offered.
     QWidget *setUpFieldEditorAttributes(QWidget *offered) const;
 
+    // Reads from the left everywhere: "Ctrl+,", not ",+Ctrl".
+    QString displayText(const QVariant &value, const QLocale &locale) const override;
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option,
                           const QModelIndex &index) const override;
     void destroyEditor(QWidget *editor, const QModelIndex &index) const override;
