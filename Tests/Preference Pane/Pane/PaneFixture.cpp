@@ -119,17 +119,20 @@ void PaneFixture::emitStatus(const QByteArray &word)
 
 void PaneFixture::emitUserInfo(const QByteArray &variantText)
 {
-    const QStringList arguments{QStringLiteral("emit"),
-                                QStringLiteral("--session"),
-                                QStringLiteral("--object-path"),
-                                QStringLiteral("/com/corvane/DistributedNotifications"),
-                                QStringLiteral("--signal"),
-                                QStringLiteral("com.corvane.DistributedNotifications.Posted"),
-                                QStringLiteral("'ZQOstrelClientStatusUpdate'"),
-                                QStringLiteral("''"),
-                                QString::fromUtf8(variantText)};
+    emitSignal(QStringLiteral("/com/corvane/DistributedNotifications"),
+               QStringLiteral("com.corvane.DistributedNotifications.Posted"),
+               QStringLiteral("ZQOstrelClientStatusUpdate"), variantText);
+}
+
+void PaneFixture::emitSignal(const QString &path, const QString &signal, const QString &name,
+                             const QByteArray &variantText)
+{
     QProcess gdbus;
-    gdbus.start(QStringLiteral("gdbus"), arguments);
+    gdbus.start(QStringLiteral("gdbus"),
+                {QStringLiteral("emit"), QStringLiteral("--session"),
+                 QStringLiteral("--object-path"), path, QStringLiteral("--signal"), signal,
+                 QLatin1Char('\'') + name + QLatin1Char('\''), QStringLiteral("''"),
+                 QString::fromUtf8(variantText)});
     QVERIFY(gdbus.waitForFinished());
     QCOMPARE(gdbus.exitCode(), 0);
 }

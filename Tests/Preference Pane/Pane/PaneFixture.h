@@ -46,6 +46,9 @@ public:
     // Posts a status as the listener does, by a program of another maker.
     static void emitStatus(const QByteArray &word);
     static void emitUserInfo(const QByteArray &variantText);
+    // Any signal of three arguments, the second of which is an empty text.
+    static void emitSignal(const QString &path, const QString &signal, const QString &name,
+                           const QByteArray &variantText);
 
     Ostrel_Preference_Pane &pane() { return *m_pane; }
     QMainWindow &window() { return *m_window; }

@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 #include "Tests/Preference Pane/Pane/PaneFixture.h"
+#include "Tests/Support/AlertWatcher.h"
 #include "Tests/Support/TestProgram.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QLabel>
 #include <QTest>
 
@@ -26,8 +28,9 @@ private Q_SLOTS:
     void wordsThatLookLikeMarkupOrHoldLineBreaksStayOneLineOfText();
     void aStatusOfAnotherNameOrAnotherPathIsIgnored();
     void thePaneAsksForTheStatusWhenItOpensAndAtEveryPoll();
-    void changedNetworkSettingsAskForARelaunchAfterTheyAreSaved();
-    void afterThePaneIsGoneNotificationsDoNothing();
+    void changedNetworkSettingsAloneAskForARelaunch();
+    void theRelaunchIsAskedForAfterTheSave();
+    void afterThePaneIsGoneAStatusChangesNothing();
 };
 
 namespace {
@@ -233,11 +236,21 @@ void StatusChannelTest::aStatusOfAnotherNameOrAnotherPathIsIgnored()
     PaneFixture fixture(std::chrono::seconds(60));
     PaneFixture::installJob();
     fixture.open();
-    platform::postDistributedNotification({QStringLiteral("ZQOstrelClientStatusUpdateX"),
-                                           {},
-                                           {{QStringLiteral("status"), QStringLiteral("Bad")}}});
-    PaneFixture::emitStatus("Good");
-    QTRY_COMPARE(fixture.status(), QStringLiteral("Status: Good"));
+    int heard = 0;
+    const platform::DistributedObserver observer(
+        QStringLiteral("Last"), [&heard](const platform::Notification & /*last*/) { ++heard; });
+    const auto path = QStringLiteral("/com/corvane/DistributedNotifications");
+    const auto signal = QStringLiteral("com.corvane.DistributedNotifications.Posted");
+    const auto name = QStringLiteral("ZQOstrelClientStatusUpdate");
+    PaneFixture::emitSignal(path, signal, name + QLatin1Char('X'), "{'status': <'Name'>}");
+    PaneFixture::emitSignal(path, signal, QStringLiteral("ZQOstrelClient"), "{'status': <'Part'>}");
+    PaneFixture::emitSignal(path + QStringLiteral("/X"), signal, name, "{'status': <'Path'>}");
+    PaneFixture::emitSignal(path, signal + QLatin1Char('X'), name, "{'status': <'Signal'>}");
+    PaneFixture::emitSignal(path, QStringLiteral("com.example.Other.Posted"), name,
+                            "{'status': <'Interface'>}");
+    PaneFixture::emitSignal(path, signal, QStringLiteral("Last"), "@a{sv} {}");
+    QTRY_COMPARE(heard, 1); // after all the others
+    QCOMPARE(fixture.status(), QStringLiteral("Status: Not loaded"));
 }
 
 void StatusChannelTest::thePaneAsksForTheStatusWhenItOpensAndAtEveryPoll()
@@ -249,26 +262,57 @@ void StatusChannelTest::thePaneAsksForTheStatusWhenItOpensAndAtEveryPoll()
     QTRY_VERIFY_WITH_TIMEOUT(monitor.count("ZQOstrelClientCurrentStatus") >= 3, 20000);
 }
 
-void StatusChannelTest::changedNetworkSettingsAskForARelaunchAfterTheyAreSaved()
+void StatusChannelTest::changedNetworkSettingsAloneAskForARelaunch()
 {
     BusMonitor monitor;
     PaneFixture fixture(std::chrono::seconds(60));
     fixture.open();
-    fixture.control<QCheckBox>("securityConfirmConnections")->click();
-    fixture.control<QCheckBox>("networkDisableBonjour")->click();
-    QTRY_COMPARE(monitor.count("ZQOstrelClientRelaunch"), 1);
-    fixture.control<QCheckBox>("networkCustomPortCheck")->click();
-    QTRY_COMPARE(monitor.count("ZQOstrelClientRelaunch"), 2);
-    QCOMPARE(PaneFixture::preferences().value(QStringLiteral("disableBonjour")), QVariant(1LL));
+    for (const char *box :
+         {"autoUpdateCheck", "volFeedbackCheck", "networkDisableBonjour", "networkCustomPortCheck",
+          "securityConfirmConnections", "securityAllowOneConnection"}) {
+        fixture.control<QCheckBox>(box)->click();
+    }
+    platform::postDistributedNotification({QStringLiteral("Last"), {}, {}});
+    QTRY_COMPARE(monitor.count("Last"), 1);
+    QCOMPARE(monitor.count("ZQOstrelClientRelaunch"), 2);
 }
 
-void StatusChannelTest::afterThePaneIsGoneNotificationsDoNothing()
+void StatusChannelTest::theRelaunchIsAskedForAfterTheSave()
 {
-    PaneFixture fixture(std::chrono::milliseconds(100));
+    BusMonitor monitor;
+    PaneFixture fixture(std::chrono::seconds(60));
     fixture.open();
-    fixture.close();
+    // The save takes as long as its alert is open.
+    QFile::setPermissions(PaneFixture::preferencesFolder(), QFile::ReadOwner | QFile::ExeOwner);
+    int asked = -1;
+    const test::AlertWatcher watcher([&](platform::AlertPanel &alert) {
+        platform::postDistributedNotification({QStringLiteral("Last"), {}, {}});
+        QTRY_COMPARE(monitor.count("Last"), 1);
+        asked = monitor.count("ZQOstrelClientRelaunch");
+        test::click(alert, "defaultButton");
+    });
+    fixture.control<QCheckBox>("networkDisableBonjour")->click();
+    QTRY_COMPARE(monitor.count("ZQOstrelClientRelaunch"), 1);
+    QFile::setPermissions(PaneFixture::preferencesFolder(),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    QCOMPARE(asked, 0);
+}
+
+void StatusChannelTest::afterThePaneIsGoneAStatusChangesNothing()
+{
+    PaneFixture fixture(std::chrono::seconds(60));
+    PaneFixture::installJob();
+    fixture.open();
+    int heard = 0;
+    const platform::DistributedObserver observer(
+        QStringLiteral("ZQOstrelClientStatusUpdate"),
+        [&heard](const platform::Notification & /*status*/) { ++heard; });
+    fixture.closePane();
     PaneFixture::emitStatus("Running");
-    QTest::qWait(300);
+    QTRY_COMPARE(heard, 1);
+    QTest::qWait(0);
+    QCOMPARE(fixture.status(), QStringLiteral("Status: Not loaded"));
+    QVERIFY(!fixture.masterSwitch().isOn());
 }
 
 TEST_CLASS(StatusChannelTest, QApplication)

@@ -4,6 +4,7 @@
 #include "Tests/Preference Pane/Pane/PaneFixture.h"
 #include "Tests/Shared/Log/LogFixture.h"
 #include "Tests/Shared/Support/GatheringFixture.h"
+#include "Tests/Support/StandardOutputCapture.h"
 #include "Tests/Support/TestProgram.h"
 #include "Tests/Support/UpdaterForTest.h"
 
@@ -39,6 +40,14 @@ bool isSpinning(const PaneFixture &fixture)
     return fixture.control<ProgressSpinner>("statusSpinner")->isAnimating();
 }
 
+// What only its own class may do.
+class BusyPane : public Ostrel_Preference_Pane {
+public:
+    using Ostrel_Preference_Pane::Ostrel_Preference_Pane;
+    using Ostrel_Preference_Pane::runClientOperation;
+    using Ostrel_Preference_Pane::setProcessing;
+};
+
 } // namespace
 
 // The buttons for gathering logs and for checking for updates.
@@ -54,6 +63,7 @@ private Q_SLOTS:
     void theKeyboardFocusComesBack();
     void theFocusThatTheUserMovedStays();
     void theSpinnerGoesOnWhileAStartOfTheListenerRuns();
+    void theEndOfAStartStopsTheSpinnerAlsoWhileLogsAreGathered();
     void closingThePaneMeanwhileStillGathers();
     void closingThePaneBehindTheAlertIsHarmless();
     void aLogThatCannotBeReadIsNamedInThePane();
@@ -151,11 +161,6 @@ void SupportActionsTest::theFocusThatTheUserMovedStays()
 
 void SupportActionsTest::theSpinnerGoesOnWhileAStartOfTheListenerRuns()
 {
-    class BusyPane : public Ostrel_Preference_Pane {
-    public:
-        using Ostrel_Preference_Pane::Ostrel_Preference_Pane;
-        using Ostrel_Preference_Pane::setProcessing;
-    };
     const GatheringFixture gathering;
     const PaneFixture fixture(60s);
     test::write(userLog(), "log");
@@ -171,6 +176,29 @@ void SupportActionsTest::theSpinnerGoesOnWhileAStartOfTheListenerRuns()
     pane.setProcessing(false);
     pane.gatherLogs();
     QVERIFY(!spinner->isAnimating());
+}
+
+void SupportActionsTest::theEndOfAStartStopsTheSpinnerAlsoWhileLogsAreGathered()
+{
+    const GatheringFixture gathering;
+    const PaneFixture fixture(60s);
+    test::write(userLog(), QByteArray(5'000'000, 'l'));
+    QWidget window;
+    BusyPane pane{platform::Bundle(fixture.bundlePath())};
+    pane.loadMainView(&window);
+    window.show();
+    auto *const spinner = window.findChild<ProgressSpinner *>(QStringLiteral("statusSpinner"));
+    auto *const button = window.findChild<QPushButton *>(QStringLiteral("gatherLogsButton"));
+    auto looked = false;
+    QTimer::singleShot(0, this, [&] {
+        looked = true;
+        QVERIFY(spinner->isAnimating());
+        pane.runClientOperation("-[Ostrel_Preference_Pane setupClient]", [] {});
+        QVERIFY(!spinner->isAnimating());
+        QVERIFY(!button->isEnabled());
+    });
+    button->click();
+    QVERIFY(looked);
 }
 
 void SupportActionsTest::closingThePaneMeanwhileStillGathers()
@@ -313,11 +341,16 @@ void SupportActionsTest::theStartUpCheckPassesTheBundlesPath()
 
 void SupportActionsTest::theStartUpCheckWithoutAnUpdaterIsLoggedOnly()
 {
-    GatheringFixture gathering;
-    PaneFixture fixture(50ms);
-    fixture.open();
-    fixture.waitUntilLoaded();
-    fixture.close(); // waits for the workers
+    const GatheringFixture gathering;
+    const auto lines = test::linesOf([] {
+        PaneFixture fixture(50ms);
+        fixture.open();
+        fixture.waitUntilLoaded();
+        fixture.close(); // waits for the workers
+    });
+    QCOMPARE(
+        lines.count(QStringLiteral("Unable to launch Software Update - updater bundle not found.")),
+        1);
     QCOMPARE(gathering.alerts(), QStringList());
     QCOMPARE(updater::runs(), QStringList());
 }
