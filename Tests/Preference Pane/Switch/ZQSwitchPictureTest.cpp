@@ -10,6 +10,9 @@
 #include <QTest>
 #include <QtMath>
 
+#include <cmath>
+#include <functional>
+
 namespace {
 
 struct Greys {
@@ -54,6 +57,34 @@ QString differenceInColumns(const QImage &picture, int first, int last, const Gr
     return {};
 }
 
+constexpr qreal Fine = 4;  // a scale at which a corner is large enough to be measured
+constexpr int Radius = 20; // pixels
+// A pixel this near to an edge may be a part of both sides, as arcs are painted.
+constexpr qreal NearEdge = 1;
+
+enum class Corner { TopLeft, TopRight, BottomLeft, BottomRight };
+
+// How many pixels of a corner of the rounded rectangle are wrong; isRight is told how far each is
+// from the centre of the arc.
+int wrongInCorner(const QRect &rectangle, Corner corner,
+                  const std::function<bool(const QPoint &pixel, qreal distance)> &isRight)
+{
+    const bool left = corner == Corner::TopLeft || corner == Corner::BottomLeft;
+    const bool top = corner == Corner::TopLeft || corner == Corner::TopRight;
+    int wrong = 0;
+    for (int x = 0; x < Radius; ++x) {
+        for (int y = 0; y < Radius; ++y) {
+            const QPoint pixel(left ? rectangle.left() + x : rectangle.right() - x,
+                               top ? rectangle.top() + y : rectangle.bottom() - y);
+            wrong += isRight(pixel, std::hypot(Radius - x - 0.5, Radius - y - 0.5)) ? 0 : 1;
+        }
+    }
+    return wrong;
+}
+
+const auto allCorners = {Corner::TopLeft, Corner::TopRight, Corner::BottomLeft,
+                         Corner::BottomRight};
+
 // The switch on a window of the given colour, at a scale.
 QImage pictureOf(ZQSwitch &view, qreal scale, const QColor &window = Qt::white)
 {
@@ -96,6 +127,9 @@ private Q_SLOTS:
     void theKnobsEdgesAreSharp();
     void theKnobHasAThinBlackOutline();
     void theTrackHasADarkOutlineAndRoundCorners();
+    void theCornersOfTheFacesHaveARadiusOfFive();
+    void theCornersOfTheTrackHaveARadiusOfFive();
+    void theCornersOfTheKnobHaveARadiusOfFive();
     void anotherGradientIsDrawnFromTheBottomUp();
     void aHiddenKnobLayerShowsTheTrackAlone();
     void theKnobIsPaintedWhereItIsShown();
@@ -234,6 +268,64 @@ void ZQSwitchPictureTest::theTrackHasADarkOutlineAndRoundCorners()
     QVERIFY(isGrey(twofold.pixelColor(120, 47), 69));
     for (const auto &corner : {QPoint(0, 0), QPoint(175, 0), QPoint(0, 47), QPoint(175, 47)}) {
         QCOMPARE(twofold.pixelColor(corner), QColor(Qt::white));
+    }
+}
+
+void ZQSwitchPictureTest::theCornersOfTheFacesHaveARadiusOfFive()
+{
+    ZQSwitch view;
+    const auto layer = view.buttonLayer();
+    layer->setContentsScale(Fine);
+    for (const auto &face :
+         {layer->notClickedImgRef(), layer->clickedImgRef(), layer->disabledImgRef()}) {
+        QCOMPARE(face.size(), QSize(160, 96));
+        const auto isRight = [&face](const QPoint &pixel, qreal distance) {
+            const int alpha = face.pixelColor(pixel).alpha();
+            return (distance < Radius + NearEdge || alpha == 0) &&
+                   (distance > Radius - NearEdge || alpha == 255);
+        };
+        for (const auto corner : allCorners) {
+            QCOMPARE(wrongInCorner(face.rect(), corner, isRight), 0);
+        }
+    }
+}
+
+void ZQSwitchPictureTest::theCornersOfTheTrackHaveARadiusOfFive()
+{
+    ZQSwitch view;
+    view.buttonLayer()->setHidden(true);
+    const QImage picture = pictureOf(view, Fine);
+    const auto isRight = [&picture](const QPoint &pixel, qreal distance) {
+        constexpr qreal half = Fine / 2; // of the outline, which lies on the edge
+        const QColor colour = picture.pixelColor(pixel);
+        const qreal fill = greyOfRow(Track, pixel.y(), picture.height());
+        return (distance < Radius + half + NearEdge || colour == QColor(Qt::white)) &&
+               (qAbs(distance - Radius) > half - NearEdge || isGrey(colour, 69)) &&
+               (distance > Radius - half - NearEdge || isGrey(colour, fill));
+    };
+    for (const auto corner : allCorners) {
+        QCOMPARE(wrongInCorner(picture.rect(), corner, isRight), 0);
+    }
+}
+
+// The right ones: what is seen around them is the track.
+void ZQSwitchPictureTest::theCornersOfTheKnobHaveARadiusOfFive()
+{
+    ZQSwitch view;
+    const QImage picture = pictureOf(view, Fine);
+    const auto isRight = [&picture](const QPoint &pixel, qreal distance) {
+        constexpr qreal border = Fine / 2;
+        constexpr int outline = 3; // rows that the track's outline is a part of
+        const QColor colour = picture.pixelColor(pixel);
+        const int row = pixel.y();
+        const bool onTrack = row >= outline && row < picture.height() - outline;
+        return (!onTrack || distance < Radius + NearEdge ||
+                isGrey(colour, greyOfRow(Track, row, picture.height()))) &&
+               (distance > Radius - border - NearEdge ||
+                isGrey(colour, greyOfRow(Normal, row, picture.height())));
+    };
+    for (const auto corner : {Corner::TopRight, Corner::BottomRight}) {
+        QCOMPARE(wrongInCorner({0, 0, 160, 96}, corner, isRight), 0);
     }
 }
 
