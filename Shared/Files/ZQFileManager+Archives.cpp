@@ -20,7 +20,7 @@ bool isUsable(const QString &path)
 } // namespace
 
 bool ZQFileManagerArchives::compressFile(const QString &source, const QString &archive,
-                                         IncludeParent includeParent)
+                                         IncludeParent includeParent, QByteArray *complaint)
 {
     if (!isUsable(source) || !isUsable(archive)) {
         return false;
@@ -34,8 +34,14 @@ bool ZQFileManagerArchives::compressFile(const QString &source, const QString &a
     }
     // Absolute paths are never taken for options.
     arguments << platform::absolutePath(source) << platform::absolutePath(archive);
-    ZQTaskEx::runTask(ditto, arguments);
+    ZQTaskEx::runTask(ditto, arguments, nullptr, complaint);
     return ZQFileManager::fileExistsAtPath(archive);
+}
+
+bool ZQFileManagerArchives::compressFile(const QString &source, const QString &archive,
+                                         IncludeParent includeParent)
+{
+    return compressFile(source, archive, includeParent, nullptr);
 }
 
 bool ZQFileManagerArchives::compressFile(const QString &source, const QString &archive)

@@ -16,9 +16,12 @@ public:
     /// An archive that exists already goes to the trash first. Of a folder, with the parent, the
     /// archive holds the folder itself, else what is in it. Others may read the archive where they
     /// may read the source itself and the process's mask allows it: that of a private folder is
-    /// private from its first byte. True where the archive exists afterwards.
+    /// private from its first byte. True where the archive exists afterwards. The complaint, where
+    /// there is one to fill, gets what the command has said.
     static bool compressFile(const QString &source, const QString &archive,
                              IncludeParent includeParent);
+    static bool compressFile(const QString &source, const QString &archive,
+                             IncludeParent includeParent, QByteArray *complaint);
     /// compressFile:toDestinationFile:
     static bool compressFile(const QString &source, const QString &archive);
 

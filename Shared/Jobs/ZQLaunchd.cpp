@@ -166,7 +166,8 @@ public:
         }
     }
 
-    void load()
+    // Why the job was not loaded; null where nobody has told so.
+    QString load()
     {
         // A move that somebody holds up sets the owner of what has the name by the time it ends: of
         // the file that is loaded nobody has set any.
@@ -176,13 +177,16 @@ public:
             takeAway();
         }
         if (m_refusal.isNull()) {
-            run(launchctl, {QStringLiteral("load"), m_path});
-            return;
+            QByteArray complaint;
+            ZQTaskEx::runTask(launchctl, {QStringLiteral("load"), m_path}, commandTimeout,
+                              &complaint);
+            return complaint.isEmpty() ? QString() : QString::fromUtf8(complaint).trimmed();
         }
         const auto line = platform::format(QStringLiteral("Error: The job %@ is not loaded: %@"),
                                            m_path, m_refusal);
         ZQLog::appendLog(QStringLiteral("%@"), line);
         platform::consoleLine(line);
+        return m_refusal;
     }
 
 private:
@@ -211,7 +215,8 @@ bool ZQLaunchd::startLaunchAgent(const QString &label, const QVariantMap &settin
 }
 
 bool ZQLaunchd::startJob(const QString &label, const QVariantMap &settings, Domain domain,
-                         JobKind kind, ShouldAuth shouldAuth, const QString &killProcessName)
+                         JobKind kind, ShouldAuth shouldAuth, const QString &killProcessName,
+                         QString *objection)
 {
     const auto folder = jobFolder(domain, kind);
     if (!ZQFileManager::fileExistsAtPath(folder) &&
@@ -236,7 +241,10 @@ bool ZQLaunchd::startJob(const QString &label, const QVariantMap &settings, Doma
     }
     installation.setOwnerAndMode(privileged);
     run(launchctl, {QStringLiteral("unload"), path});
-    installation.load();
+    const auto said = installation.load();
+    if (objection != nullptr) {
+        *objection = said;
+    }
     return true;
 }
 

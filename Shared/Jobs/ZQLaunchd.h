@@ -26,8 +26,11 @@ public:
     /// Writes the settings as the job's file, ends the processes of that name, and has the service
     /// manager load the job, an old one of that label first removed. False only when the file could
     /// not be written, which the user has then seen in an alert; what the commands say is ignored.
+    /// Objection, where it is given, gets why the job was not loaded, in launchctl's words or ours;
+    /// null where nobody has told so.
     static bool startJob(const QString &label, const QVariantMap &settings, Domain domain,
-                         JobKind kind, ShouldAuth shouldAuth, const QString &killProcessName = {});
+                         JobKind kind, ShouldAuth shouldAuth, const QString &killProcessName = {},
+                         QString *objection = nullptr);
 
     /// stopJob:user:launchAgent:shouldAuth:
     /// Unloads the job and leaves its file. Always with the caller's rights, whatever shouldAuth

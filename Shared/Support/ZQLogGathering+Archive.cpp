@@ -23,9 +23,17 @@ QString archivePath(const QString &desktop, const QString &appName)
     return path.chopped(4) + platform::format(QStringLiteral("_%@.zip"), time);
 }
 
+// The command's first line, less its name.
+QString reasonIn(const QByteArray &complaint)
+{
+    const auto line = QString::fromUtf8(complaint.left(complaint.indexOf('\n'))).trimmed();
+    const auto name = QStringLiteral("ditto: ");
+    return line.isEmpty() ? QString() : line.startsWith(name) ? line.mid(name.size()) : line;
+}
+
 } // namespace
 
-ZQLogGathering::Outcome ZQLogGathering::compress() const
+ZQLogGathering::Outcome ZQLogGathering::compress()
 {
     const auto desktop = ZQLocalPaths::desktopDirectory();
     if (!platform::isFolder(desktop)) {
@@ -34,7 +42,14 @@ ZQLogGathering::Outcome ZQLogGathering::compress() const
     const auto archive = archivePath(desktop, m_names.first());
     // Private from its first byte, as the folder is. It belongs to whoever has gathered it: what
     // root has read is not given to the desktop's owner.
-    const auto isDone = ZQFileManager::compressFile(m_folder, archive);
+    QByteArray complaint;
+    const auto isDone =
+        ZQFileManager::compressFile(m_folder, archive, IncludeParent::Yes, &complaint);
     platform::removeItem(m_folder);
-    return isDone ? Outcome::Compressed : Outcome::NotCompressed;
+    if (isDone) {
+        m_archive = archive;
+        return Outcome::Compressed;
+    }
+    m_failure = reasonIn(complaint);
+    return Outcome::NotCompressed;
 }

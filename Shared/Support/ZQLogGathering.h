@@ -23,6 +23,8 @@ public:
 
     // Why it failed, in the system's words; null where it did not.
     const QString &failure() const { return m_failure; }
+    // Null where there is none.
+    const QString &archive() const { return m_archive; }
     // The folders that are there and could not be listed, each with the system's words.
     const QStringList &unreadableFolders() const { return m_unreadableFolders; }
 
@@ -35,7 +37,7 @@ private:
     bool gatherPreferences(const QString &folder);
     bool gatherFile(const QString &folder, const QString &name);
     bool gatherAdditionalFiles();
-    Outcome compress() const;
+    Outcome compress();
     QStringList namesIn(const QString &folder);
     // Writes a console line in the format, which has one "%@"; false.
     bool fail(const QString &format, const platform::FileError &error);
@@ -44,6 +46,7 @@ private:
     QStringList m_additionalFiles;
     QString m_folder; // what becomes the archive
     unsigned m_count = 0;
+    QString m_archive;
     QString m_failure;
     QStringList m_unreadableFolders;
 };

@@ -8,6 +8,7 @@
 #include "Platform/Core/Threads/BackgroundWork.h"
 #include "Platform/Core/Threads/MainThread.h"
 #include "Platform/Desktop/Alerts/ModalAlert.h"
+#include "Shared/Log/ZQLog.h"
 #include "Shared/Support/ZQLogGathering.h"
 
 #include <QDesktopServices>
@@ -77,9 +78,12 @@ bool ZQTroubleshootingUtils::gatherLogsForAppsWithNames(const QStringList &names
     }
     ZQLogGathering gathering(names, additionalFiles);
     auto outcome = ZQLogGathering::Outcome::Failed;
-    platform::performInBackground([&] { outcome = gathering.run(); });
+    platform::performInBackground([&] {
+        ZQLog::finishWriting();
+        outcome = gathering.run();
+    });
     if (finished) {
-        finished({gathering.failure(), gathering.unreadableFolders()});
+        finished({gathering.archive(), gathering.failure(), gathering.unreadableFolders()});
     }
     if (silent == Silent::No) {
         alertOutcome(outcome);

@@ -10,7 +10,9 @@ enum class Silent { No, Yes };
 
 // What a gathering has to say beside its alerts.
 struct ZQGatheringRemarks {
-    // Why there is no archive, in the system's words, where no alert says it; else null.
+    // Null where there is none.
+    QString archive;
+    // Why there is no archive, in the system's words; null where that is no failure.
     QString failure;
     // The folders that are there and could not be listed, each with the system's words.
     QStringList unreadableFolders;
@@ -30,11 +32,12 @@ public:
     /// gatherLogsForAppsWithNames:silent:additionalFiles:
     /// Puts the programs' logs, crash reports and preferences, of the user and of the computer,
     /// and the additional files (absolute paths) into a zip archive on the desktop that is named
-    /// after the first program. True when there is one. Unless silent, an alert tells the outcome
-    /// and the call waits for its button. Where a file cannot be copied there is a console line and
-    /// no alert, and what was copied before stays in "ZQ_App_Logs" in the temporary folder until
-    /// the next gathering, as it does where nothing was found. The process's current directory
-    /// changes. Both are kept on purpose for the maker's other programs.
+    /// after the first program. True when there is one. This process's log is written out first.
+    /// Unless silent, an alert tells the outcome and the call waits for its button. Where a file
+    /// cannot be copied there is a console line and no alert, and what was copied before stays in
+    /// "ZQ_App_Logs" in the temporary folder until the next gathering, as it does where nothing was
+    /// found. The process's current directory changes. Both are kept on purpose for the maker's
+    /// other programs.
     static bool gatherLogsForAppsWithNames(const QStringList &names, Silent silent = Silent::No,
                                            const QStringList &additionalFiles = {},
                                            const Finished &finished = {});

@@ -77,6 +77,13 @@ void ZQTaskEx::runTask(const QString &path, const QStringList &arguments, Timeou
     create()->runTaskInInstance(path, arguments, timeout);
 }
 
+void ZQTaskEx::runTask(const QString &path, const QStringList &arguments, Timeout timeout,
+                       QByteArray *complaint)
+{
+    create()->withTimeout(timeout,
+                          [&](Task *task) { return runTask(path, arguments, task, complaint); });
+}
+
 QByteArray ZQTaskEx::dataFromTask(const QString &path, const QStringList &arguments,
                                   Timeout timeout)
 {

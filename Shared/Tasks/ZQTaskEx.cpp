@@ -6,6 +6,8 @@
 #include "Shared/Log/ZQLog.h"
 #include "Shared/Tasks/ZQTaskCommand.h"
 
+#include <unistd.h>
+
 namespace {
 
 QString notExecutable()
@@ -21,6 +23,15 @@ std::shared_ptr<platform::ChildProcess> silentProcess(const QString &path,
     process->setStandardOutput(platform::ChildProcess::Stream::NullDevice);
     process->setStandardError(platform::ChildProcess::Stream::NullDevice);
     return process;
+}
+
+QByteArray beginningOf(const platform::Descriptor &file)
+{
+    constexpr int maxSize = 4096;
+    QByteArray bytes(maxSize, Qt::Uninitialized);
+    const auto size = ::pread(file.fd(), bytes.data(), maxSize, 0);
+    bytes.truncate(static_cast<int>(qMax<ssize_t>(size, 0)));
+    return bytes;
 }
 
 void logException(const QString &path, const std::exception &exception)
@@ -44,7 +55,16 @@ std::shared_ptr<ZQTaskEx> ZQTaskEx::create()
 
 bool ZQTaskEx::runTask(const QString &path, const QStringList &arguments, Task *task)
 {
+    return runTask(path, arguments, task, nullptr);
+}
+
+bool ZQTaskEx::runTask(const QString &path, const QStringList &arguments, Task *task,
+                       QByteArray *complaint)
+{
     const auto process = silentProcess(path, arguments);
+    if (complaint != nullptr) {
+        process->setStandardError(platform::ChildProcess::Stream::Memory);
+    }
     if (!isExecutable(*process)) {
         ZQLog::appendLogAndPrint(notExecutable(), path);
         return false;
@@ -55,6 +75,9 @@ bool ZQTaskEx::runTask(const QString &path, const QStringList &arguments, Task *
         }
         process->launch();
         process->waitUntilExit();
+        if (complaint != nullptr) {
+            *complaint = beginningOf(process->standardError());
+        }
         return true;
     } catch (const std::exception &exception) {
         logException(path, exception);

@@ -39,10 +39,16 @@ public:
 
     /// runTask:arguments:
     /// runTask:arguments:task:
-    /// Waits for the end. True when launched and finished, whatever the exit status.
+    /// Waits for the end. True when launched and finished, whatever the exit status. The output is
+    /// thrown away, but where there is a complaint to fill: it gets the first 4 KiB of the standard
+    /// error.
     static bool runTask(const QString &path, const QStringList &arguments, Task *task = nullptr);
+    static bool runTask(const QString &path, const QStringList &arguments, Task *task,
+                        QByteArray *complaint);
     /// runTask:arguments:timeout:
     static void runTask(const QString &path, const QStringList &arguments, Timeout timeout);
+    static void runTask(const QString &path, const QStringList &arguments, Timeout timeout,
+                        QByteArray *complaint);
     /// runTask:arguments:timeout: (instance)
     void runTaskInInstance(const QString &path, const QStringList &arguments, Timeout timeout);
 

@@ -7,6 +7,7 @@
 #include "Platform/Core/Text/FileName.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -85,6 +86,13 @@ void ChildProcess::launch()
             theirs.at(stream) = std::move(isInput ? pipe->first : pipe->second);
             // Only makes it faster; a user may not have many large pipes.
             ::fcntl(ours.at(stream).fd(), F_SETPIPE_SZ, pipeSize); // NOLINT(*-vararg)
+            program.streams.at(stream) = theirs.at(stream).fd();
+        } else if (m_streams.at(stream) == Stream::Memory) {
+            theirs.at(stream) = Descriptor(::memfd_create("output", MFD_CLOEXEC));
+            ours.at(stream) = copyAboveStandardStreams(theirs.at(stream).fd());
+            if (!ours.at(stream).isOpen()) {
+                throw systemFailure(errno);
+            }
             program.streams.at(stream) = theirs.at(stream).fd();
         }
     }

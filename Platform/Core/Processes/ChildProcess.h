@@ -24,7 +24,8 @@ namespace platform {
 class ChildProcess {
 public:
     using Environment = QMap<QString, QString>;
-    enum class Stream { Inherited, NullDevice, Pipe };
+    // A memory takes all that is written and nobody waits for who reads it.
+    enum class Stream { Inherited, NullDevice, Pipe, Memory };
 
     ChildProcess() = default;
     ~ChildProcess();
@@ -69,7 +70,8 @@ public:
     // From now on nobody has to wait for the command to be rid of it. Nothing before the launch.
     void reapInBackground();
 
-    // Our ends of the pipes, from the launch on. Not for several threads at once.
+    // Our ends of the pipes and memories, from the launch on. A memory is read from its beginning
+    // with positions. Not for several threads at once.
     Descriptor &standardInput() { return m_ends[0]; }
     Descriptor &standardOutput() { return m_ends[1]; }
     Descriptor &standardError() { return m_ends[2]; }

@@ -144,6 +144,7 @@ private Q_SLOTS:
     void aMovedFileThatCannotBeReplacedIsNotLoaded();
     void aJobInAFolderThatOthersCanChangeIsNotLoaded();
     void aFileThatIsNotWhatWasAskedForIsNotLoaded();
+    void whatLaunchctlSaysAgainstTheJobIsHandedOver();
     void rootFollowsNoLinkInAUsersLibrary();
     void noTemporaryFolderIsAnotherMessage();
     void stoppingLeavesTheFile();
@@ -456,10 +457,25 @@ void ZQLaunchdTest::aFileThatIsNotWhatWasAskedForIsNotLoaded()
     add(QStringLiteral("/usr/bin/chmod"),
         QStringLiteral("/opt/bin/chmod \"$@\"; echo more >>\"$2\""));
     test::ConsoleCapture console;
-    QVERIFY(ZQLaunchd::startJob(label, settings(), Domain::Local, JobKind::Agent, ShouldAuth::No));
+    QString objection;
+    QVERIFY(ZQLaunchd::startJob(label, settings(), Domain::Local, JobKind::Agent, ShouldAuth::No,
+                                {}, &objection));
     QVERIFY(CommandRecorder::runs().filter(QStringLiteral("launchctl [load]")).isEmpty());
     QVERIFY(console.lines().contains(refusal(notWhatWasAskedFor)));
     QVERIFY(!QFile::exists(job)); // nor at the next log-in
+    QCOMPARE(objection, notWhatWasAskedFor);
+}
+
+void ZQLaunchdTest::whatLaunchctlSaysAgainstTheJobIsHandedOver()
+{
+    for (const auto &said : {QString(), QStringLiteral("launchctl: no load")}) {
+        add(launchctl,
+            QStringLiteral("echo output; test \"%1\" = '' || echo \"%1\" >&2; exit 1").arg(said));
+        QString objection;
+        QVERIFY(ZQLaunchd::startJob(label, settings(), Domain::User, JobKind::Agent, ShouldAuth::No,
+                                    {}, &objection));
+        QCOMPARE(objection, said);
+    }
 }
 
 void ZQLaunchdTest::rootFollowsNoLinkInAUsersLibrary()

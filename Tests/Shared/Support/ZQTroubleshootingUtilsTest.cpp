@@ -3,6 +3,7 @@
 #include "Shared/Support/ZQTroubleshootingUtils.h"
 
 #include "Platform/Core/Text/FileName.h"
+#include "Shared/Log/ZQLog.h"
 #include "Tests/Shared/Log/LogFixture.h"
 #include "Tests/Shared/Support/GatheringFixture.h"
 #include "Tests/Support/FileTree.h"
@@ -84,6 +85,7 @@ private Q_SLOTS:
     void aWorkerMayGather();
     void theMainThreadDispatchesEventsMeanwhile();
     void twoGatheringsAtOnceBothSucceed();
+    void theLogIsWrittenOutBeforeItIsGathered();
 };
 
 void ZQTroubleshootingUtilsTest::noNameOrNoNamesTouchNothing()
@@ -461,6 +463,20 @@ void ZQTroubleshootingUtilsTest::twoGatheringsAtOnceBothSucceed()
     QCOMPARE(GatheringFixture::complaintAboutArchive({listeners},
                                                      QStringLiteral("OstrelListener Logs.zip")),
              QString());
+}
+
+void ZQTroubleshootingUtilsTest::theLogIsWrittenOutBeforeItIsGathered()
+{
+    const GatheringFixture fixture;
+    ZQLog::sharedController().setAppName(ostrel);
+    ZQLog::createNewLog();
+    constexpr auto lines = 5000; // the queue takes longer than the gathering to come to them
+    for (auto line = 1; line <= lines; ++line) {
+        ZQLog::fastAppendLog(QStringLiteral("line %@"), line);
+    }
+    QVERIFY(gather({ostrel}));
+    const auto log = GatheringFixture::gathered(userLog());
+    QCOMPARE(log.count(" - line "), lines);
 }
 
 TEST_CLASS(ZQTroubleshootingUtilsTest, QApplication)

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void aPathWithAPercentSignIsLoggedAsAFormat();
     void runTaskThatCannotBeLaunchedIsLogged();
     void runTaskSendsBothOutputsToTheNullDevice();
+    void runTaskHandsOverTheBeginningOfTheComplaint();
     void runTaskHandsOutTheCommandBeforeItsEnd();
     void runTaskHandsOutTheCommandEvenWhenTheLaunchFails();
     void runTaskOnTheMainThreadDispatchesEvents();
@@ -118,6 +119,27 @@ void ZQTaskExTest::runTaskSendsBothOutputsToTheNullDevice()
     test::TaskReports reports([&] { QVERIFY(ZQTaskEx::runTask(text("/bin/sh"), script)); });
     QCOMPARE(reports.printed(), QStringList());
     QCOMPARE(test::contents(text("/tmp/streams")), QByteArray("/dev/null\n/dev/null\n"));
+}
+
+void ZQTaskExTest::runTaskHandsOverTheBeginningOfTheComplaint()
+{
+    QByteArray complaint;
+    const auto run = [&](const char *script) {
+        return ZQTaskEx::runTask(text("/bin/sh"), {text("-c"), text(script)}, nullptr, &complaint);
+    };
+    QVERIFY(run("echo output; echo complaint >&2; exit 1"));
+    QCOMPARE(complaint, QByteArray("complaint\n"));
+    QVERIFY(run("echo output"));
+    QCOMPARE(complaint, QByteArray());
+    // More than any pipe takes, while nobody reads.
+    QVERIFY(run("head -c 5000000 /dev/zero | tr '\\0' x >&2"));
+    QCOMPARE(complaint, QByteArray(4096, 'x'));
+    // What goes on in the background with it is not waited for.
+    QVERIFY(run("echo complaint >&2; sleep 600 & exit 0"));
+    QCOMPARE(complaint, QByteArray("complaint\n"));
+    ZQTaskEx::runTask(text("/bin/sh"), {text("-c"), text("echo late >&2; exec sleep 600")},
+                      ZQTaskEx::Timeout(1), &complaint);
+    QCOMPARE(complaint, QByteArray("late\n"));
 }
 
 void ZQTaskExTest::runTaskHandsOutTheCommandBeforeItsEnd()
