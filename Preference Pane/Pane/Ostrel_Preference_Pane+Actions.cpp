@@ -1,19 +1,19 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
 // What the controls do, and the simple actions of the buttons.
+#include "Platform/Core/Applications/ShowInFolder.h"
+#include "Platform/Core/Text/PathText.h"
 #include "Preference Pane/Pane/Ostrel_Preference_Pane.h"
 #include "Shared/Support/ZQSoftwareUpdate.h"
 #include "Shared/Support/ZQTroubleshootingUtils.h"
 #include "ui_Ostrel_Preference_Pane.h"
 
-#include <QAbstractItemView>
 #include <QDesktopServices>
+#include <QEvent>
 #include <QPointer>
-#include <QStyle>
 #include <QUrl>
 
 #include <functional>
-#include <memory>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -30,35 +30,67 @@ void disableWithReason(QPushButton *button, const QString &reason)
     button->setAccessibleDescription(reason);
 }
 
-// Calls changed when another item is chosen, and when the one that shows is chosen again: it may
-// stand for one that is not there any more.
-void connectMenu(QComboBox *menu, QObject *context, const std::function<void()> &changed)
-{
-    const auto reported = std::make_shared<int>(-1);
-    QObject::connect(menu, QOverload<int>::of(&QComboBox::currentIndexChanged), context,
-                     [reported, changed](int index) {
-                         *reported = index;
-                         changed();
-                     });
-    QObject::connect(menu, QOverload<int>::of(&QComboBox::activated), context,
-                     [reported, changed](int index) {
-                         if (std::exchange(*reported, -1) != index) {
-                             changed();
-                         }
-                     });
-    // A screen reader selects in the list without going there, and nothing would choose the item.
-    // Keys and mouse do both, one after the other.
-    auto *list = menu->view();
-    const auto choose = [menu, list, reported] {
-        const auto selected = list->selectionModel()->selectedIndexes();
-        if (selected.size() == 1 && selected.first() != list->currentIndex()) {
-            menu->hidePopup();
-            menu->setCurrentIndex(selected.first().row());
-            *reported = -1; // nothing is activated
+// Calls shown when the view comes into sight, also from behind another window.
+class ShownFilter : public QObject {
+public:
+    ShownFilter(QObject *parent, std::function<void()> shown)
+        : QObject(parent), m_shown(std::move(shown))
+    {
+    }
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Show || event->type() == QEvent::WindowActivate) {
+            m_shown();
         }
-    };
-    QObject::connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, context,
-                     choose, Qt::QueuedConnection);
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    std::function<void()> m_shown;
+};
+
+QString manualPath(const platform::Bundle &bundle)
+{
+    return bundle.pathForResource(QStringLiteral("Ostrel User Manual"), QStringLiteral("pdf"));
+}
+
+// Why there is no updater, null where there is one. The button stays enabled: one that is not says
+// nothing to who has no mouse.
+QString lookForUpdater(const Ui::Ostrel_Preference_Pane &ui)
+{
+    const auto reason =
+        ZQSoftwareUpdate::isAvailable()
+            ? QString()
+            : Ostrel_Preference_Pane::tr(
+                  "The application “Corvane Software Update”, which checks for updates, is not "
+                  "installed on this computer.");
+    for (QWidget *control : {static_cast<QWidget *>(ui.autoUpdateCheck),
+                             static_cast<QWidget *>(ui.updateCheckButton)}) {
+        control->setToolTip(reason);
+        control->setAccessibleDescription(reason);
+    }
+    ui.autoUpdateHint->setText(reason);
+    ui.autoUpdateHint->setVisible(!reason.isNull());
+    return reason;
+}
+
+void showRemarks(PageNotice *notice, const ZQGatheringRemarks &remarks)
+{
+    if (!remarks.failure.isNull()) {
+        notice->showText(
+            Ostrel_Preference_Pane::tr("The logs could not be gathered: %1").arg(remarks.failure));
+        return;
+    }
+    using Pane = Ostrel_Preference_Pane;
+    const auto unread = remarks.unreadableFolders.join(QStringLiteral("; "));
+    const auto text =
+        !unread.isEmpty() ? Pane::tr("Not gathered, because it cannot be read: %1").arg(unread)
+        : !remarks.archive.isNull() ? Pane::tr("The logs are gathered in “%1”.")
+                                          .arg(platform::lastPathComponent(remarks.archive))
+                                    : QString();
+    const auto show = [archive = remarks.archive] { platform::showInFolder(archive); };
+    remarks.archive.isNull() ? notice->showText(text)
+                             : notice->showText(text, Pane::tr("Show in Folder"), show);
 }
 
 } // namespace
@@ -78,7 +110,8 @@ void Ostrel_Preference_Pane::connectControls()
             &Ostrel_Preference_Pane::showPortHint);
     m_ui->networkInterfacePopUp->setMaximumWidth(
         m_ui->networkInterfacePopUp->fontMetrics().averageCharWidth() * menuCharacters);
-    connectMenu(m_ui->networkInterfacePopUp, this, [this] { networkSettingChanged(); });
+    connect(m_ui->networkInterfacePopUp, &PopUpButton::chosen, this,
+            &Ostrel_Preference_Pane::networkSettingChanged);
     m_portTimer.setSingleShot(true);
     m_portTimer.setInterval(portPause);
     connect(m_ui->networkCustomPortText, &QLineEdit::textChanged, this, [this] {
@@ -93,9 +126,7 @@ void Ostrel_Preference_Pane::connectControls()
         }
     });
 
-    m_ui->noticeCloseButton->setIcon(
-        m_mainView->style()->standardIcon(QStyle::SP_TitleBarCloseButton));
-    connect(m_ui->noticeCloseButton, &QToolButton::clicked, m_ui->noticeFrame, &QWidget::hide);
+    m_ui->noticeFrame->followInTabOrder(m_ui->masterSwitch);
     connect(m_ui->updateCheckButton, &QPushButton::clicked, this,
             &Ostrel_Preference_Pane::manualUpdateCheck);
     connect(m_ui->userManualButton, &QPushButton::clicked, this,
@@ -104,28 +135,11 @@ void Ostrel_Preference_Pane::connectControls()
             &Ostrel_Preference_Pane::leaveFeedback);
     connect(m_ui->gatherLogsButton, &QPushButton::clicked, this,
             &Ostrel_Preference_Pane::gatherLogs);
-    if (!ZQSoftwareUpdate::isAvailable()) {
-        disableWithReason(m_ui->updateCheckButton,
-                          tr("The application “Corvane Software Update”, which checks for updates, "
-                             "is not installed on this computer."));
-    }
-    if (manualPath().isNull()) {
+    m_mainView->installEventFilter(new ShownFilter(this, [this] { lookForUpdater(*m_ui); }));
+    lookForUpdater(*m_ui);
+    if (manualPath(bundle()).isNull()) {
         disableWithReason(m_ui->userManualButton, tr("This version comes without a manual."));
     }
-}
-
-QString Ostrel_Preference_Pane::manualPath() const
-{
-    return bundle().pathForResource(QStringLiteral("Ostrel User Manual"), QStringLiteral("pdf"));
-}
-
-void Ostrel_Preference_Pane::showNotice(const QString &text)
-{
-    const int side = m_ui->noticeLabel->fontMetrics().height() * 3 / 2;
-    m_ui->noticeIcon->setPixmap(
-        m_mainView->style()->standardIcon(QStyle::SP_MessageBoxInformation).pixmap(side, side));
-    m_ui->noticeLabel->setText(text);
-    m_ui->noticeFrame->setVisible(!text.isNull());
 }
 
 bool Ostrel_Preference_Pane::beginAction(QPushButton *button)
@@ -154,12 +168,15 @@ void Ostrel_Preference_Pane::manualUpdateCheck()
     ZQSoftwareUpdate::launchSoftwareUpdate();
     if (self != nullptr) {
         endAction(m_ui->updateCheckButton);
+        const auto reason = lookForUpdater(*m_ui);
+        reason.isNull() ? m_ui->noticeFrame->clearButFailedStart()
+                        : m_ui->noticeFrame->showText(reason);
     }
 }
 
 void Ostrel_Preference_Pane::userManual()
 {
-    const QString path = manualPath();
+    const QString path = manualPath(bundle());
     if (!path.isNull()) {
         QDesktopServices::openUrl(QUrl::fromLocalFile(path));
     }
@@ -182,20 +199,8 @@ void Ostrel_Preference_Pane::gatherLogs()
         [self](const ZQGatheringRemarks &remarks) {
             if (self != nullptr) {
                 self->endAction(self->m_ui->gatherLogsButton);
-                self->showRemarks(remarks);
+                showRemarks(self->m_ui->noticeFrame, remarks);
             }
         });
     // Nothing more: the pane may have been closed meanwhile.
-}
-
-void Ostrel_Preference_Pane::showRemarks(const ZQGatheringRemarks &remarks)
-{
-    if (!remarks.failure.isNull()) {
-        showNotice(tr("The logs could not be gathered: %1").arg(remarks.failure));
-    } else if (!remarks.unreadableFolders.isEmpty()) {
-        showNotice(tr("Not gathered, because it cannot be read: %1")
-                       .arg(remarks.unreadableFolders.join(QStringLiteral("; "))));
-    } else {
-        showNotice({});
-    }
 }

@@ -27,6 +27,12 @@ namespace {
 // What a listener is given to come up before the time-out, and before it is started by hand.
 constexpr auto launchTime = 15s;
 
+QString listenerPath(const platform::Bundle &bundle)
+{
+    const auto path = bundle.path();
+    return path.isEmpty() ? QString() : path + QStringLiteral("/Contents/MacOS/") + names::listener;
+}
+
 QVariantMap listenerJob(const QString &program)
 {
     return {
@@ -59,12 +65,6 @@ void Ostrel_Preference_Pane::setProcessing(bool processing)
     m_isProcessing.store(processing, std::memory_order_relaxed);
 }
 
-QString Ostrel_Preference_Pane::listenerPath() const
-{
-    const auto path = bundle().path();
-    return path.isEmpty() ? QString() : path + QStringLiteral("/Contents/MacOS/") + names::listener;
-}
-
 void Ostrel_Preference_Pane::runClientOperation(const char *method,
                                                 const std::function<void()> &operation)
 {
@@ -93,7 +93,10 @@ bool Ostrel_Preference_Pane::authorize()
             ? tr("The administrator's password cannot be asked for on this computer. The system "
                  "log tells the reason.")
             : QString();
-    platform::performOnMainThreadAndWait([this, notice] { showNotice(notice); });
+    platform::performOnMainThreadAndWait([this, notice] {
+        notice.isNull() ? m_ui->noticeFrame->clearButFailedStart()
+                        : m_ui->noticeFrame->showText(notice);
+    });
     return false;
 }
 
@@ -110,10 +113,10 @@ void Ostrel_Preference_Pane::setupClient()
     runClientOperation("-[Ostrel_Preference_Pane setupClient]", [this] {
         platform::performOnMainThreadAndWait([this] {
             disableInterface();
-            showNotice({});
+            m_ui->noticeFrame->showText({});
             m_ui->statusSpinner->startAnimation();
         });
-        const auto path = listenerPath();
+        const auto path = listenerPath(bundle());
         if (path.isNull()) {
             platform::consoleLine(
                 QStringLiteral("Error - unable to determine application path. Please report this "
@@ -127,23 +130,27 @@ void Ostrel_Preference_Pane::setupClient()
             return;
         }
         performLater([this] { updateStatus(names::statusNotification(names::creatingJob)); });
+        QString objection;
+        m_startWatch.begin();
         ZQLaunchd::startJob(names::listenerLabel, listenerJob(path), Domain::Local, JobKind::Agent,
-                            ShouldAuth::Yes, names::listener);
+                            ShouldAuth::Yes, names::listener, &objection);
         performLater([this] { updateStatus(names::statusNotification(names::launchingService)); });
         performLater([this] { scheduleTimeOut(launchTime); });
         m_workers.start([this] { launchClientAfterDelay(); });
+        m_workers.start([this, objection] { m_startWatch.follow(objection, inPaneTime(1s)); });
     });
 }
 
 void Ostrel_Preference_Pane::stopClient()
 {
+    m_startWatch.end();
     runClientOperation("-[Ostrel_Preference_Pane stopClient]", [this] {
         if (!authorize()) {
             return;
         }
         platform::performOnMainThreadAndWait([this] {
             disableInterface();
-            showNotice({});
+            m_ui->noticeFrame->clearButFailedStart();
         });
         platform::performOnMainThreadAndWait(
             [this] { updateStatus(names::statusNotification(names::disconnecting)); });
@@ -170,7 +177,7 @@ void Ostrel_Preference_Pane::launchClientAfterDelay()
         }
     }
     const auto launch = [this] {
-        const auto path = listenerPath();
+        const auto path = listenerPath(bundle());
         if (!isProcessRunning(names::listener)) {
             platform::consoleLine(QStringLiteral("Launching client manually"));
             ZQTaskEx::runTaskAndReturn(path, {});

@@ -4,6 +4,7 @@
 #include "Ostrel/ListenerPreferences.h"
 #include "Platform/Core/PropertyLists/PropertyList.h"
 #include "Platform/Core/Text/Console.h"
+#include "Platform/Core/Text/ShortText.h"
 #include "Platform/Core/Text/TextFormat.h"
 #include "Platform/Core/Threads/BackgroundThread.h"
 #include "Platform/Core/Threads/MainThread.h"
@@ -127,6 +128,26 @@ std::optional<QVariantList> interfacesIn(const QString &profile)
     return entries;
 }
 
+// The menu may cut the name short. Names and addresses come from outside, and are no rich text.
+QString toolTip(const QString &name, const QString &address)
+{
+    return QStringLiteral("<p style='white-space:pre-wrap'>%1<br>%2</p>")
+        .arg(name.toHtmlEscaped(), address.toHtmlEscaped());
+}
+
+// Addresses have 17 characters; whatever else the file holds leaves the page as wide as it is.
+QString shownAddress(const QString &address)
+{
+    constexpr int maxLength = 20;
+    auto shown = platform::shortened(address, maxLength);
+    for (auto &character : shown) {
+        if (!character.isPrint()) {
+            character = u' ';
+        }
+    }
+    return shown;
+}
+
 } // namespace
 
 std::optional<QVariantList> Ostrel_Preference_Pane::networkInterfaces()
@@ -148,23 +169,45 @@ void Ostrel_Preference_Pane::populateNetworkInterfaces()
     if (self == nullptr) {
         return; // closed by what ran while the profiler was waited for
     }
-    const auto entries = found.value_or(QVariantList());
-    const auto saved = listenerPreferences::load().value(listenerPreferences::selectedMACAddress);
     auto *menu = m_ui->networkInterfacePopUp;
     const QSignalBlocker blocked(menu); // the first item may stand for one that is not there now
     menu->clear();
     menu->addItem(QStringLiteral("Any (recommended)"));
-    for (const auto &value : entries) {
+    for (const auto &value : found.value_or(QVariantList())) {
         const auto entry = value.toMap();
         const auto name = entry.value(nameKey).toString();
-        const auto address = entry.value(addressKey);
+        const auto address = entry.value(addressKey).toString();
         menu->addItem(name, address);
-        const auto last = menu->count() - 1;
-        menu->setItemData(last, name, Qt::ToolTipRole); // the menu may cut it short
-        // Of several with that address the last is selected, as users know it. One that is not
-        // listed leaves the first item selected, and the next save forgets it.
-        if (hasType(saved, QMetaType::QString) && address.toString() == saved.toString()) {
-            menu->setCurrentIndex(last);
-        }
+        menu->setItemData(menu->count() - 1, toolTip(name, address), Qt::ToolTipRole);
     }
+    showSavedInterface(listenerPreferences::load().value(listenerPreferences::selectedMACAddress));
+}
+
+void Ostrel_Preference_Pane::showSavedInterface(const QVariant &address)
+{
+    const auto saved = hasType(address, QMetaType::QString) ? address.toString() : QString();
+    auto *menu = m_ui->networkInterfacePopUp;
+    const QSignalBlocker blocked(menu);
+    // Of several with that address the last is selected, as users know it, unless the user has just
+    // chosen another. One that is not listed leaves the first item selected, and the next save
+    // forgets it.
+    const auto isSaved = [&](int index) {
+        return !saved.isNull() && menu->itemData(index).isValid() &&
+               menu->itemData(index).toString() == saved;
+    };
+    auto index = isSaved(menu->currentIndex()) ? menu->currentIndex() : menu->count() - 1;
+    while (index > 0 && !isSaved(index)) {
+        --index;
+    }
+    menu->setCurrentIndex(index);
+    menu->setToolTip(menu->itemData(index, Qt::ToolTipRole).toString());
+    const auto hint =
+        index > 0 || saved.isEmpty()
+            ? QString()
+            : tr("The interface that was chosen, with the address %1, is not there now. The next "
+                 "change of a setting forgets it.")
+                  .arg(shownAddress(saved));
+    m_ui->networkInterfaceHint->setText(hint);
+    m_ui->networkInterfaceHint->setVisible(!hint.isNull());
+    menu->setAccessibleDescription(hint.isNull() ? saved : hint); // a screen reader reads no markup
 }

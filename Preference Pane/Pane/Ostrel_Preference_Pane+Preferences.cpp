@@ -90,7 +90,7 @@ void Ostrel_Preference_Pane::showPreferences(const QVariantMap &preferences)
     check(m_ui->volFeedbackCheck, keys::isOnUnlessZero(preferences, keys::volChangeFeedback));
     check(m_ui->networkCustomPortCheck, keys::isOnOnlyAtOne(preferences, keys::customPortSet));
     const qlonglong port = keys::number(preferences.value(keys::customPort)).value_or(0);
-    if (port > 0) {
+    if (port > 0 && !m_portTimer.isActive()) { // else somebody types one
         const QSignalBlocker blocked(m_ui->networkCustomPortText);
         m_ui->networkCustomPortText->setText(QString::number(port));
     }
@@ -102,12 +102,28 @@ void Ostrel_Preference_Pane::showPreferences(const QVariantMap &preferences)
     showPortHint();
 }
 
+// Another pane, or whoever else, may have written the file. What we have written ourselves is what
+// the controls show already. A file that cannot be read changes nothing: nobody has chosen that.
+void Ostrel_Preference_Pane::readChangedPreferences()
+{
+    const auto preferences = platform::dictionaryFromFile(keys::filePath());
+    if (!preferences || m_saving != Saving::Done ||
+        withControls(*m_ui, *preferences) == *preferences) {
+        return;
+    }
+    showPreferences(*preferences);
+    showSavedInterface(preferences->value(keys::selectedMACAddress));
+    m_ui->networkCustomPortText->setEnabled(m_ui->networkCustomPortCheck->isChecked());
+}
+
 bool Ostrel_Preference_Pane::saveAtOnce()
 {
     m_portTimer.stop();
     const bool written = keys::write(withControls(*m_ui, keys::load()));
     m_saving = written ? Saving::Done : Saving::Waits;
     if (written) {
+        showSavedInterface(
+            m_ui->networkInterfacePopUp->currentData()); // what was missing is forgotten
         updateEnabledStatus(ChangeSwitch::No);
     }
     return written;
@@ -124,6 +140,7 @@ void Ostrel_Preference_Pane::savePrefs()
     if (!writeWithAuthorization(withControls(*m_ui, keys::load()))) {
         ZQAlert::alertSheetWithMessageText(unwritten(), checkPermissions(), window);
     } else if (self != nullptr) { // not closed while the password was asked for
+        showSavedInterface(m_ui->networkInterfacePopUp->currentData());
         updateEnabledStatus(ChangeSwitch::No);
     }
 }

@@ -13,14 +13,35 @@
 #include <QFileInfo>
 #include <QPointer>
 
+namespace {
+
+// From the file itself: an update of the pane may have replaced it since the bundle was opened.
+QString versionIn(const platform::Bundle &bundle)
+{
+    const auto info =
+        platform::dictionaryFromFile(bundle.path() + QStringLiteral("/Contents/Info.plist"));
+    const QVariant version =
+        info.value_or(QVariantMap()).value(QStringLiteral("CFBundleShortVersionString"));
+    return version.isValid() ? platform::format(QStringLiteral("%@"), version) : QString();
+}
+
+} // namespace
+
 Ostrel_Preference_Pane::Ostrel_Preference_Pane(const platform::Bundle &bundle)
-    : PreferencePane(bundle), m_ui(std::make_unique<Ui::Ostrel_Preference_Pane>())
+    : PreferencePane(bundle), m_ui(std::make_unique<Ui::Ostrel_Preference_Pane>()),
+      m_startWatch(m_workers, [this](const QString &failure) {
+          performLater([this, failure] { m_ui->noticeFrame->showFailedStart(failure); });
+      })
 {
     m_messageTimer.setSingleShot(true);
     m_messageTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_messageTimer, &QTimer::timeout, this, &Ostrel_Preference_Pane::timedOut);
     m_statusTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_statusTimer, &QTimer::timeout, this, &Ostrel_Preference_Pane::fetchCurrentStatus);
+    connect(&m_statusTimer, &QTimer::timeout, &m_preferencesWatch, // its folder may be made yet
+            [this] { m_preferencesWatch.follow(listenerPreferences::filePath()); });
+    connect(&m_preferencesWatch, &FileWatch::changed, this,
+            &Ostrel_Preference_Pane::readChangedPreferences);
 }
 
 Ostrel_Preference_Pane::~Ostrel_Preference_Pane()
@@ -59,6 +80,7 @@ void Ostrel_Preference_Pane::mainViewDidLoad()
         updateStatus(names::statusNotification(names::running));
     }
     fetchCurrentStatus();
+    m_preferencesWatch.follow(listenerPreferences::filePath()); // before it is read: no gap
     const QVariantMap preferences = listenerPreferences::load();
     showPreferences(preferences);
     updateEnabledStatus();
@@ -68,7 +90,7 @@ void Ostrel_Preference_Pane::mainViewDidLoad()
     startStatusPoll();
     m_ui->masterOffLabel->setBackgroundStyle(EmbossedLabel::BackgroundStyle::Raised);
     m_ui->masterOnLabel->setBackgroundStyle(EmbossedLabel::BackgroundStyle::Raised);
-    readVersion();
+    m_ui->versionLabel->setText(versionIn(bundle()));
     connect(m_ui->masterSwitch, &ZQSwitch::onChanged, this, &Ostrel_Preference_Pane::observeSwitch);
     const QPointer<Ostrel_Preference_Pane> self(this);
     populateNetworkInterfaces();
@@ -81,17 +103,6 @@ void Ostrel_Preference_Pane::mainViewDidLoad()
     if (listenerPreferences::isOnUnlessZero(preferences, listenerPreferences::autoUpdateCheck)) {
         m_workers.start([] { ZQSoftwareUpdate::automaticallyCheckForUpdates(); });
     }
-}
-
-void Ostrel_Preference_Pane::readVersion()
-{
-    // The file itself: an update of the pane may have replaced it since the bundle was opened.
-    const auto info =
-        platform::dictionaryFromFile(bundle().path() + QStringLiteral("/Contents/Info.plist"));
-    const QVariant version =
-        info.value_or(QVariantMap()).value(QStringLiteral("CFBundleShortVersionString"));
-    m_ui->versionLabel->setText(version.isValid() ? platform::format(QStringLiteral("%@"), version)
-                                                  : QString());
 }
 
 QStringList Ostrel_Preference_Pane::pages() const

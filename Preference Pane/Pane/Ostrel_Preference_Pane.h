@@ -6,7 +6,9 @@
 #include "Platform/Core/Threads/WorkerThreads.h"
 #include "Platform/Desktop/PaneLoading/PreferencePane.h"
 #include "Preference Pane/Authorization/ShownPaneAuthorization.h"
+#include "Preference Pane/Pane/FileWatch.h"
 #include "Preference Pane/Pane/RunningActions.h"
+#include "Preference Pane/Pane/StartWatch.h"
 
 #include <QTimer>
 #include <QVariant>
@@ -20,7 +22,6 @@
 namespace Ui {
 class Ostrel_Preference_Pane;
 }
-struct ZQGatheringRemarks;
 
 enum class ChangeSwitch { No, Yes };
 
@@ -110,8 +111,9 @@ private:
     bool isListenerUp() const;
     void connectControls();
     void showPreferences(const QVariantMap &preferences);
-    void showNotice(const QString &text); // below the status line until closed; none for null
     void showPortHint();
+    void showSavedInterface(const QVariant &address);
+    void readChangedPreferences();
     bool saveAtOnce(); // false where that takes a question
     void savePortBeforeClosing();
     void saveLater(void (Ostrel_Preference_Pane::*save)());
@@ -119,19 +121,15 @@ private:
     void settingChanged();
     void networkSettingChanged();
     void startStatusPoll();
-    void readVersion();
     void readInterfacesAhead();
-    QString listenerPath() const;
     bool authorize();
     void endClientOperation();
     void reloadChangedListener();
     // Runs call on a later pass of the main event loop, unless the pane is gone by then.
     void performLater(std::function<void()> call);
     static std::chrono::milliseconds inPaneTime(std::chrono::seconds interval);
-    QString manualPath() const;
     bool beginAction(QPushButton *button);
     void endAction(QPushButton *button);
-    void showRemarks(const ZQGatheringRemarks &remarks);
 
     std::unique_ptr<Ui::Ostrel_Preference_Pane> m_ui;
     QWidget *m_mainView = nullptr;
@@ -146,5 +144,7 @@ private:
     RunningActions m_actions;
     std::unique_ptr<platform::DistributedObserver> m_statusObserver;
     ShownPaneAuthorization m_authorization;
+    FileWatch m_preferencesWatch;
     platform::WorkerThreads m_workers;
+    StartWatch m_startWatch;
 };

@@ -7,11 +7,16 @@
 #include "Tests/Support/ConsoleCapture.h"
 #include "Tests/Support/TestProgram.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
+#include <QLabel>
+#include <QTabWidget>
 #include <QTest>
+#include <QTextDocument>
+#include <QWheelEvent>
 
 #include <unistd.h>
 
@@ -123,6 +128,15 @@ private Q_SLOTS:
     void aWrongProfileYieldsNothingAndSaysSo();
     void choosingAnInterfaceSavesFirstAndThenTellsTheListener();
     void aFailedSaveStillTellsTheListener();
+    void theWheelChangesNothing();
+    void whoLooksThroughTheListWithTheArrowKeysChoosesOnce();
+    void aListThatIsLeftChoosesNothing();
+    void aLetterOpensTheListAtItsItem();
+    void theToolTipsTellTheAddresses();
+    void aToolTipIsNoRichTextOfTheNames();
+    void aSavedInterfaceThatIsMissingGetsAHint();
+    void choosingTakesTheHintAway();
+    void theHintStaysSmallWhateverTheFileHolds();
     void megabytesAreRead();
     void aLongNameDoesNotWidenTheWindow();
 
@@ -145,6 +159,24 @@ private:
     static QComboBox &menu(const PaneFixture &fixture)
     {
         return *fixture.control<QComboBox>("networkInterfacePopUp");
+    }
+
+    // Keys of a user who has come to the menu, which go to its list while that is open.
+    static void press(const PaneFixture &fixture, const QList<Qt::Key> &keys)
+    {
+        fixture.control<QTabWidget>("pages")->setCurrentWidget(fixture.control<QWidget>("network"));
+        menu(fixture).setFocus();
+        for (const auto key : keys) {
+            const auto isOpen = menu(fixture).view()->isVisible();
+            QTest::keyClick(isOpen ? static_cast<QWidget *>(menu(fixture).view()) : &menu(fixture),
+                            key);
+        }
+    }
+    // Null where there is none.
+    static QString hint(const PaneFixture &fixture)
+    {
+        const auto *label = fixture.control<QLabel>("networkInterfaceHint");
+        return label->isHidden() ? QString() : label->text();
     }
 
     std::unique_ptr<CommandRecorder> m_profiler;
@@ -355,10 +387,9 @@ void NetworkInterfacesTest::choosingAnInterfaceSavesFirstAndThenTellsTheListener
                                            addresses << savedAddress().toString();
                                        });
     QTest::qWait(50);
-    menu(fixture).setFocus();
-    QTest::keyClick(&menu(fixture), Qt::Key_Down);
+    press(fixture, {Qt::Key_Down, Qt::Key_Return});
     QTRY_COMPARE(addresses, QStringList{QStringLiteral("0A:1b:2c:3d:4e:5f")});
-    QTest::keyClick(&menu(fixture), Qt::Key_Up);
+    press(fixture, {Qt::Key_Up, Qt::Key_Return});
     QTRY_COMPARE(addresses.size(), 2);
     QVERIFY(!savedAddress().isValid());
 }
@@ -391,7 +422,143 @@ void NetworkInterfacesTest::aLongNameDoesNotWidenTheWindow()
     PaneFixture fixture(60s);
     fixture.open();
     QVERIFY2(menu(fixture).width() <= 420, qPrintable(QString::number(menu(fixture).width())));
-    QCOMPARE(menu(fixture).itemData(1, Qt::ToolTipRole).toString(), menu(fixture).itemText(1));
+    QVERIFY(
+        menu(fixture).itemData(1, Qt::ToolTipRole).toString().contains(menu(fixture).itemText(1)));
+}
+
+void NetworkInterfacesTest::theWheelChangesNothing()
+{
+    PaneFixture fixture(60s);
+    save(QStringLiteral("0A:1b:2c:3d:4e:5f"));
+    fixture.open();
+    fixture.pane().showPage(QStringLiteral("network"));
+    fixture.control<QWidget>("networkDisableBonjour")->setFocus();
+    for (const auto isFocused : {false, true}) {
+        if (isFocused) {
+            menu(fixture).setFocus();
+        }
+        for (const auto turn : {-120, 120}) {
+            QWheelEvent wheel(QPointF(5, 5), menu(fixture).mapToGlobal(QPoint(5, 5)), {},
+                              QPoint(0, turn), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                              false);
+            QApplication::sendEvent(&menu(fixture), &wheel);
+            QCOMPARE(menu(fixture).currentIndex(), 1);
+            QVERIFY(!wheel.isAccepted()); // the page may scroll
+        }
+        QCOMPARE(menu(fixture).hasFocus(), isFocused);
+    }
+}
+
+void NetworkInterfacesTest::whoLooksThroughTheListWithTheArrowKeysChoosesOnce()
+{
+    PaneFixture fixture(60s);
+    fixture.open();
+    QStringList addresses;
+    const DistributedObserver observer(
+        QStringLiteral("ZQOstrelClientRelaunch"),
+        [&](const platform::Notification & /*notice*/) { addresses << savedAddress().toString(); });
+    QTest::qWait(50);
+    press(fixture, {Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_Down});
+    QVERIFY(menu(fixture).view()->isVisible());
+    QCOMPARE(menu(fixture).currentIndex(), 0);
+    QVERIFY(!PaneFixture::preferences().contains(QStringLiteral("disableBonjour"))); // not saved
+    press(fixture, {Qt::Key_Return});
+    QTRY_COMPARE(addresses, QStringList{QStringLiteral("0a:1b:2c:3d:4e:60")});
+    // Word of another would have come before that of the next.
+    press(fixture, {Qt::Key_Home, Qt::Key_Return});
+    QTRY_VERIFY(addresses.size() >= 2);
+    QCOMPARE(addresses, (QStringList{QStringLiteral("0a:1b:2c:3d:4e:60"), QString()}));
+}
+
+void NetworkInterfacesTest::aListThatIsLeftChoosesNothing()
+{
+    PaneFixture fixture(60s);
+    save(QStringLiteral("0A:1b:2c:3d:4e:5f"));
+    fixture.open();
+    press(fixture, {Qt::Key_Down, Qt::Key_Escape});
+    QVERIFY(!menu(fixture).view()->isVisible());
+    QCOMPARE(menu(fixture).currentIndex(), 1);
+    QCOMPARE(PaneFixture::preferences().size(), 1);
+}
+
+void NetworkInterfacesTest::aLetterOpensTheListAtItsItem()
+{
+    PaneFixture fixture(60s);
+    fixture.open();
+    press(fixture, {Qt::Key_H});
+    QVERIFY(menu(fixture).view()->isVisible());
+    QCOMPARE(menu(fixture).currentIndex(), 0);
+    press(fixture, {Qt::Key_Return});
+    QCOMPARE(menu(fixture).currentText(), QStringLiteral("Home - wlan0"));
+}
+
+void NetworkInterfacesTest::theToolTipsTellTheAddresses()
+{
+    PaneFixture fixture(60s);
+    save(QStringLiteral("0a:1b:2c:3d:4e:60"));
+    fixture.open();
+    const auto tip = [&](int index) {
+        return menu(fixture).itemData(index, Qt::ToolTipRole).toString();
+    };
+    QVERIFY(tip(0).isEmpty());
+    QVERIFY(tip(1).contains(QStringLiteral("0A:1b:2c:3d:4e:5f")));
+    QVERIFY(tip(2).contains(QStringLiteral("0a:1b:2c:3d:4e:60")));
+    QCOMPARE(menu(fixture).toolTip(), tip(2));
+    press(fixture, {Qt::Key_Up, Qt::Key_Return});
+    QCOMPARE(menu(fixture).toolTip(), tip(1));
+}
+
+void NetworkInterfacesTest::aToolTipIsNoRichTextOfTheNames()
+{
+    give(profile({item(QStringLiteral("<b>A & B</b>"), QStringLiteral("eth0"),
+                       QStringLiteral("0a:1b:2c:3d:4e:5f"))}));
+    PaneFixture fixture(60s);
+    fixture.open();
+    QTextDocument shown;
+    shown.setHtml(menu(fixture).itemData(1, Qt::ToolTipRole).toString());
+    QCOMPARE(shown.toPlainText(), QStringLiteral("<b>A & B</b> - eth0\n0a:1b:2c:3d:4e:5f"));
+}
+
+void NetworkInterfacesTest::aSavedInterfaceThatIsMissingGetsAHint()
+{
+    PaneFixture fixture(60s);
+    fixture.open();
+    QVERIFY(hint(fixture).isNull());
+    fixture.close();
+    save(QStringLiteral("00:00:5e:00:53:01"));
+    fixture.open();
+    QVERIFY2(hint(fixture).contains(QStringLiteral("00:00:5e:00:53:01")),
+             qPrintable(hint(fixture)));
+    QCOMPARE(menu(fixture).accessibleDescription(), hint(fixture));
+    fixture.pane().showPage(QStringLiteral("network"));
+    QTRY_VERIFY(fixture.control<QLabel>("networkInterfaceHint")->isVisible());
+    fixture.pane().savePrefs(); // which forgets it
+    QVERIFY(hint(fixture).isNull());
+}
+
+void NetworkInterfacesTest::choosingTakesTheHintAway()
+{
+    PaneFixture fixture(60s);
+    save(QStringLiteral("00:00:5e:00:53:01"));
+    fixture.open();
+    press(fixture, {Qt::Key_Down, Qt::Key_Return});
+    QVERIFY(hint(fixture).isNull());
+    QCOMPARE(menu(fixture).currentIndex(), 1);
+    QCOMPARE(menu(fixture).accessibleDescription(), menu(fixture).itemData(1).toString());
+}
+
+void NetworkInterfacesTest::theHintStaysSmallWhateverTheFileHolds()
+{
+    PaneFixture fixture(60s);
+    fixture.open();
+    fixture.pane().showPage(QStringLiteral("network"));
+    const auto width = fixture.window().minimumSizeHint().width();
+    fixture.close();
+    save(QString(100000, QLatin1Char('W')));
+    fixture.open();
+    fixture.pane().showPage(QStringLiteral("network"));
+    QVERIFY(!hint(fixture).isNull());
+    QCOMPARE(fixture.window().minimumSizeHint().width(), width);
 }
 
 void NetworkInterfacesTest::megabytesAreRead()

@@ -9,11 +9,15 @@
 #include "Tests/Support/UpdaterForTest.h"
 
 #include <QApplication>
+#include <QDBusConnection>
+#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
+#include <QLabel>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QUrl>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -35,6 +39,11 @@ QString success()
                             QStringLiteral("The gathered logs were placed on your desktop."));
 }
 
+QString gatheredNotice()
+{
+    return QStringLiteral("The logs are gathered in “Ostrel Logs.zip”.");
+}
+
 bool isSpinning(const PaneFixture &fixture)
 {
     return fixture.control<ProgressSpinner>("statusSpinner")->isAnimating();
@@ -50,6 +59,60 @@ public:
 
 } // namespace
 
+// The desktop's file manager, as far as others ask it to show a file.
+class FileManager : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+public:
+    FileManager()
+        : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus,
+                                              QStringLiteral("file manager")))
+    {
+        m_isThere = m_bus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"), this,
+                                         QDBusConnection::ExportAllSlots) &&
+                    m_bus.registerService(QStringLiteral("org.freedesktop.FileManager1"));
+    }
+    ~FileManager() override
+    {
+        m_bus.unregisterService(QStringLiteral("org.freedesktop.FileManager1"));
+        QDBusConnection::disconnectFromBus(m_bus.name());
+    }
+    FileManager(const FileManager &) = delete;
+    FileManager &operator=(const FileManager &) = delete;
+
+    bool isThere() const { return m_isThere; }
+    QStringList shown() const { return m_shown; }
+
+public Q_SLOTS:
+    void ShowItems(const QStringList &items, const QString & /*startupId*/) // NOLINT(*-naming)
+    {
+        m_shown << items;
+    }
+
+private:
+    QDBusConnection m_bus;
+    bool m_isThere = false;
+    QStringList m_shown;
+};
+
+// Stands for the desktop's way to open a folder.
+class FolderOpener : public QObject {
+    Q_OBJECT
+public:
+    FolderOpener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
+    ~FolderOpener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+    FolderOpener(const FolderOpener &) = delete;
+    FolderOpener &operator=(const FolderOpener &) = delete;
+
+    QList<QUrl> opened() const { return m_opened; }
+
+public Q_SLOTS:
+    void open(const QUrl &url) { m_opened << url; }
+
+private:
+    QList<QUrl> m_opened;
+};
+
 // The buttons for gathering logs and for checking for updates.
 class SupportActionsTest : public QObject {
     Q_OBJECT
@@ -58,6 +121,9 @@ private Q_SLOTS:
     void cleanup();
 
     void gatherLogsPutsAnArchiveOnTheDesktop();
+    void theArchiveIsShownInItsFolder();
+    void withoutAFileManagerThatShowsItTheFolderIsOpened();
+    void theNoticeSaysWhyPackingFailed();
     void theSpinnerTurnsAndTheButtonIsDisabledMeanwhile();
     void aSecondPressMeanwhileDoesNothing();
     void theKeyboardFocusComesBack();
@@ -70,7 +136,8 @@ private Q_SLOTS:
     void aFolderThatCannotBeReadIsNamedInThePane();
     void theNextSuccessTakesTheNoticeAway();
 
-    void withoutAnUpdaterTheButtonSaysSo();
+    void withoutAnUpdaterButtonAndCheckBoxSayWhy();
+    void thePaneLooksForTheUpdaterAgainWhenItIsShown();
     void aManualCheckLaunchesTheInstalledUpdater();
     void twoManualChecksLaunchTwice();
     void theStartUpCheckPassesTheBundlesPath();
@@ -100,7 +167,58 @@ void SupportActionsTest::gatherLogsPutsAnArchiveOnTheDesktop()
     QCOMPARE(gathering.alerts(), QStringList(success()));
     QCOMPARE(GatheringFixture::complaintAboutArchive({userLog()}), QString());
     QVERIFY(!isSpinning(fixture));
-    QVERIFY(fixture.notice().isNull());
+    QCOMPARE(fixture.notice(), gatheredNotice());
+}
+
+void SupportActionsTest::theArchiveIsShownInItsFolder()
+{
+    const GatheringFixture gathering;
+    PaneFixture fixture(60s);
+    test::write(userLog(), "log");
+    FileManager manager;
+    QVERIFY(manager.isThere());
+    fixture.open();
+    fixture.pane().gatherLogs();
+    auto *const button = fixture.control<QPushButton>("noticeActionButton");
+    QVERIFY(button->isVisible());
+    QCOMPARE(button->text(), QStringLiteral("Show in Folder"));
+    button->click();
+    QTRY_COMPARE(manager.shown(),
+                 QStringList(QUrl::fromLocalFile(
+                                 GatheringFixture::desktop(QStringLiteral("Ostrel Logs.zip")))
+                                 .toString(QUrl::FullyEncoded)));
+}
+
+void SupportActionsTest::withoutAFileManagerThatShowsItTheFolderIsOpened()
+{
+    const GatheringFixture gathering;
+    PaneFixture fixture(60s);
+    test::write(userLog(), "log");
+    FolderOpener opener;
+    fixture.open();
+    fixture.pane().gatherLogs();
+    fixture.control<QPushButton>("noticeActionButton")->click();
+    QTRY_COMPARE(opener.opened(), QList<QUrl>{QUrl::fromLocalFile(GatheringFixture::desktop())});
+}
+
+void SupportActionsTest::theNoticeSaysWhyPackingFailed()
+{
+    GatheringFixture gathering;
+    PaneFixture fixture(60s);
+    test::write(userLog(), "log");
+    // A file in its place stops root, too.
+    QVERIFY(QDir().rmdir(GatheringFixture::desktop()));
+    test::write(GatheringFixture::desktop(), "no folder");
+    fixture.open();
+    fixture.pane().gatherLogs();
+    QFile::remove(GatheringFixture::desktop());
+    QCOMPARE(gathering.alerts(),
+             QStringList(test::modalAlert(QStringLiteral("Logs could not be gathered"),
+                                          QStringLiteral("Please check your file permissions."))));
+    QVERIFY2(fixture.notice().startsWith(QStringLiteral("The logs could not be gathered: ")) &&
+                 fixture.notice().endsWith(QStringLiteral("Not a directory")),
+             qPrintable(fixture.notice()));
+    QVERIFY(!fixture.control<QPushButton>("noticeActionButton")->isVisible());
 }
 
 void SupportActionsTest::theSpinnerTurnsAndTheButtonIsDisabledMeanwhile()
@@ -286,20 +404,48 @@ void SupportActionsTest::theNextSuccessTakesTheNoticeAway()
     QFile::remove(userLog());
     test::write(userLog(), "log");
     fixture.pane().gatherLogs();
-    QVERIFY(fixture.notice().isNull());
+    QCOMPARE(fixture.notice(), gatheredNotice());
     QCOMPARE(gathering.alerts(), QStringList(success()));
 }
 
-void SupportActionsTest::withoutAnUpdaterTheButtonSaysSo()
+void SupportActionsTest::withoutAnUpdaterButtonAndCheckBoxSayWhy()
+{
+    GatheringFixture gathering;
+    PaneFixture fixture(60s);
+    fixture.open();
+    auto *const hint = fixture.control<QLabel>("autoUpdateHint");
+    QVERIFY(hint->isVisible());
+    QVERIFY(hint->text().contains(QStringLiteral("is not installed")));
+    auto *const button = fixture.control<QPushButton>("updateCheckButton");
+    for (const auto *control :
+         {static_cast<QWidget *>(button), fixture.control<QWidget>("autoUpdateCheck")}) {
+        QCOMPARE(control->toolTip(), hint->text());
+        QCOMPARE(control->accessibleDescription(), hint->text());
+        QVERIFY(control->isEnabled());
+    }
+    QVERIFY(fixture.notice().isNull());
+    button->click();
+    QCOMPARE(fixture.notice(), hint->text());
+    QCOMPARE(gathering.alerts(), QStringList()); // the check itself reports nothing
+    QVERIFY(button->isEnabled());
+}
+
+void SupportActionsTest::thePaneLooksForTheUpdaterAgainWhenItIsShown()
 {
     PaneFixture fixture(60s);
     fixture.open();
+    auto *const hint = fixture.control<QLabel>("autoUpdateHint");
     auto *const button = fixture.control<QPushButton>("updateCheckButton");
-    QVERIFY(!button->isEnabled());
-    QVERIFY(button->toolTip().contains(QStringLiteral("is not installed")));
-    QCOMPARE(button->accessibleDescription(), button->toolTip());
-    fixture.pane().manualUpdateCheck(); // reports nothing
-    QVERIFY(!button->isEnabled());
+    fixture.window().hide();
+    updater::make(updater::installedPath(), 8);
+    fixture.window().show();
+    QVERIFY(hint->isHidden());
+    QVERIFY(button->toolTip().isEmpty());
+    QVERIFY(button->accessibleDescription().isEmpty());
+    fixture.window().hide();
+    updater::remove(updater::installedPath());
+    fixture.window().show();
+    QVERIFY(hint->isVisible());
 }
 
 void SupportActionsTest::aManualCheckLaunchesTheInstalledUpdater()
