@@ -132,7 +132,8 @@ void ZQKeyboardLayoutAppBrowser::showPreset(const QString &title)
     }
     const int row = static_cast<int>(found - m_dataArray.begin());
     if (m_tableView->selectedRow() != row) {
-        m_tableView->selectOnlyRow(row); // which loads it
+        m_tableView->revealRow(row); // which loads it
+    } else {
+        m_editController->loadKeysForFile(pathForPreset(title));
     }
-    m_editController->loadKeysForFile(pathForPreset(title));
 }

@@ -65,7 +65,8 @@ public:
 
     // The title of the selected preset; null for none.
     QString selectedTitle() const;
-    // Selects the first row of that title and shows it in the editor.
+    // Selects the first row of that title, which ends a filter that hides it, and shows it in the
+    // editor.
     void showPreset(const QString &title);
 
 Q_SIGNALS:

@@ -103,6 +103,15 @@ void TableView::selectOnlyRow(int row)
     scrollTo(index);
 }
 
+void TableView::revealRow(int row)
+{
+    if (m_model->shownRow(row) < 0) {
+        setFilter({});
+        Q_EMIT filterEnded();
+    }
+    selectOnlyRow(row);
+}
+
 void TableView::focusInEvent(QFocusEvent *event)
 {
     QTableView::focusInEvent(event);

@@ -32,12 +32,16 @@ public:
     int selectedRow() const;
     // Selects only that row and brings it into sight; none where it is not shown.
     void selectOnlyRow(int row);
+    // The same for a row that people have to see: a filter that hides it ends.
+    void revealRow(int row);
 
 Q_SIGNALS:
     // The user or the program selected another row, or none. Not sent by a reload that keeps it.
     void selectionDidChange();
     // A row was double-clicked, or Enter pressed on it.
     void doubleAction();
+    // revealRow() has ended the filter.
+    void filterEnded();
 
 protected:
     void focusInEvent(QFocusEvent *event) override;
