@@ -66,6 +66,7 @@ QWidget *Ostrel_Preference_Pane::loadMainView(QWidget *parent)
     m_mainView = new QWidget(parent);
     m_ui->setupUi(m_mainView);
     m_ui->keyboard->setBundle(bundle());
+    m_ui->keyboard->setTabOrderAfter(m_ui->volFeedbackCheck); // the page before it ends there
     m_authorization.follow(m_mainView);
     connectControls();
     const QPointer<QWidget> view(m_mainView);

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
-// Importing, exporting and restoring presets.
+// Importing, exporting and duplicating presets.
 #include "Ostrel/OstrelNames.h"
 #include "Ostrel/PresetFiles.h"
 #include "Platform/Core/Notifications/DistributedNotificationCenter.h"
@@ -100,16 +100,6 @@ void KeyboardLayoutPage::presetChangedOutside(const QString &title)
     updateControls();
 }
 
-void KeyboardLayoutPage::keepRestorable(const presets::KeptPreset &preset)
-{
-    constexpr int maxKept = 20; // nobody undoes more
-    m_removed.append(preset);
-    if (m_removed.size() > maxKept) {
-        m_removed.removeFirst();
-    }
-    updateControls();
-}
-
 void KeyboardLayoutPage::chooseImport()
 {
     auto *dialog = fileSheet(this, tr("Import Presets"));
@@ -171,7 +161,7 @@ void KeyboardLayoutPage::importPresets(const QStringList &paths)
         if (!*replaces || imported.contains(title)) {
             title = presets::freeTitle(title);
         }
-        const presets::KeptPreset replaced(title);
+        presets::KeptPreset replaced(title);
         QString error;
         if (!presets::importFile(path, title, &error)) {
             refusals.append({name, tr("“%1” cannot be imported"), error});
@@ -182,7 +172,8 @@ void KeyboardLayoutPage::importPresets(const QStringList &paths)
             return; // closed while a password was asked for
         }
         if (error.isNull() && !replaced.isNull()) {
-            keepRestorable(replaced);
+            replaced.noteReplacement();
+            keep(replaced);
         }
     }
     if (!imported.isEmpty()) {
@@ -218,22 +209,28 @@ void KeyboardLayoutPage::exportPreset()
     dialog->open();
 }
 
-void KeyboardLayoutPage::restorePreset()
+void KeyboardLayoutPage::duplicatePreset()
 {
-    if (m_removed.isEmpty()) {
+    const QString title = m_browser->selectedTitle();
+    if (title.isNull()) {
         return;
     }
+    // Not that of a default preset either, which the copy would replace.
+    QString copy;
+    for (int number = 2; copy.isNull() || m_browser->hasPreset(copy) ||
+                         ZQFileManager::fileExistsAtPath(presets::userFile(copy));
+         ++number) {
+        copy = title + QLatin1Char(' ') + QString::number(number);
+    }
     const QPointer<KeyboardLayoutPage> self(this);
-    const presets::KeptPreset removed = m_removed.takeLast();
     QString error;
-    const QString title = removed.putBack(&error);
+    const bool isMade = presets::copyFile(m_browser->pathForPreset(title), copy, &error);
     if (self == nullptr) {
         return; // closed while a password was asked for
     }
-    if (title.isNull()) {
-        m_removed.append(removed);
-        alert(tr("“%1” cannot be restored").arg(removed.title()), error);
-        return;
+    if (isMade) {
+        presetChangedOutside(copy);
+    } else {
+        alert(tr("“%1” cannot be duplicated").arg(title), error);
     }
-    presetChangedOutside(title);
 }

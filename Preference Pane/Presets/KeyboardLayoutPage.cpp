@@ -2,7 +2,10 @@
 // SPDX-License-Identifier: MIT
 #include "Preference Pane/Presets/KeyboardLayoutPage.h"
 
+#include "Ostrel/PresetFiles.h"
 #include "Platform/Core/Keys/HeldModifiers.h"
+#include "Platform/Core/Text/PathText.h"
+#include "Platform/Desktop/Tables/NoteDelegate.h"
 #include "Preference Pane/Presets/ZQKeyTextCell.h"
 #include "Preference Pane/Presets/ZQKeyboardLayoutAppBrowser.h"
 #include "Preference Pane/Presets/ZQKeyboardLayoutEditController.h"
@@ -12,16 +15,34 @@
 #include <QHeaderView>
 #include <QMenu>
 
-KeyboardLayoutPage::KeyboardLayoutPage(QWidget *parent) : QWidget(parent) {}
+KeyboardLayoutPage::KeyboardLayoutPage(QWidget *parent)
+    : QWidget(parent), m_ui(std::make_unique<Ui::KeyboardLayoutPage>())
+{
+    m_ui->setupUi(this);
+    // Qt would show them with the page, and what is not shown counts in no layout's size.
+    m_ui->keyboardSplitter->show();
+    for (QWidget *column : {m_ui->applicationsColumn, m_ui->keysColumn}) {
+        column->show();
+        for (auto *control :
+             column->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
+            control->show();
+        }
+    }
+    setUpTables();
+    makeMenu();
+    // The hint takes as much room for one line as for two.
+    constexpr int hintLines = 2;
+    m_ui->keyHint->setMinimumHeight(hintLines * m_ui->keyHint->fontMetrics().lineSpacing());
+    m_ui->keysHeading->setMinimumHeight(m_ui->keysHeading->sizeHint().height());
+    m_ui->keysHeading->installEventFilter(this);
+}
 
 KeyboardLayoutPage::~KeyboardLayoutPage()
 {
     delete m_panel;
-    if (m_ui != nullptr) {
-        // The controllers take their rows from the tables as they go, and nothing is left to show.
-        m_ui->applicationTable->disconnect(this);
-        m_ui->keyTable->disconnect(this);
-    }
+    // The controllers take their rows from the tables as they go, and nothing is left to show.
+    m_ui->applicationTable->disconnect(this);
+    m_ui->keyTable->disconnect(this);
 }
 
 ZQKeyboardEditPanel *KeyboardLayoutPage::panel() const
@@ -37,18 +58,16 @@ void KeyboardLayoutPage::showEvent(QShowEvent *event)
 
 void KeyboardLayoutPage::load()
 {
-    if (m_ui != nullptr) {
+    if (m_browser != nullptr) {
         return;
     }
     // From now on it knows which of two modifier keys is held.
     platform::HeldModifiers::shared();
-    m_ui = std::make_unique<Ui::KeyboardLayoutPage>();
-    m_ui->setupUi(this);
     m_editor = std::make_unique<ZQKeyboardLayoutEditController>(m_bundle);
     m_browser = std::make_unique<ZQKeyboardLayoutAppBrowser>(m_bundle);
     m_panel = new ZQKeyboardEditPanel(this);
-    connectTables();
-    makeMenu();
+    connectControllers();
+    connectControls();
     m_editor->awakeFromNib();
     m_browser->awakeFromNib();
     {
@@ -59,13 +78,29 @@ void KeyboardLayoutPage::load()
     updateControls();
 }
 
-void KeyboardLayoutPage::connectTables()
+void KeyboardLayoutPage::setTabOrderAfter(QWidget *control)
+{
+    const QList<QWidget *> controls{control,
+                                    m_ui->applicationFilter,
+                                    m_ui->applicationTable,
+                                    m_ui->addApplicationButton,
+                                    m_ui->removeApplicationButton,
+                                    m_ui->presetMenuButton,
+                                    m_ui->keyFilter,
+                                    m_ui->keyTable};
+    for (int next = 1; next < controls.size(); ++next) {
+        setTabOrder(controls[next - 1], controls[next]);
+    }
+}
+
+void KeyboardLayoutPage::setUpTables()
 {
     const int character = fontMetrics().averageCharWidth();
     const int descriptionWidth = character * 26; // most names of keys
-    const int applicationsWidth = character * 29;
-    const int keysWidth = character * 58;
+    const int applicationsWidth = character * 32;
+    const int keysWidth = character * 55;
     m_ui->applicationTable->setColumns({{QStringLiteral("title"), tr("Application")}});
+    m_ui->applicationTable->setItemDelegate(new platform::NoteDelegate(m_ui->applicationTable));
     m_ui->keyTable->setColumns(
         {{ZQKeyboardLayoutEditController::descriptionColumn, tr("Remote key")},
          {ZQKeyboardLayoutEditController::shortcutColumn, tr("Shortcut")}});
@@ -73,16 +108,17 @@ void KeyboardLayoutPage::connectTables()
     m_ui->keyTable->setItemDelegateForColumn(1, new ZQKeyTextCell(m_ui->keyTable));
     m_ui->keyboardSplitter->setStretchFactor(1, 1);
     m_ui->keyboardSplitter->setSizes({applicationsWidth, keysWidth});
+}
 
-    m_editor->setTableView(m_ui->keyTable);
-    m_editor->setPanelEdit(m_panel);
-    m_browser->setTableView(m_ui->applicationTable);
-    m_browser->setEditController(m_editor.get());
-
+void KeyboardLayoutPage::connectControls()
+{
     connect(m_ui->applicationFilter, &QLineEdit::textChanged, m_ui->applicationTable,
             &platform::TableView::setFilter);
+    connect(m_ui->applicationTable, &platform::TableView::filterEnded, m_ui->applicationFilter,
+            &QLineEdit::clear);
     connect(m_ui->keyFilter, &QLineEdit::textChanged, m_ui->keyTable,
             &platform::TableView::setFilter);
+    connect(m_ui->keyTable, &platform::TableView::filterEnded, m_ui->keyFilter, &QLineEdit::clear);
     connect(m_ui->addApplicationButton, &QPushButton::clicked, m_browser.get(),
             &ZQKeyboardLayoutAppBrowser::addApplication);
     connect(m_ui->removeApplicationButton, &QPushButton::clicked, m_browser.get(),
@@ -97,13 +133,31 @@ void KeyboardLayoutPage::connectTables()
         const QString title = m_browser->selectedTitle();
         return title.isNull() ? title : m_browser->pathForPreset(title);
     });
+}
+
+void KeyboardLayoutPage::connectControllers()
+{
+    m_editor->setTableView(m_ui->keyTable);
+    m_editor->setPanelEdit(m_panel);
+    m_browser->setTableView(m_ui->applicationTable);
+    m_browser->setEditController(m_editor.get());
 
     connect(m_browser.get(), &ZQKeyboardLayoutAppBrowser::presetTakenAway, this,
-            &KeyboardLayoutPage::keepRestorable);
+            [this](const presets::KeptPreset &preset) { keep(preset); });
+    connect(m_browser.get(), &ZQKeyboardLayoutAppBrowser::listChanged, this,
+            &KeyboardLayoutPage::updateControls);
+    m_watch = std::make_unique<PresetWatch>();
+    connect(m_watch.get(), &PresetWatch::changed, m_browser.get(),
+            &ZQKeyboardLayoutAppBrowser::followFiles);
+    connect(m_editor.get(), &ZQKeyboardLayoutEditController::shortcutReplaced, this,
+            [this](int row, const QVariantMap &shortcut) {
+                keep(KeptShortcut{shownTitle(), row, shortcut});
+            });
     connect(m_editor.get(), &ZQKeyboardLayoutEditController::presetLoaded, this,
             [this](bool readable) {
                 m_readable = readable;
                 m_writeError.clear();
+                m_watch->setShownFile(presets::userFile(shownTitle()));
                 updateHint();
             });
     connect(m_editor.get(), &ZQKeyboardLayoutEditController::presetWritten, this,
@@ -126,17 +180,23 @@ void KeyboardLayoutPage::connectTables()
 void KeyboardLayoutPage::makeMenu()
 {
     auto *menu = new QMenu(m_ui->presetMenuButton);
+    m_undoAction = menu->addAction(tr("&Undo"));
+    m_undoAction->setObjectName(QStringLiteral("undoAction"));
+    m_undoAction->setShortcut(QKeySequence::Undo);
+    m_undoAction->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    addAction(m_undoAction);
+    // Later: where that fails, an alert waits, and the menu may be gone by then.
+    connect(
+        m_undoAction, &QAction::triggered, this, [this] { undo(); }, Qt::QueuedConnection);
+    menu->addSeparator();
+    m_duplicateAction =
+        menu->addAction(tr("&Duplicate Preset"), this, &KeyboardLayoutPage::duplicatePreset);
+    m_duplicateAction->setObjectName(QStringLiteral("duplicatePresetAction"));
     auto *import = menu->addAction(tr("&Import Preset…"), this, &KeyboardLayoutPage::chooseImport);
     import->setObjectName(QStringLiteral("importPresetAction"));
     m_exportAction =
         menu->addAction(tr("E&xport Preset…"), this, &KeyboardLayoutPage::exportPreset);
     m_exportAction->setObjectName(QStringLiteral("exportPresetAction"));
-    menu->addSeparator();
-    m_restoreAction = menu->addAction(QString());
-    // Later: where that fails, an alert waits, and the menu may be gone by then.
-    connect(m_restoreAction, &QAction::triggered, this, &KeyboardLayoutPage::restorePreset,
-            Qt::QueuedConnection);
-    m_restoreAction->setObjectName(QStringLiteral("restorePresetAction"));
     m_ui->presetMenuButton->setMenu(menu);
 }
 
@@ -147,17 +207,39 @@ void KeyboardLayoutPage::updateControls()
     m_exportAction->setEnabled(selected);
     // What is shown without one would be saved nowhere.
     m_ui->keyTable->setEnabled(selected);
-    m_restoreAction->setEnabled(!m_removed.isEmpty());
-    // An ampersand would underline what follows it.
-    QString title = m_removed.isEmpty() ? QString() : m_removed.last().title();
-    title.replace(QLatin1Char('&'), QStringLiteral("&&"));
-    m_restoreAction->setText(m_removed.isEmpty() ? tr("&Restore Removed Preset")
-                                                 : tr("&Restore “%1”").arg(title));
+    m_duplicateAction->setEnabled(selected);
+    dropLostChanges();
+    m_undoAction->setEnabled(!m_changes.isEmpty());
+    m_undoAction->setText(m_changes.isEmpty() ? tr("&Undo") : nextUndo());
     updateHint();
+}
+
+QString KeyboardLayoutPage::shownTitle() const
+{
+    return presets::titleOf(platform::lastPathComponent(m_editor->currentFile()));
+}
+
+bool KeyboardLayoutPage::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_ui->keysHeading && event->type() == QEvent::Resize) {
+        updateHeading();
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void KeyboardLayoutPage::updateHeading()
+{
+    const QString name = m_browser != nullptr ? m_browser->selectedName() : QString();
+    const QString heading =
+        name.isNull() ? tr("Shortcuts") : tr("Shortcuts of “%1”").arg(name.simplified());
+    auto *label = m_ui->keysHeading;
+    label->setText(label->fontMetrics().elidedText(heading, Qt::ElideRight, label->width()));
+    label->setToolTip(label->text() == heading ? QString() : heading.toHtmlEscaped());
 }
 
 void KeyboardLayoutPage::updateHint()
 {
+    updateHeading();
     if (m_browser->selectedTitle().isNull()) {
         m_ui->keyHint->setText(tr("Select an application to change its shortcuts."));
     } else if (!m_readable) {
@@ -166,7 +248,9 @@ void KeyboardLayoutPage::updateHint()
     } else if (!m_writeError.isNull()) {
         m_ui->keyHint->setText(tr("The last change could not be saved: %1").arg(m_writeError));
     } else {
-        m_ui->keyHint->setText(tr("Double-click a key or press Enter to choose its shortcut; "
-                                  "Delete takes it away."));
+        m_ui->keyHint->setText(
+            tr("Double-click a key or press Enter to choose its shortcut; Delete takes it away, "
+               "%1 undoes.")
+                .arg(m_undoAction->shortcut().toString(QKeySequence::NativeText)));
     }
 }

@@ -15,6 +15,7 @@
 #include <QLocale>
 
 #include <algorithm>
+#include <iterator>
 
 namespace presets {
 namespace {
@@ -78,6 +79,34 @@ QString reasonAgainstSize(const QVariantMap &preset)
     return {};
 }
 
+// The dictionary of a preset with its shortcuts as the pane writes them, those without one left
+// out.
+std::optional<QVariantMap> withoutBlanks(const QByteArray &bytes)
+{
+    const auto value = platform::propertyListFromData(bytes);
+    if (!value || value->userType() != QMetaType::QVariantMap) {
+        return std::nullopt;
+    }
+    QVariantMap preset = value->toMap();
+    QVariantMap shortcuts = preset.value(keysKey).toMap();
+    for (auto shortcut = shortcuts.begin(); shortcut != shortcuts.end();) {
+        if (shortcut->userType() == QMetaType::QString) {
+            *shortcut = QVariantMap{{valueKey, *shortcut}};
+        }
+        const bool isBlank =
+            *shortcut == QVariant(QVariantMap{{valueKey, QString(QLatin1String(""))}});
+        shortcut = isBlank ? shortcuts.erase(shortcut) : std::next(shortcut);
+    }
+    preset[keysKey] = shortcuts;
+    return preset;
+}
+
+bool sameApartFromBlanks(const QByteArray &one, const QByteArray &other)
+{
+    const auto preset = withoutBlanks(one);
+    return one == other || (preset && preset == withoutBlanks(other));
+}
+
 } // namespace
 
 QString reasonAgainst(const QString &path)
@@ -119,6 +148,16 @@ bool importFile(const QString &path, const QString &title, QString *error)
     return writeUserFile(title, *bytes, error);
 }
 
+bool copyFile(const QString &preset, const QString &title, QString *error)
+{
+    const auto bytes = contents(preset);
+    if (!bytes) {
+        *error = tr("The preset cannot be read.");
+        return false;
+    }
+    return writeUserFile(title, *bytes, error);
+}
+
 bool exportFile(const QString &preset, const QString &path, QString *error)
 {
     const auto bytes = contents(preset);
@@ -140,9 +179,18 @@ KeptPreset::KeptPreset(const QString &title)
 {
 }
 
+void KeptPreset::noteReplacement()
+{
+    m_replacement = contents(userFile(m_title)).value_or(QByteArray());
+}
+
 QString KeptPreset::putBack(QString *error) const
 {
-    const QString title = freeTitle(m_title);
+    // Changes of it that were undone have left entries for all keys.
+    const auto now = contents(userFile(m_title));
+    const bool isReplaced =
+        now && !m_replacement.isEmpty() && sameApartFromBlanks(*now, m_replacement);
+    const QString title = isReplaced ? m_title : freeTitle(m_title);
     return writeUserFile(title, m_contents, error) ? title : QString();
 }
 

@@ -16,6 +16,10 @@ QString reasonAgainst(const QString &path);
 // False, with the reason in error, where that failed.
 bool importFile(const QString &path, const QString &title, QString *error);
 
+// Makes a copy of a preset's file, byte for byte, the user's preset of a title that is not taken.
+// False, with the reason in error, where that failed.
+bool copyFile(const QString &preset, const QString &title, QString *error);
+
 // Copies a preset's file, byte for byte, to a path of the user's choice, where it replaces what is
 // there. False, with the reason in error, where that failed.
 bool exportFile(const QString &preset, const QString &path, QString *error);
@@ -32,14 +36,19 @@ public:
 
     bool isNull() const { return m_contents.isNull(); }
     const QString &title() const { return m_title; }
+    qint64 size() const { return m_contents.size() + m_replacement.size(); } // bytes
 
-    // Writes it under its title, or a free one where the user has made another of that title. The
-    // title; null, with the reason in error, where that failed.
+    // The user's preset of that title is now one that we have put in its place.
+    void noteReplacement();
+    // Writes it under its title, in the place of what has replaced it, or under a free title where
+    // the user has made another of that title. The title; null, with the reason in error, where
+    // that failed.
     QString putBack(QString *error) const;
 
 private:
     QString m_title;
     QByteArray m_contents;
+    QByteArray m_replacement;
 };
 
 } // namespace presets

@@ -33,12 +33,31 @@ void alertSheet(const QString &message, const QString &information)
 
 // Only the user's own files count, whatever folder the row is from: an application that a default
 // preset alone serves may get one of the user's, who wants to begin with an empty one.
-bool ZQKeyboardLayoutAppBrowser::isServed(const QString &identifier) const
+QString ZQKeyboardLayoutAppBrowser::servingTitle(const QString &identifier) const
 {
-    return std::any_of(m_dataArray.begin(), m_dataArray.end(), [&identifier](const Row &row) {
-        const auto preset = presets::read(presets::userFile(row.title));
-        return presets::identifiers(preset.value_or(QVariantMap())).contains(identifier);
-    });
+    const auto found =
+        std::find_if(m_dataArray.begin(), m_dataArray.end(), [&identifier](const Row &row) {
+            const auto preset = presets::read(presets::userFile(row.title));
+            return presets::identifiers(preset.value_or(QVariantMap())).contains(identifier);
+        });
+    return found == m_dataArray.end() ? QString() : found->title;
+}
+
+QHash<QString, QString> ZQKeyboardLayoutAppBrowser::notesOnApplications() const
+{
+    QHash<QString, QString> notes;
+    for (const bool isUsers : {false, true}) { // the user's own is what counts
+        for (const Row &row : m_dataArray) {
+            const QString note = isUsers ? tr("You have a preset for it: “%1”")
+                                         : tr("Ostrel has a preset for it: “%1”");
+            for (const QString &identifier : row.bundleIDs) {
+                if (row.isUsers == isUsers) {
+                    notes.insert(identifier, note.arg(row.title));
+                }
+            }
+        }
+    }
+    return notes;
 }
 
 void ZQKeyboardLayoutAppBrowser::addApplication()
@@ -47,6 +66,7 @@ void ZQKeyboardLayoutAppBrowser::addApplication()
     m_panel.reset(panel);
     panel->setWindowTitle(QStringLiteral("Browse for the application to add"));
     panel->setFolder(ZQLocalPaths::applicationDirectory(Domain::Local));
+    panel->setNotes(notesOnApplications());
     // Later: an alert waits for its answer, and who closes us meanwhile destroys the panel too.
     panel->begin(platform::mainWindow(), [this, panel = QPointer(panel)](int returnCode,
                                                                          const QString &path) {
@@ -72,9 +92,13 @@ void ZQKeyboardLayoutAppBrowser::appBrowseDidEnd(platform::ApplicationPanel *pan
                    QStringLiteral("Please make sure you selected a valid application."));
         return;
     }
-    if (isServed(identifier)) {
+    if (const QString title = servingTitle(identifier); !title.isNull()) {
+        const QPointer<ZQKeyboardLayoutAppBrowser> self(this);
         alertSheet(QStringLiteral("A layout preset already exists for this application"),
                    QStringLiteral("Please edit the existing preset."));
+        if (self != nullptr) {
+            showPreset(title);
+        }
         return;
     }
     addPresetFor(path, identifier);
@@ -90,7 +114,7 @@ void ZQKeyboardLayoutAppBrowser::addPresetFor(const QString &path, const QString
         ZQFileManager::createDirectory(folder); // which may ask for a password
     }
     // Another application's may have that name.
-    const presets::KeptPreset replaced(title);
+    presets::KeptPreset replaced(title);
     if (!platform::writeDictionaryToFile(presets::blank(title, identifier),
                                          presets::userFile(title))) {
         alertSheet(QStringLiteral("Unable to create preset"),
@@ -103,6 +127,7 @@ void ZQKeyboardLayoutAppBrowser::addPresetFor(const QString &path, const QString
         return;
     }
     if (!replaced.isNull()) {
+        replaced.noteReplacement();
         Q_EMIT presetTakenAway(replaced);
     }
     populateApplications();

@@ -56,6 +56,7 @@ void ZQKeyboardLayoutEditController::updatePresetFile()
     } else {
         error = tr("The preset cannot be read.");
     }
+    m_isUnsaved = !error.isNull();
     platform::postDistributedNotification({names::keyboardLayoutModified, {}, {}});
     Q_EMIT presetWritten(error);
 }

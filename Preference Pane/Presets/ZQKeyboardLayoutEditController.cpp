@@ -15,6 +15,7 @@
 #include <QApplication>
 #include <QStyle>
 
+#include <algorithm>
 #include <utility>
 
 const QString ZQKeyboardLayoutEditController::descriptionColumn = QStringLiteral("description");
@@ -44,6 +45,18 @@ std::optional<std::pair<quint32, quint32>> shortcutOf(const QVariantMap &row)
     return std::pair(row.value(presets::keyCodeKey).toUInt(),
                      row.value(presets::modifiersKey).toUInt() &
                          platform::keyflags::ShortcutModifiers);
+}
+
+// What a preset's file has of a row.
+QVariantMap writtenPart(const QVariantMap &row)
+{
+    QVariantMap part;
+    for (const QString &key : {presets::valueKey, presets::keyCodeKey, presets::modifiersKey}) {
+        if (row.contains(key)) {
+            part[key] = row.value(key);
+        }
+    }
+    return part;
 }
 
 } // namespace
@@ -120,7 +133,9 @@ void ZQKeyboardLayoutEditController::loadBlankKeys()
 void ZQKeyboardLayoutEditController::loadKeysForFile(const QString &path)
 {
     m_currentFile = path;
+    m_isUnsaved = false;
     const auto preset = presets::read(path);
+    m_isReadable = preset.has_value();
     if (!preset) {
         Q_EMIT presetLoaded(false);
         return;
@@ -163,10 +178,12 @@ void ZQKeyboardLayoutEditController::keyChanged(const platform::Notification &no
     }
     const QVariant keyCode = notification.userInfo.value(names::keyCode);
     const QVariant flags = notification.userInfo.value(names::modifierFlags);
+    const QVariantMap before = writtenPart(*row);
     const QString name = nameForKeyCode(keyCode, flags);
     (*row)[presets::valueKey] = name.isNull() ? QStringLiteral("Unknown") : name;
     setValue(*row, presets::keyCodeKey, keyCode);
     setValue(*row, presets::modifiersKey, flags);
+    tellReplaced(before);
     updatePresetFile();
 }
 
@@ -176,14 +193,57 @@ void ZQKeyboardLayoutEditController::keyCleared(const platform::Notification & /
     if (row == nullptr) {
         return;
     }
+    const QVariantMap before = writtenPart(*row);
     (*row)[presets::valueKey] = QString(QLatin1String(""));
     row->remove(presets::keyCodeKey);
     row->remove(presets::modifiersKey);
+    tellReplaced(before);
     const QPointer<ZQKeyboardLayoutEditController> self(this);
     updatePresetFile();
     if (self != nullptr) {
         reloadTable();
     }
+}
+
+void ZQKeyboardLayoutEditController::tellReplaced(const QVariantMap &before)
+{
+    const int row = m_tableView->selectedRow();
+    if (writtenPart(m_keyArray[row]) != before) {
+        Q_EMIT shortcutReplaced(row, before);
+    }
+}
+
+void ZQKeyboardLayoutEditController::restoreShortcut(int row, const QVariantMap &shortcut)
+{
+    if (row < 0 || row >= m_keyArray.size()) {
+        return;
+    }
+    for (const QString &key : {presets::valueKey, presets::keyCodeKey, presets::modifiersKey}) {
+        m_keyArray[row].remove(key);
+    }
+    m_keyArray[row].insert(shortcut);
+    const QPointer<ZQKeyboardLayoutEditController> self(this);
+    updatePresetFile();
+    if (self != nullptr && m_tableView != nullptr) {
+        reloadTable();
+        m_tableView->revealRow(row);
+    }
+}
+
+bool ZQKeyboardLayoutEditController::isShowing(const QVariantMap &preset) const
+{
+    const QVariantMap keys = preset.value(presets::keysKey).toMap();
+    return m_isReadable &&
+           std::all_of(m_keyArray.begin(), m_keyArray.end(), [&keys](const QVariantMap &row) {
+               const QVariant shortcut = keys.value(row.value(keyKey).toString());
+               QVariantMap entry = shortcut.toMap();
+               if (shortcut.userType() == QMetaType::QString) {
+                   entry[presets::valueKey] = shortcut;
+               } else if (!entry.contains(presets::valueKey)) {
+                   entry[presets::valueKey] = QString(QLatin1String(""));
+               }
+               return writtenPart(entry) == writtenPart(row);
+           });
 }
 
 int ZQKeyboardLayoutEditController::numberOfRowsInTableView() const

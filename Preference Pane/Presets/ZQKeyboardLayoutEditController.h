@@ -73,6 +73,13 @@ public:
     ZQKeyboardEditPanel *panelEdit() const { return m_panelEdit; }
     void setPanelEdit(ZQKeyboardEditPanel *panel);
 
+    // Whether the rows are those of a preset that could be read, and have that one's shortcuts.
+    bool isShowing(const QVariantMap &preset) const;
+    // Whether the last change of the rows could not be written.
+    bool isUnsaved() const { return m_isUnsaved; }
+    // Gives a row the shortcut that it had (see shortcutReplaced), writes it and shows the row.
+    void restoreShortcut(int row, const QVariantMap &shortcut);
+
     // What people call the key of a row.
     QString descriptionOfRow(int row) const;
 
@@ -81,11 +88,15 @@ Q_SIGNALS:
     void presetLoaded(bool readable);
     // The rows have been written, or could not be for that reason; null for none.
     void presetWritten(const QString &error);
+    // A row of the current file had this shortcut until now: "val", "keycode" and "modifiers",
+    // where they are there.
+    void shortcutReplaced(int row, const QVariantMap &shortcut);
 
 private:
     QVariantMap *selectedKey();
     QVariantMap keysToWrite() const;
     void reloadTable();
+    void tellReplaced(const QVariantMap &before);
     // Which other keys have the row's shortcut.
     QStringList keysWithShortcutOf(int row) const;
 
@@ -93,6 +104,8 @@ private:
     QList<QVariantMap> m_keyArray;
     QList<QVariantMap> m_keyNames;
     QString m_currentFile;
+    bool m_isReadable = false;
+    bool m_isUnsaved = false;
     QPointer<ZQShortcutKeyTableview> m_tableView;
     QPointer<ZQKeyboardEditPanel> m_panelEdit;
     std::optional<platform::NotificationCenter::Observer> m_changeObserver;

@@ -52,8 +52,8 @@ QStringList searchWords(const QString &text)
         .split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
 
-ApplicationRow::ApplicationRow(ApplicationBundle application)
-    : m_application(std::move(application)),
+ApplicationRow::ApplicationRow(ApplicationBundle application, QString note)
+    : m_application(std::move(application)), m_note(std::move(note)),
       m_name(forSearch(m_application.displayName().left(maxTextLength)))
 {
     const auto &entry = m_application.entry();
@@ -68,7 +68,9 @@ QString ApplicationRow::description() const
     const auto &entry = m_application.entry();
     const auto comment = shown(entry.comment);
     const auto generic = shown(entry.genericName);
-    return comment.isEmpty() ? generic : comment;
+    const auto what = comment.isEmpty() ? generic : comment;
+    const auto note = shown(m_note);
+    return note.isEmpty() || what.isEmpty() ? note + what : note + QStringLiteral(" – ") + what;
 }
 
 int ApplicationRow::rank(const QStringList &words) const

@@ -13,10 +13,10 @@ namespace platform {
 // An application of a list, with what a search looks at.
 class ApplicationRow {
 public:
-    explicit ApplicationRow(ApplicationBundle application);
+    explicit ApplicationRow(ApplicationBundle application, QString note = {});
 
     const ApplicationBundle &application() const { return m_application; }
-    // What it is, in a few words; may be empty.
+    // The note, if any, and what it is, in a few words; may be empty.
     QString description() const;
 
     // 0 where the name begins with the words, 1 where a part of it does, 2 where they are elsewhere
@@ -25,6 +25,7 @@ public:
 
 private:
     ApplicationBundle m_application;
+    QString m_note;
     QString m_name; // prepared, as are the texts
     QString m_texts;
 };

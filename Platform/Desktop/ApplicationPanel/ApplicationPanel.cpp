@@ -127,10 +127,11 @@ void ApplicationPanel::load()
 {
     m_model->setApplications({});
     m_list->setPlaceholder(tr("Looking for applications..."));
-    const auto look = [panel = QPointer(this), run = ++m_run, folder = m_folder] {
+    const auto look = [panel = QPointer(this), run = ++m_run, folder = m_folder, notes = m_notes] {
         auto rows = std::make_shared<std::vector<ApplicationRow>>();
         for (auto &application : installedApplications(folder)) {
-            rows->emplace_back(std::move(application));
+            const QString note = notes.value(application.bundleIdentifier());
+            rows->emplace_back(std::move(application), note);
         }
         performOnMainThread([panel, run, rows] {
             if (panel != nullptr && panel->m_run == run) {

@@ -5,6 +5,7 @@
 #include "Platform/Core/Threads/WorkerThreads.h"
 
 #include <QDialog>
+#include <QHash>
 
 #include <functional>
 
@@ -36,6 +37,9 @@ public:
     // starts there. Null, or a folder that does not exist: with the system's applications.
     void setFolder(const QString &folder) { m_folder = folder; }
 
+    // What the list says of applications besides, by their identifiers.
+    void setNotes(const QHash<QString, QString> &notes) { m_notes = notes; }
+
     /// beginSheetForDirectory:file:types:modalForWindow:modalDelegate:didEndSelector:contextInfo:
     /// Shows the panel as a sheet on the parent's window, a dialog of its own for null. Calls end
     /// once, when the panel is hidden already; end may delete the panel. It is not called where the
@@ -57,6 +61,7 @@ private:
     QString chosenPath() const;
 
     QString m_folder;
+    QHash<QString, QString> m_notes;
     End m_end;
     ApplicationListModel *m_model;
     ApplicationListView *m_list;

@@ -12,6 +12,8 @@ namespace platform {
 struct TableCell {
     QIcon image;
     QString toolTip;
+    // A few words beside the value; a view shows them where its delegate is a NoteDelegate.
+    QString note;
 };
 
 // Where a table gets its rows from, asked anew for each cell that is shown. Rows count from 0;

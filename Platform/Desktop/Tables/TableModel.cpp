@@ -110,7 +110,7 @@ QVariant TableModel::data(const QModelIndex &index, int role) const
     if (role == Qt::DisplayRole) {
         return text(index.column(), row);
     }
-    if (role != Qt::DecorationRole && role != Qt::ToolTipRole &&
+    if (role != Qt::DecorationRole && role != Qt::ToolTipRole && role != NoteRole &&
         role != Qt::AccessibleDescriptionRole) {
         return {};
     }
@@ -118,6 +118,9 @@ QVariant TableModel::data(const QModelIndex &index, int role) const
     m_source->tableViewWillDisplayCell(cell, m_columns[index.column()].identifier, row);
     if (role == Qt::DecorationRole) {
         return cell.image.isNull() ? QVariant() : QVariant(cell.image);
+    }
+    if (role == NoteRole) {
+        return shortened(cell.note, maxTextLength);
     }
     const QString tip = shortened(cell.toolTip, maxTextLength);
     if (tip.isEmpty()) {

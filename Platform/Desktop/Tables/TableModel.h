@@ -20,6 +20,9 @@ struct TableColumn {
 class TableModel : public QAbstractTableModel {
     Q_OBJECT
 public:
+    // TableCell::note
+    static constexpr int NoteRole = Qt::UserRole;
+
     using QAbstractTableModel::QAbstractTableModel;
 
     void setColumns(QList<TableColumn> columns);

@@ -151,7 +151,7 @@ void restoreUnwritable(Page &page, const QTemporaryDir &)
     writable(presets::userFolder(), false);
     auto *menu = page.control<QToolButton>("presetMenuButton")->menu();
     menu->popup(page->mapToGlobal(QPoint()));
-    menu->setActiveAction(page.action("restorePresetAction"));
+    menu->setActiveAction(page.action("undoAction"));
     QTest::keyClick(menu, Qt::Key_Return);
 }
 
