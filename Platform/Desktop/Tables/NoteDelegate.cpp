@@ -23,12 +23,12 @@ void NoteDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
     initStyleOption(&item, index);
     const QStyle *style = item.widget != nullptr ? item.widget->style() : QApplication::style();
     const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, &item, item.widget) + 1;
-    const QRect text = style->subElementRect(QStyle::SE_ItemViewItemText, &item, item.widget);
-    const int wanted = item.fontMetrics.horizontalAdvance(note);
-    const int width = std::min(wanted, text.width() / 2);
+    const int line = item.rect.width() - 4 * margin;
+    const int icon = item.icon.isNull() ? 0 : item.decorationSize.width() + 2 * margin;
+    const int width = std::min(item.fontMetrics.horizontalAdvance(note) + 1, line / 2);
     // The style cuts a text that is too long for the line, not for the place beside the note.
     item.text = item.fontMetrics.elidedText(item.text, item.textElideMode,
-                                            text.width() - width - 4 * margin);
+                                            line - icon - width - 2 * margin);
     style->drawControl(QStyle::CE_ItemViewItem, &item, painter, item.widget);
 
     const bool isSelected = item.state.testFlag(QStyle::State_Selected);
@@ -38,7 +38,7 @@ void NoteDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
     constexpr int dimmed = 180; // opacity, of 255
     colour.setAlpha(isSelected ? 255 : dimmed);
     const QRect place = QStyle::alignedRect(item.direction, Qt::AlignRight | Qt::AlignVCenter,
-                                            {width, text.height()},
+                                            {width, item.rect.height()},
                                             item.rect.adjusted(2 * margin, 0, -2 * margin, 0));
     painter->save();
     painter->setFont(item.font);
