@@ -28,6 +28,15 @@ def preset(path):
     return value if isinstance(value, dict) else None
 
 
+def typed(value):
+    """The value, with what tells 1 from True and from 1.0."""
+    if isinstance(value, dict):
+        return {key: typed(entry) for key, entry in value.items()}
+    if isinstance(value, list):
+        return [typed(entry) for entry in value]
+    return type(value), value
+
+
 def expected_keys(before, key_code):
     """All keys of the remote, in the dictionary form; less the text of the edited one."""
     shortcuts = before.get("keys")
@@ -57,8 +66,7 @@ def compare(folder, number):
     keys = after.pop("keys", None)
     wanted = expected_keys(before, number % 128)
     before.pop("keys", None)
-    # repr() tells 1 from True and from 1.0.
-    if repr(sorted(before.items())) != repr(sorted(after.items())):
+    if typed(before) != typed(after):
         sys.exit(f"{name}: {before} became {after}")
     for key, shortcut in wanted.items():
         if shortcut["val"] is None:
