@@ -5,12 +5,11 @@
 #include "Platform/Core/Basics/Descriptor.h"
 
 #include <ifaddrs.h>
-#include <linux/ethtool.h>
-#include <linux/sockios.h>
-#include <net/if.h>
+#include <linux/if_link.h>
+#include <linux/netlink.h>
+#include <linux/rtnetlink.h>
 #include <net/if_arp.h>
-#include <netpacket/packet.h>
-#include <sys/ioctl.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -18,16 +17,155 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <memory>
+#include <set>
 #include <string_view>
 
 namespace {
 
-constexpr std::size_t addressSize = 6; // of Ethernet
-
-bool isNothing(std::string_view address)
+// The structure that the bytes begin with; zeros where they are too few.
+template <typename Structure>
+Structure beginning(std::string_view bytes)
 {
-    return std::all_of(address.begin(), address.end(), [](char byte) { return byte == 0; });
+    Structure structure{};
+    if (bytes.size() >= sizeof structure) {
+        std::memcpy(&structure, bytes.data(), sizeof structure);
+    }
+    return structure;
+}
+
+// Takes the next record, whose header says how long it is, and what fills it up to four bytes.
+// Empty at the end.
+template <typename Header, typename Length>
+std::string_view takeRecord(std::string_view &bytes, Length Header::*length)
+{
+    const std::size_t size = beginning<Header>(bytes).*length;
+    if (size < sizeof(Header) || size > bytes.size()) {
+        return {};
+    }
+    const auto record = bytes.substr(0, size);
+    bytes.remove_prefix(std::min(bytes.size(), (size + 3) / 4 * 4));
+    return record;
+}
+
+constexpr auto typeMask = static_cast<unsigned>(NLA_TYPE_MASK);
+using TakeAttribute = std::function<void(unsigned type, std::string_view contents)>;
+
+void readAttributes(std::string_view bytes, const TakeAttribute &take)
+{
+    for (auto record = takeRecord(bytes, &rtattr::rta_len); !record.empty();
+         record = takeRecord(bytes, &rtattr::rta_len)) {
+        take(beginning<rtattr>(record).rta_type & typeMask, record.substr(sizeof(rtattr)));
+    }
+}
+
+std::string textOf(std::string_view bytes)
+{
+    return std::string(bytes.substr(0, bytes.find('\0')));
+}
+
+NetworkLink linkOf(std::string_view message)
+{
+    const auto fixed = beginning<ifinfomsg>(message);
+    NetworkLink link;
+    link.type = fixed.ifi_type;
+    link.index = fixed.ifi_index;
+    message.remove_prefix(std::min(message.size(), sizeof fixed));
+    readAttributes(message, [&](unsigned type, std::string_view contents) {
+        switch (type) {
+        case IFLA_IFNAME:
+            link.name = textOf(contents);
+            break;
+        case IFLA_ADDRESS:
+            link.address = contents;
+            break;
+        case IFLA_PERM_ADDRESS:
+            link.permanentAddress = contents;
+            break;
+        case IFLA_MASTER:
+            link.master = beginning<int>(contents);
+            break;
+        case IFLA_LINK:
+            link.lower = beginning<int>(contents);
+            break;
+        case IFLA_LINKINFO:
+            readAttributes(contents, [&](unsigned detail, std::string_view text) {
+                link.kind = detail == IFLA_INFO_KIND ? textOf(text) : link.kind;
+            });
+            break;
+        default:
+            break;
+        }
+    });
+    return link;
+}
+
+// 0, else the reason (errno).
+int readAnswer(int socket, std::vector<NetworkLink> &links)
+{
+    std::array<char, 65536> buffer; // the kernel fills half of it at most
+    for (;;) {
+        const auto size = ::recv(socket, buffer.data(), buffer.size(), 0);
+        if (size <= 0) {
+            return size < 0 ? errno : EIO;
+        }
+        std::string_view bytes(buffer.data(), static_cast<std::size_t>(size));
+        for (auto record = takeRecord(bytes, &nlmsghdr::nlmsg_len); !record.empty();
+             record = takeRecord(bytes, &nlmsghdr::nlmsg_len)) {
+            const auto header = beginning<nlmsghdr>(record);
+            record.remove_prefix(sizeof header);
+            if (header.nlmsg_type == NLMSG_DONE || header.nlmsg_type == NLMSG_ERROR) {
+                return -beginning<int>(record);
+            }
+            if (header.nlmsg_type == RTM_NEWLINK) {
+                links.push_back(linkOf(record));
+            }
+        }
+    }
+}
+
+int askForLinks(std::vector<NetworkLink> &links)
+{
+    struct Request {
+        nlmsghdr header;
+        ifinfomsg message;
+    } request{};
+    request.header.nlmsg_len = sizeof request;
+    request.header.nlmsg_type = RTM_GETLINK;
+    request.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
+    const platform::Descriptor socket(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE));
+    if (!socket.isOpen() || ::send(socket.fd(), &request, sizeof request, 0) < 0) {
+        return errno;
+    }
+    return readAnswer(socket.fd(), links);
+}
+
+// An address that others can reach; every interface that is up has one of its own link.
+bool isReachable(const sockaddr *address)
+{
+    if (address == nullptr || address->sa_family != AF_INET6) {
+        return address != nullptr && address->sa_family == AF_INET;
+    }
+    sockaddr_in6 inet6{};
+    std::memcpy(&inet6, address, sizeof inet6);
+    return !IN6_IS_ADDR_LINKLOCAL(&inet6.sin6_addr); // NOLINT
+}
+
+// The names of the interfaces that have an Internet address.
+int readCarriers(std::set<std::string> &names)
+{
+    ifaddrs *first = nullptr;
+    if (::getifaddrs(&first) != 0) {
+        return errno;
+    }
+    for (const auto *entry = first; entry != nullptr; entry = entry->ifa_next) {
+        if (isReachable(entry->ifa_addr)) {
+            names.insert(entry->ifa_name);
+        }
+    }
+    ::freeifaddrs(first);
+    return 0;
 }
 
 // The first word of a file of the kernel; empty where there is no such file.
@@ -44,25 +182,6 @@ std::string wordFrom(const std::string &path)
     return word.data();
 }
 
-// Empty where the driver knows none.
-std::string permanentAddress(int socket, const std::string &name)
-{
-    constexpr std::size_t maxSize = 32; // the kernel's MAX_ADDR_LEN
-    ethtool_perm_addr header{};
-    header.cmd = ETHTOOL_GPERMADDR;
-    header.size = maxSize;
-    std::array<char, sizeof header + maxSize> bytes{}; // the address follows the header
-    std::memcpy(bytes.data(), &header, sizeof header);
-    ifreq request{};
-    name.copy(&request.ifr_name[0], IFNAMSIZ - 1);
-    request.ifr_data = bytes.data();
-    if (::ioctl(socket, SIOCETHTOOL, &request) != 0) { // NOLINT(*-vararg)
-        return {};
-    }
-    std::memcpy(&header, bytes.data(), sizeof header);
-    return {&bytes.at(sizeof header), std::min<std::size_t>(header.size, maxSize)};
-}
-
 // Where the kernel's files are not mounted there is nothing to add.
 void addFromFiles(NetworkLink &link)
 {
@@ -76,60 +195,20 @@ void addFromFiles(NetworkLink &link)
 
 bool readNetworkLinks(std::vector<NetworkLink> &links, std::string &error)
 {
-    const platform::Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    ifaddrs *first = nullptr;
-    if (!socket.isOpen() || ::getifaddrs(&first) != 0) {
-        error = std::strerror(errno); // NOLINT(concurrency-mt-unsafe)
+    std::set<std::string> carriers;
+    auto reason = askForLinks(links);
+    reason = reason == 0 ? readCarriers(carriers) : reason;
+    if (reason != 0) {
+        error = std::strerror(reason); // NOLINT(concurrency-mt-unsafe)
         return false;
     }
-    for (const auto *entry = first; entry != nullptr; entry = entry->ifa_next) {
-        if (entry->ifa_addr == nullptr || entry->ifa_addr->sa_family != AF_PACKET) {
-            continue; // another address of a link
-        }
-        sockaddr_ll address{};
-        std::memcpy(&address, entry->ifa_addr, sizeof address);
-        NetworkLink link;
-        link.name = entry->ifa_name;
-        link.type = address.sll_hatype;
-        link.address.assign(reinterpret_cast<const char *>(&address.sll_addr), // NOLINT
-                            std::min<std::size_t>(address.sll_halen, sizeof address.sll_addr));
-        link.permanentAddress = permanentAddress(socket.fd(), link.name);
+    for (auto &link : links) {
+        link.carriesAddress = carriers.count(link.name) != 0;
         addFromFiles(link);
-        links.push_back(std::move(link));
     }
-    ::freeifaddrs(first);
     // The kernel's order is that of plugging in; this one stays. "eth2" stands before "eth10".
     std::sort(links.begin(), links.end(), [](const NetworkLink &one, const NetworkLink &other) {
         return ::strverscmp(one.name.c_str(), other.name.c_str()) < 0;
     });
     return true;
-}
-
-// Bridges, container and machine pairs, tunnels, VLANs, bonds and the loopback stand on no device:
-// their address is made up, borrowed or none, and what reaches them comes in by an interface that
-// is offered. Point-to-point and field-bus devices have no Ethernet address. An address that the
-// kernel made up for a device without one is another after the next start, so that choosing it
-// would cut the listener off.
-bool isOffered(const NetworkLink &link)
-{
-    const auto isUsable = [](const std::string &address) {
-        return address.size() == addressSize && !isNothing(address);
-    };
-    return link.type == ARPHRD_ETHER && link.hasDevice &&
-           (isUsable(link.permanentAddress) || (isUsable(link.address) && !link.isRandom));
-}
-
-std::string hardwareAddress(const NetworkLink &link)
-{
-    constexpr std::string_view digits = "0123456789abcdef";
-    const auto permanent =
-        link.permanentAddress.size() == addressSize && !isNothing(link.permanentAddress);
-    std::string text;
-    for (const char byte : permanent ? link.permanentAddress : link.address) {
-        const auto value = static_cast<unsigned char>(byte);
-        text += text.empty() ? "" : ":";
-        text += digits[value >> 4U];
-        text += digits[value & 0xFU];
-    }
-    return text;
 }

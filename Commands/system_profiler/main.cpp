@@ -9,10 +9,10 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -34,15 +34,18 @@ void printUsage(std::FILE *file)
 // What an interface is called where nobody has given it a name.
 std::string kindOf(const NetworkLink &link)
 {
+    for (const auto &[kind, name] : {std::pair("bridge", "Bridge"), std::pair("bond", "Bond"),
+                                     std::pair("team", "Team"), std::pair("vlan", "VLAN")}) {
+        if (link.kind == kind) {
+            return name;
+        }
+    }
     const auto radio = "/sys/class/net/" + link.name + "/phy80211";
     return ::access(radio.c_str(), F_OK) == 0 ? "Wi-Fi" : "Ethernet";
 }
 
-std::vector<NetworkService> servicesOf(std::vector<NetworkLink> links)
+std::vector<NetworkService> servicesOf(const std::vector<NetworkLink> &links)
 {
-    links.erase(std::remove_if(links.begin(), links.end(),
-                               [](const NetworkLink &link) { return !isOffered(link); }),
-                links.end());
     std::vector<NetworkService> services;
     if (links.empty()) {
         return services;
@@ -76,7 +79,7 @@ int printNetworkProfile()
                      error.c_str());
         return failed;
     }
-    return printed(networkProfile(servicesOf(std::move(links))));
+    return printed(networkProfile(servicesOf(offeredLinks(links))));
 }
 
 } // namespace

@@ -25,11 +25,16 @@ def profile():
 
 names = os.listdir(FOLDER) if os.path.isdir(FOLDER) else []
 cards = [name for name in names if os.path.exists(f"{FOLDER}/{name}/device")
-         and read(name, "type") == "1" and read(name, "addr_assign_type") == "0"]
+         and read(name, "type") == "1" and read(name, "addr_assign_type") == "0"
+         and not os.path.exists(f"{FOLDER}/{name}/master")
+         and not any(other.startswith("upper_") for other in os.listdir(f"{FOLDER}/{name}"))]
+stacked = [name for name in names if any(other.startswith("lower_") and
+                                         os.path.exists(f"{FOLDER}/{other[6:]}/device")
+                                         for other in os.listdir(f"{FOLDER}/{name}"))]
 found = profile()
 listed = {item["interface"]: item for item in found}
 for name in names:
-    if not os.path.exists(f"{FOLDER}/{name}/device"):
+    if not os.path.exists(f"{FOLDER}/{name}/device") and name not in stacked:
         assert name not in listed, f"{name} is virtual"
 if not cards:
     print("This computer has no network card.")

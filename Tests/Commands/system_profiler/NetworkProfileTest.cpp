@@ -18,8 +18,38 @@ const std::string zeros(6, '\0');
 
 NetworkLink card()
 {
-    return {"eth0", current, permanent, ARPHRD_ETHER, true, false};
+    NetworkLink link;
+    link.name = "eth0";
+    link.address = current;
+    link.permanentAddress = permanent;
+    link.type = ARPHRD_ETHER;
+    link.hasDevice = true;
+    link.index = 2;
+    return link;
 }
+
+// One that is made of others, with a made-up address.
+NetworkLink stacked(const char *name, const char *kind, int index)
+{
+    auto link = card();
+    link.name = name;
+    link.permanentAddress.clear();
+    link.hasDevice = false;
+    link.kind = kind;
+    link.index = index;
+    return link;
+}
+
+std::vector<std::string> offeredOf(const std::vector<NetworkLink> &links)
+{
+    std::vector<std::string> names;
+    for (const auto &link : offeredLinks(links)) {
+        names.push_back(link.name);
+    }
+    return names;
+}
+
+using Names = std::vector<std::string>;
 
 // As any reader of the profile sees it.
 QVariantList itemsIn(const std::string &profile)
@@ -38,6 +68,9 @@ class NetworkProfileTest : public QObject {
 private Q_SLOTS:
     void onlyAnInterfaceWithAnAddressOfItsOwnIsOffered_data();
     void onlyAnInterfaceWithAnAddressOfItsOwnIsOffered();
+    void aGroupIsOfferedInPlaceOfItsPorts();
+    void ofACardAndItsVlanTheOneWithAnAddressIsOffered();
+    void interfacesAreStackedInAnyDepth();
     void thePermanentAddressIsShownRatherThanARandomisedOne();
     void theProfileHoldsTheServicesInTheirOrder();
     void anEmptyProfileHasNoItems();
@@ -94,13 +127,69 @@ void NetworkProfileTest::onlyAnInterfaceWithAnAddressOfItsOwnIsOffered()
     QFETCH(int, type);
     QFETCH(bool, hasDevice);
     QFETCH(bool, isRandom);
-    const NetworkLink link{"x",
-                           address.toStdString(),
-                           permanentAddress.toStdString(),
-                           static_cast<unsigned>(type),
-                           hasDevice,
-                           isRandom};
-    QTEST(isOffered(link), "offered");
+    auto link = card();
+    link.address = address.toStdString();
+    link.permanentAddress = permanentAddress.toStdString();
+    link.type = static_cast<unsigned>(type);
+    link.hasDevice = hasDevice;
+    link.isRandom = isRandom;
+    QTEST(!offeredLinks({link}).empty(), "offered");
+}
+
+void NetworkProfileTest::aGroupIsOfferedInPlaceOfItsPorts()
+{
+    for (const auto *kind : {"bridge", "bond", "team"}) {
+        auto group = stacked("group0", kind, 3);
+        auto port = card();
+        port.master = group.index;
+        auto machine = stacked("vnet0", "tun", 4);
+        machine.master = group.index;
+        QVERIFY(offeredOf({port, group, machine}) == Names{"group0"}); // with a cable or without
+        group.carriesAddress = true;
+        QVERIFY(offeredOf({port, group, machine}) == Names{"group0"});
+        // One of containers alone stands on no card.
+        QVERIFY(offeredOf({card(), group, machine}) == Names{"eth0"});
+    }
+    // Such a master only sorts packets: the port keeps its address.
+    auto sorter = stacked("vrf0", "vrf", 3);
+    auto port = card();
+    port.master = sorter.index;
+    QVERIFY(offeredOf({port, sorter}) == Names{"eth0"});
+}
+
+void NetworkProfileTest::ofACardAndItsVlanTheOneWithAnAddressIsOffered()
+{
+    auto below = card();
+    auto vlan = stacked("eth0.10", "vlan", 3);
+    vlan.lower = below.index;
+    QVERIFY(offeredOf({below, vlan}) == Names{"eth0"}); // no cable
+    vlan.carriesAddress = true;
+    QVERIFY(offeredOf({below, vlan}) == Names{"eth0.10"});
+    below.carriesAddress = true;
+    QVERIFY(offeredOf({below, vlan}) == (Names{"eth0", "eth0.10"}));
+    vlan.carriesAddress = false;
+    QVERIFY(offeredOf({below, vlan}) == Names{"eth0"});
+    vlan.carriesAddress = true;
+    below.hasDevice = false; // of no card
+    QVERIFY(offeredOf({below, vlan}).empty());
+}
+
+void NetworkProfileTest::interfacesAreStackedInAnyDepth()
+{
+    // A bond of a card, its VLAN the port of a bridge, and that carries the address.
+    auto port = card();
+    auto bond = stacked("bond0", "bond", 3);
+    auto vlan = stacked("bond0.10", "vlan", 4);
+    auto bridge = stacked("br0", "bridge", 5);
+    port.master = bond.index;
+    vlan.lower = bond.index;
+    vlan.master = bridge.index;
+    bridge.carriesAddress = true;
+    QVERIFY(offeredOf({port, bond, vlan, bridge}) == Names{"br0"});
+    // What the kernel never tells harms nobody.
+    bond.master = bridge.index;
+    bridge.master = bond.index;
+    QVERIFY(offeredOf({bond, bridge}).empty());
 }
 
 void NetworkProfileTest::thePermanentAddressIsShownRatherThanARandomisedOne()
