@@ -30,7 +30,7 @@ QString SupervisedJob::start()
     auto started = startProgram(m_job);
     m_lastStart = Clock::now();
     m_pid = started.pid;
-    if (m_pid == 0 && shouldRestart()) {
+    if (m_pid == 0 && m_job.keepAlive != platform::LaunchJob::KeepAlive::Never) {
         m_due = m_lastStart + m_job.throttleInterval; // there was no process to be had
     }
     return started.error;

@@ -5,6 +5,7 @@
 
 usage: job_supervisor.py BUILD_FOLDER
 """
+import errno
 import os
 import shutil
 import signal
@@ -19,6 +20,7 @@ AFTER_FAILURE = {"SuccessfulExit": False}
 AFTER_SUCCESS = {"SuccessfulExit": True}
 RUNTIME = os.environ["XDG_RUNTIME_DIR"]
 STARTS = "/tmp/starts"
+FAULTS = f"{jobs.BUILD}/Tests/Support/libFaults.so"
 
 
 def supervisors():
@@ -96,6 +98,20 @@ class Supervisor(jobs.JobTest):
             before = len(starts())
             wait_until(lambda: len(starts()) > before + 1, "the next start")
             self.expect(launchctl("remove", LABEL))
+
+    def test_it_never_gives_up(self):
+        self.load(write_job(LABEL, program=noting_program("exit 1"), KeepAlive=AFTER_FAILURE,
+                            ThrottleInterval=1))
+        wait_until(lambda: len(starts()) >= 8, "eight starts")
+
+    def test_a_first_start_without_a_process_to_be_had_is_tried_again(self):
+        spawn, third, fails = 1 << 9, 3, 0  # Calls, and the two that make it a daemon, and Outcome
+        fault = {"LD_PRELOAD": FAULTS, "FAULT": f"{spawn} {third} {fails} {errno.EAGAIN} 0"}
+        path = write_job(LABEL, KeepAlive=AFTER_FAILURE, ThrottleInterval=1)
+        self.expect(launchctl("load", path, env=dict(os.environ, **fault)), 1,
+                    f"launchctl: {LABEL}: loaded, but not started: {jobs.sleep_program()} cannot be "
+                    "run: Resource temporarily unavailable\n")
+        self.pid(LABEL)
 
     def test_a_program_that_is_missing_is_tried_again(self):
         write_program("/tmp/late", "exec sleep 1000\n")
