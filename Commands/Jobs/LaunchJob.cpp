@@ -87,6 +87,13 @@ bool isUtf8Name(const QByteArray &bytes)
     return fileNameFromBytes(bytes).toUtf8() == bytes;
 }
 
+bool holdsNoncharacter(const QByteArray &bytes)
+{
+    const auto characters = fileNameFromBytes(bytes).toUcs4();
+    return std::any_of(characters.begin(), characters.end(),
+                       [](auto character) { return QChar::isNonCharacter(character); });
+}
+
 QString readableName(const QByteArray &bytes)
 {
     auto text = fileNameFromBytes(bytes);
@@ -113,6 +120,12 @@ QString launchLabelObjection(const QByteArray &label)
     }
     if (!isUtf8Name(label)) {
         return QStringLiteral("is not UTF-8");
+    }
+    if (holdsNoncharacter(label)) {
+        return QStringLiteral("holds a noncharacter");
+    }
+    if (label.startsWith('.')) {
+        return QStringLiteral("begins with a dot");
     }
     return launchUnitName(label).size() > maxUnitName ? QStringLiteral("is too long") : QString();
 }

@@ -71,4 +71,8 @@ QString readableName(const QByteArray &bytes);
 
 bool isUtf8Name(const QByteArray &bytes);
 
+// Whether it holds one of the 66 code points that are no characters, which systemd takes for bytes
+// that are not UTF-8.
+bool holdsNoncharacter(const QByteArray &bytes);
+
 } // namespace platform

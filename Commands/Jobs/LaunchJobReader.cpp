@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <functional>
 #include <map>
 
@@ -67,6 +68,7 @@ private:
 
     QByteArray bytes(const QVariant &value);
     QByteArray path(const QVariant &value);
+    void checkLength(const QByteArray &path);
     bool boolean(const QVariant &value);
     qlonglong integer(const QVariant &value, qlonglong minimum, qlonglong maximum);
 
@@ -125,6 +127,9 @@ QByteArray Reader::bytes(const QVariant &value)
     if (result.contains('\0')) {
         failKey(QStringLiteral("holds a null character"));
     }
+    if (holdsNoncharacter(result)) {
+        failKey(QStringLiteral("holds a noncharacter"));
+    }
     if (result.size() > maxArgumentBytes) {
         failKey(QStringLiteral("is too long"));
     }
@@ -137,7 +142,20 @@ QByteArray Reader::path(const QVariant &value)
     if (!result.startsWith('/')) {
         failKey(QStringLiteral("must be an absolute path"));
     }
+    checkLength(result);
     return result;
+}
+
+// What the system takes in a path and in each name of it.
+void Reader::checkLength(const QByteArray &path)
+{
+    const auto names = path.split('/');
+    if (path.size() >= PATH_MAX) {
+        failKey(QStringLiteral("is a path of more than %1 bytes").arg(PATH_MAX - 1));
+    } else if (std::any_of(names.begin(), names.end(),
+                           [](const QByteArray &name) { return name.size() > NAME_MAX; })) {
+        failKey(QStringLiteral("is a path with a name of more than %1 bytes").arg(NAME_MAX));
+    }
 }
 
 bool Reader::boolean(const QVariant &value)
@@ -207,6 +225,8 @@ void Reader::readEnvironment(const QVariant &value)
                         .arg(readableName(item.key().toUtf8())));
         } else if (!isEnvironmentValue(text)) {
             failKey(QStringLiteral("has control characters in the value of %1").arg(item.key()));
+        } else if (holdsNoncharacter(text.toUtf8())) {
+            failKey(QStringLiteral("has a noncharacter in the value of %1").arg(item.key()));
         } else if (left < 0) {
             failKey(QStringLiteral("is too long"));
         }
@@ -293,6 +313,7 @@ void Reader::checkWhole()
         if (!m_job.program.startsWith('/')) {
             failKey(QStringLiteral("must begin with an absolute path"));
         }
+        checkLength(m_job.program);
     }
     const auto named = launchLabelOfFile(m_job.file);
     if (m_job.label.isEmpty()) {

@@ -3,6 +3,8 @@
 #include "Commands/Jobs/LaunchSession.h"
 
 #include "Platform/Core/Basics/AccountEntry.h"
+#include "Platform/Core/Files/FolderEntries.h"
+#include "Platform/Core/Text/FileName.h"
 
 #include <pwd.h>
 #include <sys/stat.h>
@@ -53,6 +55,31 @@ QByteArrayList launchAgentFolders()
         folders << own;
     }
     return folders;
+}
+
+QByteArrayList launchJobFiles()
+{
+    QByteArrayList files;
+    for (const auto &folder : launchAgentFolders()) {
+        for (const auto &entry : namesInFolder(fileNameFromBytes(folder))) {
+            if (entry.endsWith(QStringLiteral(".plist"))) {
+                files << folder + '/' + fileNameBytes(entry);
+            }
+        }
+    }
+    return files;
+}
+
+QByteArrayList displayVariablesIn(const QByteArrayList &environment)
+{
+    QByteArrayList found;
+    for (const auto &variable : environment) {
+        const auto name = variable.left(variable.indexOf('='));
+        if (name == "DISPLAY" || name == "WAYLAND_DISPLAY" || name == "XAUTHORITY") {
+            found << variable;
+        }
+    }
+    return found;
 }
 
 QByteArray sessionRuntimeFolder()

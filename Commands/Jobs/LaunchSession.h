@@ -15,6 +15,13 @@ QByteArray ownLaunchAgentFolder();
 // and the user's own.
 QByteArrayList launchAgentFolders();
 
+// All job files in those folders, in their order.
+QByteArrayList launchJobFiles();
+
+// Those of the variables ("NAME=value") that say where the session's display is: DISPLAY,
+// WAYLAND_DISPLAY and XAUTHORITY.
+QByteArrayList displayVariablesIn(const QByteArrayList &environment);
+
 // The session's runtime folder: $XDG_RUNTIME_DIR, else the usual one of this user. Empty where
 // there is none that is this user's alone.
 QByteArray sessionRuntimeFolder();

@@ -45,8 +45,9 @@ QByteArray quoted(const QByteArray &word)
 // Whether a setting that is one path, without quotes and escapes, can hold this one.
 bool canStandPlain(const QByteArray &path)
 {
-    return isUtf8Name(path) && std::none_of(path.begin(), path.end(), isControl) &&
-           !path.endsWith('\\') && !path.endsWith(' ') && !(path + '/').contains("/../");
+    return isUtf8Name(path) && !holdsNoncharacter(path) &&
+           std::none_of(path.begin(), path.end(), isControl) && !path.endsWith('\\') &&
+           !path.endsWith(' ') && !(path + '/').contains("/../");
 }
 
 // systemd itself runs no program whose name has quotes.
@@ -86,21 +87,20 @@ std::array<std::pair<QByteArray, QByteArray>, 4> pathSettings(const LaunchJob &j
 // 0.
 const QByteArray signalsOfSuccess("SIGHUP SIGINT SIGTERM SIGPIPE");
 
-// A program that has crashed is started again after a second. One that always ends at once is
-// started five times in five intervals, as often as if it had waited for an interval each time.
-// Then the unit stays failed.
-QByteArray restartLines(LaunchJob::KeepAlive keepAlive)
+// systemd cannot make the pause depend on how long the program ran, so it is the whole interval.
+QByteArray restartLines(const LaunchJob &job)
 {
-    switch (keepAlive) {
+    const QByteArray pause =
+        "RestartSec=" + QByteArray::number(qlonglong(job.throttleInterval.count())) + '\n';
+    switch (job.keepAlive) {
     case LaunchJob::KeepAlive::Never:
         break;
     case LaunchJob::KeepAlive::Always:
-        return "Restart=always\nRestartSec=1\n";
+        return "Restart=always\n" + pause;
     case LaunchJob::KeepAlive::AfterFailure:
-        return "Restart=on-failure\nRestartSec=1\nRestartForceExitStatus=" + signalsOfSuccess +
-               '\n';
+        return "Restart=on-failure\n" + pause + "RestartForceExitStatus=" + signalsOfSuccess + '\n';
     case LaunchJob::KeepAlive::AfterSuccess:
-        return "Restart=on-success\nRestartSec=1\nRestartPreventExitStatus=" + signalsOfSuccess +
+        return "Restart=on-success\n" + pause + "RestartPreventExitStatus=" + signalsOfSuccess +
                '\n';
     }
     return "Restart=no\n";
@@ -114,7 +114,7 @@ QByteArray launchUnitName(const QByteArray &label)
     for (const char byte : label) {
         const auto stands = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
                             (byte >= '0' && byte <= '9') || byte == ':' || byte == '_' ||
-                            (byte == '.' && !name.isEmpty());
+                            byte == '.';
         name += stands ? QByteArray(1, byte) : hexEscape(byte);
     }
     return unitPrefix + name + unitSuffix;
@@ -143,24 +143,22 @@ QByteArray launchUnitLabel(const QByteArray &unitName)
 
 QByteArray launchUnitFile(const LaunchJob &job)
 {
-    const auto burst = 5;
-    const auto interval = QByteArray::number(qlonglong(job.throttleInterval.count()) * burst);
-    QByteArray unit =
-        "# Made from a job file at each login and reload; changes here are lost.\n"
-        "[Unit]\n"
-        "Description=" +
-        withoutSpecifiers(job.label) +
-        " (launch agent)\n"
-        "Documentation=" +
-        withoutSpecifiers(fileUri(job.file)) + "\nSourcePath=" + withoutSpecifiers(job.file) +
-        "\nStartLimitIntervalSec=" + interval + "\nStartLimitBurst=" + QByteArray::number(burst) +
-        "\n\n"
-        "[Service]\n"
-        "Type=exec\n"
-        "Slice=app.slice\n"
-        "KillMode=mixed\n"
-        "TimeoutStopSec=5\n";
-    unit += restartLines(job.keepAlive) + "ExecStart=" + commandLine(job) + '\n';
+    // Without a limit on starts: a manager that gives up does so until the next log-in.
+    QByteArray unit = "# Made from a job file at each login and reload; changes here are lost.\n"
+                      "[Unit]\n"
+                      "Description=" +
+                      withoutSpecifiers(job.label) +
+                      " (launch agent)\n"
+                      "Documentation=" +
+                      withoutSpecifiers(fileUri(job.file)) +
+                      "\nSourcePath=" + withoutSpecifiers(job.file) +
+                      "\nStartLimitIntervalSec=0\n\n"
+                      "[Service]\n"
+                      "Type=exec\n"
+                      "Slice=app.slice\n"
+                      "KillMode=mixed\n"
+                      "TimeoutStopSec=5\n";
+    unit += restartLines(job) + "ExecStart=" + commandLine(job) + '\n';
     for (const auto &[name, path] : pathSettings(job)) {
         if (!path.isEmpty()) {
             unit += name + withoutSpecifiers(path) + '\n';
@@ -179,6 +177,25 @@ QByteArray launchUnitFile(const LaunchJob &job)
         unit += "CPUSchedulingPolicy=batch\nIOSchedulingClass=idle\n";
     }
     return unit;
+}
+
+QByteArray logInUnitFile(const QByteArray &launchctl)
+{
+    LaunchJob command;
+    command.program = launchctl;
+    command.arguments = {launchctl, "log-in"};
+    // Only what has said that it is ready is through with the start of the manager.
+    return "# Made where jobs are to run at log-in; changes here are lost.\n"
+           "[Unit]\n"
+           "Description=Jobs that wait for the graphical session\n"
+           "StartLimitIntervalSec=0\n\n"
+           "[Service]\n"
+           "Type=notify\n"
+           "Slice=app.slice\n"
+           "Restart=on-failure\n"
+           "RestartSec=10\n"
+           "ExecStart=" +
+           commandLine(command) + '\n';
 }
 
 QString launchUnitObjection(const LaunchJob &job)

@@ -17,6 +17,12 @@ QByteArray launchUnitLabel(const QByteArray &unitName);
 // The unit file of a job.
 QByteArray launchUnitFile(const LaunchJob &job);
 
+// The unit that is started at log-in, and starts the jobs of log-in in the graphical session.
+constexpr auto logInUnitName = "ostrel-log-in.service";
+
+// Its unit file, with the path of launchctl.
+QByteArray logInUnitFile(const QByteArray &launchctl);
+
 // Why systemd cannot run this valid job; null where it can.
 QString launchUnitObjection(const LaunchJob &job);
 

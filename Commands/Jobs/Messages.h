@@ -11,9 +11,10 @@
 
 #include <cstring>
 
-// What launchctl and the supervisor say to one another. A request is a word and its argument, an
-// answer is "ok" and what was asked for, or "error" and why. Each piece ends with a null character,
-// the whole with the end of the stream.
+// What launchctl and the supervisor say to one another. A request is a word and its argument,
+// "load" also with variables that say where the display is, for all starts from then on. An answer
+// is "ok" and what was asked for, or "error" and why. Each piece ends with a null character, the
+// whole with the end of the stream.
 namespace messages {
 
 // Bytes of the longest request.

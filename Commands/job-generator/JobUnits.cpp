@@ -4,8 +4,8 @@
 
 #include "Commands/Jobs/LaunchUnit.h"
 #include "Commands/Jobs/LaunchUnitPath.h"
+#include "Platform/Core/Basics/SystemCommand.h"
 #include "Platform/Core/Files/FileContents.h"
-#include "Platform/Core/Files/FolderEntries.h"
 #include "Platform/Core/Text/FileName.h"
 
 #include <sys/stat.h>
@@ -23,32 +23,12 @@ void complain(const QString &text)
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
 }
 
-QByteArrayList jobFiles(const QByteArray &folder)
+void complainOf(const QByteArray &path)
 {
-    QByteArrayList files;
-    for (const auto &entry : platform::namesInFolder(platform::fileNameFromBytes(folder))) {
-        if (entry.endsWith(QStringLiteral(".plist")) && !entry.startsWith(QLatin1Char('.'))) {
-            files << folder + '/' + platform::fileNameBytes(entry);
-        }
-    }
-    return files;
-}
-
-bool fail(const QByteArray &path, QString *error)
-{
-    *error = QStringLiteral("%1: %2").arg(platform::readableName(path), qt_error_string(errno));
-    return false;
+    complain(QStringLiteral("%1: %2").arg(platform::readableName(path), qt_error_string(errno)));
 }
 
 } // namespace
-
-void JobUnits::addFolder(const QByteArray &jobFolder)
-{
-    const auto files = jobFiles(jobFolder);
-    for (const auto &file : files) {
-        addFile(file);
-    }
-}
 
 void JobUnits::addFile(const QByteArray &jobFile)
 {
@@ -80,7 +60,7 @@ void JobUnits::addFile(const QByteArray &jobFile)
     m_labels.insert(job->label);
 }
 
-bool JobUnits::write(const platform::LaunchJob &job, QString *error) const
+bool JobUnits::write(const platform::LaunchJob &job, QString *error)
 {
     const auto name = platform::launchUnitName(job.label);
     const QByteArray path = m_folder + '/' + name;
@@ -89,17 +69,31 @@ bool JobUnits::write(const platform::LaunchJob &job, QString *error) const
         *error = QStringLiteral("%1: %2").arg(platform::readableName(path), *error);
         return false;
     }
-    if (!job.startsAtLoad()) {
-        return true;
+    m_startsAtLogIn = m_startsAtLogIn || job.startsAtLoad();
+    return true;
+}
+
+void JobUnits::addLogIn()
+{
+    if (!m_startsAtLogIn) {
+        return;
+    }
+    const QByteArray path = m_folder + '/' + platform::logInUnitName;
+    const auto command = platform::fileNameBytes(platform::privateCommandFolder()) + "/launchctl";
+    QString error;
+    if (!platform::replaceFile(platform::fileNameFromBytes(path), platform::logInUnitFile(command),
+                               &error)) {
+        complain(QStringLiteral("%1: %2").arg(platform::readableName(path), error));
+        return;
     }
     // Not graphical-session.target: many desktops never reach it. default.target is part of every
     // start of the manager, that is of every first login.
     const QByteArray folder = m_folder + "/default.target.wants";
-    const QByteArray link = folder + '/' + name;
-    const QByteArray target = "../" + name;
+    const QByteArray link = folder + '/' + platform::logInUnitName;
+    const QByteArray target = QByteArray("../") + platform::logInUnitName;
     if (::mkdir(folder.constData(), 0755) != 0 && errno != EEXIST) {
-        return fail(folder, error);
+        complainOf(folder);
+    } else if (::symlink(target.constData(), link.constData()) != 0 && errno != EEXIST) {
+        complainOf(link);
     }
-    return ::symlink(target.constData(), link.constData()) == 0 || errno == EEXIST ||
-           fail(link, error);
 }

@@ -11,15 +11,18 @@ class JobUnits {
 public:
     explicit JobUnits(QByteArray folder) : m_folder(std::move(folder)) {}
 
-    // Makes the units of all valid jobs in a folder of job files. Labels of an earlier folder and
-    // units of another origin stay as they are. Each file that gets no unit has a line on standard
-    // error.
-    void addFolder(const QByteArray &jobFolder);
+    // Makes the unit of a valid job. Labels of an earlier file and units of another origin stay as
+    // they are. A file that gets no unit has a line on standard error.
+    void addFile(const QByteArray &jobFile);
+
+    // After the jobs: makes the unit that waits for the graphical session and starts those that are
+    // to run at log-in, where there are any.
+    void addLogIn();
 
 private:
-    void addFile(const QByteArray &jobFile);
-    bool write(const platform::LaunchJob &job, QString *error) const;
+    bool write(const platform::LaunchJob &job, QString *error);
 
     QByteArray m_folder;
     QSet<QByteArray> m_labels;
+    bool m_startsAtLogIn = false;
 };

@@ -31,9 +31,10 @@ int main(int argc, char **argv)
         return 0;
     }
     JobUnits units(argv[1]); // NOLINT(*-pointer-arithmetic)
-    const auto folders = platform::launchAgentFolders();
-    for (const auto &folder : folders) {
-        units.addFolder(folder);
+    const auto files = platform::launchJobFiles();
+    for (const auto &file : files) {
+        units.addFile(file);
     }
+    units.addLogIn();
     return 0;
 }

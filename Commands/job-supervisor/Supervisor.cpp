@@ -214,9 +214,14 @@ void Supervisor::handle(Client &client, const QByteArrayList &request)
     const auto word = request.value(0);
     const auto argument = request.value(1);
     m_served = true;
-    if (request.size() != 2) {
+    const auto display = platform::displayVariablesIn(request.mid(2));
+    if (request.size() != 2 + display.size() || (word != "load" && !display.isEmpty())) {
         client.answer(failure("supervisor", QStringLiteral("no request")));
     } else if (word == "load") {
+        for (const auto &variable : display) {
+            const auto end = variable.indexOf('=');
+            qputenv(variable.left(end).constData(), variable.mid(end + 1));
+        }
         load(client, argument);
     } else if (word == "unload") {
         unload(client, argument);

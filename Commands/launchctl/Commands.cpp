@@ -3,6 +3,7 @@
 #include "Commands/launchctl/Commands.h"
 
 #include "Commands/Jobs/LaunchSession.h"
+#include "Commands/launchctl/GraphicalSession.h"
 #include "Commands/launchctl/SupervisorKeeper.h"
 #include "Commands/launchctl/SystemdKeeper.h"
 
@@ -31,13 +32,6 @@ QByteArray absolutePath(const QByteArray &path)
     return path.startsWith('/') || folder == nullptr ? path : QByteArray(folder.get()) + '/' + path;
 }
 
-int complain(const QString &text)
-{
-    const QByteArray line = "launchctl: " + text.toUtf8() + '\n';
-    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
-    return 1;
-}
-
 void print(const QByteArray &text)
 {
     std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
@@ -57,6 +51,20 @@ QByteArray pathInJobFolder(const QByteArray &file)
 }
 
 } // namespace
+
+int Commands::complain(const QString &text)
+{
+    const QByteArray line = "launchctl: " + text.toUtf8() + '\n';
+    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+    return 1;
+}
+
+void Commands::forgetKeeper()
+{
+    m_keeper.reset();
+    m_keeperError = QString();
+    m_deadline = QDeadlineTimer(m_timeout);
+}
 
 JobKeeper *Commands::keeper()
 {
@@ -93,6 +101,9 @@ QString Commands::loadFile(const QByteArray &file)
     }
     if (job->isDisabled) {
         return QStringLiteral("%1: the job is disabled").arg(platform::readableName(path));
+    }
+    if (const auto session = GraphicalSession::current()) {
+        bringDisplay(*session, FromPrograms::Yes);
     }
     return keeper() != nullptr ? keeper()->load(*job) : m_keeperError;
 }

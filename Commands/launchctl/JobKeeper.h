@@ -29,6 +29,16 @@ public:
     // Ends the job's program and unloads the job.
     virtual QString unload(const QByteArray &label) = 0;
 
+    // The job waits for the graphical session, unless it was loaded or unloaded by hand before.
+    virtual void await(const platform::LaunchJob &job) = 0;
+
+    // Loads a job that still waits, and starts it.
+    virtual QString startAwaited(const platform::LaunchJob &job) = 0;
+
+    // The variables, "NAME=value", that a job is started with.
+    virtual QByteArrayList environment() = 0;
+    virtual void addToEnvironment(const QByteArrayList &variables) = 0;
+
     // All jobs, or the one of that label.
     virtual QString list(const QByteArray &label, QList<JobStatus> *jobs) = 0;
 };

@@ -9,6 +9,25 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace {
+
+QByteArray word(LoadedMarks::Mark mark)
+{
+    switch (mark) {
+    case LoadedMarks::Mark::None:
+        break;
+    case LoadedMarks::Mark::Loaded:
+        return "loaded ";
+    case LoadedMarks::Mark::Unloaded:
+        return "unloaded ";
+    case LoadedMarks::Mark::Waiting:
+        return "waiting ";
+    }
+    return {};
+}
+
+} // namespace
+
 // Marks of an earlier manager do not count: its number stands in them.
 LoadedMarks::LoadedMarks(const QByteArray &folder, quint64 managerIdentity)
     : m_folder(platform::fileNameFromBytes(folder) + QStringLiteral("/jobs")),
@@ -26,10 +45,12 @@ LoadedMarks::Mark LoadedMarks::of(const QByteArray &unit) const
 {
     constexpr auto maxSize = 64;
     const auto text = platform::contentsOfFile(file(unit), maxSize);
-    if (text == "loaded " + m_identity) {
-        return Mark::Loaded;
+    for (const auto mark : {Mark::Loaded, Mark::Unloaded, Mark::Waiting}) {
+        if (text == word(mark) + m_identity) {
+            return mark;
+        }
     }
-    return text == "unloaded " + m_identity ? Mark::Unloaded : Mark::None;
+    return Mark::None;
 }
 
 void LoadedMarks::set(const QByteArray &unit, Mark mark) const
@@ -37,8 +58,7 @@ void LoadedMarks::set(const QByteArray &unit, Mark mark) const
     if (mark == Mark::None) {
         ::unlink(platform::fileNameBytes(file(unit)).constData());
     } else {
-        platform::replaceFile(file(unit),
-                              (mark == Mark::Loaded ? "loaded " : "unloaded ") + m_identity);
+        platform::replaceFile(file(unit), word(mark) + m_identity);
     }
 }
 

@@ -9,7 +9,8 @@
 // is loaded cannot be seen from it.
 class LoadedMarks {
 public:
-    enum class Mark { None, Loaded, Unloaded };
+    // Waiting: to be started in the graphical session.
+    enum class Mark { None, Loaded, Unloaded, Waiting };
 
     // In that folder, which must be there.
     LoadedMarks(const QByteArray &folder, quint64 managerIdentity);

@@ -106,7 +106,34 @@ std::optional<QByteArrayList> SupervisorKeeper::ask(const QByteArrayList &reques
 QString SupervisorKeeper::load(const platform::LaunchJob &job)
 {
     QString error;
-    return ask({"load", job.file}, Start::Yes, &error) ? QString() : error;
+    return ask(QByteArrayList{"load", job.file} + platform::displayVariablesIn(environment()),
+               Start::Yes, &error)
+               ? QString()
+               : error;
+}
+
+QString SupervisorKeeper::startAwaited(const platform::LaunchJob &job)
+{
+    const auto error = load(job);
+    return error == alreadyLoaded(job.label) ? QString() : error;
+}
+
+// A supervisor has that of who started it, with the display's variables of who loads a job.
+QByteArrayList SupervisorKeeper::environment()
+{
+    QByteArrayList variables;
+    for (auto **variable = environ; *variable != nullptr; ++variable) { // NOLINT(*-arithmetic)
+        variables << QByteArray(*variable);
+    }
+    return variables;
+}
+
+void SupervisorKeeper::addToEnvironment(const QByteArrayList &variables)
+{
+    for (const auto &variable : variables) {
+        const auto end = variable.indexOf('=');
+        qputenv(variable.left(end).constData(), variable.mid(end + 1));
+    }
 }
 
 QString SupervisorKeeper::unload(const QByteArray &label)

@@ -16,6 +16,10 @@ public:
 
     QString load(const platform::LaunchJob &job) override;
     QString unload(const QByteArray &label) override;
+    void await(const platform::LaunchJob & /*job*/) override {} // nobody knows of it yet
+    QString startAwaited(const platform::LaunchJob &job) override;
+    QByteArrayList environment() override;
+    void addToEnvironment(const QByteArrayList &variables) override;
     QString list(const QByteArray &label, QList<JobStatus> *jobs) override;
 
 private:

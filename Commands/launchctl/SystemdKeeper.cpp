@@ -140,8 +140,6 @@ QString SystemdKeeper::unitObjection(const platform::LaunchJob &job, const QByte
 
 QString SystemdKeeper::startLoaded(const platform::LaunchJob &job, const QByteArray &unit)
 {
-    // Earlier starts by hand do not count as a program that keeps on dying.
-    m_manager->resetFailed(unit);
     auto error = m_manager->start(unit);
     if (error.isNull()) {
         return error;
@@ -152,6 +150,38 @@ QString SystemdKeeper::startLoaded(const platform::LaunchJob &job, const QByteAr
     return QStringLiteral("%1: loaded, but not started: %2%3")
         .arg(platform::readableName(job.label), error,
              how.isEmpty() ? how : QStringLiteral(": ") + how);
+}
+
+void SystemdKeeper::await(const platform::LaunchJob &job)
+{
+    QString ignored;
+    const auto unit = platform::launchUnitName(job.label);
+    const auto state = m_manager->unit(unit, &ignored);
+    if (state && isOurs(*state) && !isLoaded(unit, *state) && m_marks.of(unit) == Mark::None) {
+        m_marks.set(unit, Mark::Waiting);
+    }
+}
+
+QString SystemdKeeper::startAwaited(const platform::LaunchJob &job)
+{
+    const auto unit = platform::launchUnitName(job.label);
+    if (m_marks.of(unit) != Mark::Waiting) {
+        return {};
+    }
+    m_marks.set(unit, Mark::Loaded);
+    return startLoaded(job, unit);
+}
+
+QByteArrayList SystemdKeeper::environment()
+{
+    return m_manager->environment();
+}
+
+void SystemdKeeper::addToEnvironment(const QByteArrayList &variables)
+{
+    for (const auto &variable : variables) {
+        m_manager->addToEnvironment(variable);
+    }
 }
 
 QString SystemdKeeper::unload(const QByteArray &label)
@@ -165,7 +195,7 @@ QString SystemdKeeper::unload(const QByteArray &label)
     if (isOthers(*state)) {
         return othersUnit(unit, *state);
     }
-    if (!isLoaded(unit, *state)) {
+    if (!isLoaded(unit, *state) && m_marks.of(unit) != Mark::Waiting) {
         return notLoaded(label);
     }
     if (state->isActive()) {
@@ -203,7 +233,9 @@ QString SystemdKeeper::list(const QByteArray &label, QList<JobStatus> *jobs)
         if (!error.isNull()) {
             return error;
         }
-        if (!state || isOthers(*state) || !isLoaded(unit, *state)) {
+        const auto isWaiting =
+            state && !isLoaded(unit, *state) && m_marks.of(unit) == Mark::Waiting;
+        if (!state || isOthers(*state) || (!isLoaded(unit, *state) && !isWaiting)) {
             continue;
         }
         jobs->append({itsLabel,
@@ -211,7 +243,8 @@ QString SystemdKeeper::list(const QByteArray &label, QList<JobStatus> *jobs)
                       lastStatus(*state),
                       {{"File", state->sourcePath},
                        {"Unit", unit},
-                       {"State", state->activeState + " (" + state->subState + ')'},
+                       {"State", isWaiting ? "waiting for the graphical session"
+                                           : state->activeState + " (" + state->subState + ')'},
                        {"Restarts", QByteArray::number(state->restarts)}}});
     }
     return {};

@@ -164,6 +164,28 @@ QString UserManager::reload()
     return error;
 }
 
+QByteArrayList UserManager::environment()
+{
+    char **variables = nullptr;
+    QByteArrayList result;
+    if (::sd_bus_get_property_strv(limitedBus(), destination, managerPath, managerInterface,
+                                   "Environment", nullptr, &variables) < 0) {
+        return result;
+    }
+    for (auto **variable = variables; *variable != nullptr; ++variable) { // NOLINT(*-arithmetic)
+        result << QByteArray(*variable);
+        std::free(*variable); // NOLINT(*-no-malloc,*-owning-memory)
+    }
+    std::free(static_cast<void *>(variables)); // NOLINT(*-no-malloc,*-owning-memory)
+    return result;
+}
+
+void UserManager::addToEnvironment(const QByteArray &variable)
+{
+    QString ignored;
+    call("SetEnvironment", &ignored, "as", 1, variable.constData());
+}
+
 void UserManager::resetFailed(const QByteArray &unit)
 {
     QString ignored;

@@ -50,11 +50,15 @@ public:
     // Runs the generators and reads the unit files anew.
     QString reload();
 
+    // The variables, "NAME=value", that its programs are started with.
+    QByteArrayList environment();
+    void addToEnvironment(const QByteArray &variable);
+
     // Start and stop until it is done; answer with what went wrong, null for nothing.
     QString start(const QByteArray &unit) { return runJob("StartUnit", unit); }
     QString stop(const QByteArray &unit) { return runJob("StopUnit", unit); }
 
-    // Forgets that the unit has failed and how often it was started.
+    // Forgets that the unit has failed.
     void resetFailed(const QByteArray &unit);
 
     // A number that no other manager of this machine's run has.

@@ -12,13 +12,16 @@ constexpr std::chrono::seconds commandTimeout{8};
 
 void printUsage(std::FILE *file)
 {
-    std::fputs("usage: launchctl load FILE ...    load jobs, and start those that are to run\n"
-               "       launchctl unload FILE ...  end the jobs of these files and unload them\n"
-               "       launchctl remove LABEL     end the job of that label and unload it\n"
-               "       launchctl list             show all jobs: process, last exit status, label\n"
-               "       launchctl list LABEL       show one job\n"
-               "       launchctl help\n",
-               file);
+    std::fputs(
+        "usage: launchctl load FILE ...    load jobs, and start those that are to run\n"
+        "       launchctl unload FILE ...  end the jobs of these files and unload them\n"
+        "       launchctl remove LABEL     end the job of that label and unload it\n"
+        "       launchctl list             show all jobs: process, last exit status, label\n"
+        "       launchctl list LABEL       show one job\n"
+        "       launchctl log-in           wait for the graphical session, then start the jobs\n"
+        "                                  that are to run at log-in\n"
+        "       launchctl help\n",
+        file);
 }
 
 QByteArrayList argumentsFrom(int argc, char **argv, int first)
@@ -38,7 +41,7 @@ int main(int argc, char **argv)
     std::setlocale(LC_CTYPE, "");                            // NOLINT(concurrency-mt-unsafe)
     const std::string_view command(argc > 1 ? argv[1] : ""); // NOLINT(*-pointer-arithmetic)
     const auto arguments = argumentsFrom(argc, argv, 2);
-    Commands commands{QDeadlineTimer(commandTimeout)};
+    Commands commands(commandTimeout);
     if (command == "help" || command == "--help" || command == "-h") {
         printUsage(stdout);
         return 0;
@@ -51,6 +54,9 @@ int main(int argc, char **argv)
     }
     if (command == "remove" && arguments.size() == 1) {
         return commands.remove(arguments.first());
+    }
+    if (command == "log-in" && arguments.isEmpty()) {
+        return commands.logIn();
     }
     if (command == "list" && arguments.size() <= 1) {
         return commands.list(arguments.value(0));

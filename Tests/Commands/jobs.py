@@ -143,6 +143,8 @@ class JobTest(unittest.TestCase):
     def pid(self, label, other_than=None):
         """The job's process, once there is one."""
         def running():
+            if launchctl("list", label).returncode != 0:
+                return None
             pid = self.details(label)["PID"]
             return int(pid) if pid not in ("-", str(other_than)) else None
         return wait_until(running, f"a process of {label}")

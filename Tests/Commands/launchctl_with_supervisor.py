@@ -193,7 +193,7 @@ class Launchctl(jobs.JobTest):
         self.expect(launchctl("load", other), 1, f"launchctl: {LABEL}: already loaded\n")
 
     def test_odd_labels(self):
-        for label in "-dash", "it's", 'quo"te', "100%", "a b$HOME", "Grüße 🎹", "..", ".x":
+        for label in "-dash", "it's", 'quo"te', "100%", "a b$HOME", "Grüße 🎹", "x.", "x..y":
             with self.subTest(label):
                 path = write_job(label)
                 self.load(path)
@@ -204,11 +204,17 @@ class Launchctl(jobs.JobTest):
     def test_labels_that_are_none(self):
         for label, reason in (("", "is empty"), ("a/b", "holds a slash or a control character"),
                               ("a\nb", "holds a slash or a control character"),
-                              (b"\xff", "is not UTF-8"), ("x" * 300, "is too long")):
+                              (b"\xff", "is not UTF-8"), (".x", "begins with a dot"),
+                              ("a\ufffe", "holds a noncharacter"), ("x" * 300, "is too long")):
             with self.subTest(label):
                 self.expect(launchctl("remove", label), 1, f"launchctl: the label {reason}\n")
         self.expect(launchctl("unload", "/tmp/a.txt"), 1,
                     "launchctl: /tmp/a.txt: not the name of a job file\n")
+
+    def test_a_label_that_begins_with_a_dot_is_not_loaded(self):
+        path = write_job(".hidden")
+        self.expect(launchctl("load", path), 1,
+                    f'launchctl: {path}: the key "Label" begins with a dot\n')
 
     def test_names_of_any_bytes_reach_the_program(self):
         folder = b"/tmp/-'\"% $HOME\n\xff\\"

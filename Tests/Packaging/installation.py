@@ -92,6 +92,8 @@ class Installation(unittest.TestCase):
         files = {name: f"{folder}/{name}" for folder, _, names in os.walk(new) for name in names}
         with open(files["com.corvane.ostrel.policy"], encoding="utf-8") as file:
             self.assertIn(">/opt/other/libexec/ostrel/authorization-helper<", file.read())
+        with open(files["com.corvane.Ostrel.jobs.desktop"], encoding="utf-8") as file:
+            self.assertIn('\nExec="/opt/other/libexec/ostrel/launchctl" log-in\n', file.read())
         self.assertEqual(os.readlink(files["ostrel-job-generator"]),
                          "/opt/other/libexec/ostrel/job-generator")
 
@@ -99,7 +101,8 @@ class Installation(unittest.TestCase):
         paths = dict(self.installed())
         names = {os.path.basename(path) for path in paths}
         self.assertLessEqual({"authorization-helper", "launchctl", "job-supervisor", "job-generator",
-                              "com.corvane.ostrel.policy", "ostrel-settings", "OstrelListener",
+                              "com.corvane.ostrel.policy", "com.corvane.Ostrel.jobs.desktop",
+                              "ostrel-settings", "OstrelListener",
                               "keynames.plist", "com.corvane.OstrelSettings.desktop"}, names)
         generators = [path for path in paths if path.endswith("/ostrel-job-generator")]
         self.assertEqual(len(generators), 1)

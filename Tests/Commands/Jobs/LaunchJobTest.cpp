@@ -12,12 +12,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
+
 using platform::LaunchJob;
 using KeepAlive = platform::LaunchJob::KeepAlive;
 
 namespace {
 
 const QByteArray file("/Library/LaunchAgents/com.example.job.plist");
+
+const std::array pathKeys{"Program", "WorkingDirectory", "StandardInPath", "StandardOutPath",
+                          "StandardErrorPath"};
 
 QString text(const char *characters)
 {
@@ -77,6 +82,8 @@ private Q_SLOTS:
     void aUmaskMayBeOctalText();
     void aWrongJobIsRefusedWithFileAndReason_data();
     void aWrongJobIsRefusedWithFileAndReason();
+    void theLongestPathIsTaken();
+    void aProgramAmongTheArgumentsIsAPathToo();
     void bytesThatAreNoDictionaryAreRefused();
     void aFileOfAnotherUserIsRefused();
     void aFileThatOthersMayWriteToIsRefused();
@@ -211,9 +218,9 @@ void LaunchJobTest::aWrongJobIsRefusedWithFileAndReason_data()
 {
     QTest::addColumn<QVariantMap>("job");
     QTest::addColumn<QString>("reason");
-    const auto row = [](const char *name, const char *key, const QVariant &value,
-                        const char *reason) {
-        QTest::newRow(name) << jobWith(key, value) << text(reason);
+    const auto row = [](const QByteArray &name, const char *key, const QVariant &value,
+                        const QByteArray &reason) {
+        QTest::newRow(name.constData()) << jobWith(key, value) << text(reason.constData());
     };
     row("no label", "Label", {}, "the key \"Label\" is missing");
     row("label of a wrong type", "Label", 5, "the key \"Label\" must be a string");
@@ -222,6 +229,35 @@ void LaunchJobTest::aWrongJobIsRefusedWithFileAndReason_data()
         "the key \"Label\" holds a slash or a control character");
     row("label with a line break", "Label", text("a\nb"),
         "the key \"Label\" holds a slash or a control character");
+    row("label that begins with a dot", "Label", text(".job"),
+        "the key \"Label\" begins with a dot");
+    for (const auto *noncharacter : {"\uFDD0", "\uFDEF", "\U0001FFFF", "\U0010FFFE"}) {
+        const auto with = [&](const char *what) {
+            return QByteArray(what) + " with " + QByteArray(noncharacter).toHex();
+        };
+        const QByteArray path = QByteArray("/bin/") + noncharacter;
+        row(with("label"), "Label", QString(text("a") + text(noncharacter)),
+            R"(the key "Label" holds a noncharacter)");
+        row(with("variable"), "EnvironmentVariables",
+            QVariantMap{{text("A"), text(path.constData())}},
+            R"(the key "EnvironmentVariables" has a noncharacter in the value of A)");
+        row(with("argument"), "ProgramArguments", QVariantList{text("a"), path},
+            R"(the key "ProgramArguments" holds a noncharacter)");
+        for (const auto *key : pathKeys) {
+            row(with(key), key, path, "the key \"" + QByteArray(key) + "\" holds a noncharacter");
+        }
+    }
+    // XML has no place for this one but among bytes.
+    row("bytes with U+FFFE", "Program", QByteArray("/bin/\uFFFE"),
+        R"(the key "Program" holds a noncharacter)");
+    const QString longest(text("/") + QString(255, QChar(u'x')));
+    for (const auto *key : pathKeys) {
+        const QByteArray begin = "the key \"" + QByteArray(key) + "\" is a path ";
+        row(key + QByteArray(" with a long name"), key, QString(longest + text("x")),
+            begin + "with a name of more than 255 bytes");
+        row(key + QByteArray(" of 4096 bytes"), key, longest.repeated(16),
+            begin + "of more than 4095 bytes");
+    }
     row("label too long for a unit", "Label", QString(100, QChar(u'-')),
         "the key \"Label\" is too long");
     row("another label than the file's", "Label", text("com.example.other"),
@@ -283,10 +319,28 @@ void LaunchJobTest::aWrongJobIsRefusedWithFileAndReason_data()
         "the key \"ProcessType\" must be Background, Standard, Adaptive or Interactive");
     for (const auto *key : {"Sockets", "StartInterval", "UserName", "label", "X\n%1"}) {
         row(key, key, true,
-            QByteArray("the key \"" + QByteArray(key).replace('\n', "\uFFFD") +
-                       "\" has no meaning here")
-                .constData());
+            "the key \"" + QByteArray(key).replace('\n', "\uFFFD") + "\" has no meaning here");
     }
+}
+
+void LaunchJobTest::theLongestPathIsTaken()
+{
+    const auto path = (text("/") + QString(255, QChar(u'x'))).repeated(16).chopped(1);
+    for (const auto *key : pathKeys) {
+        QVERIFY2(read(key, path), key);
+    }
+}
+
+void LaunchJobTest::aProgramAmongTheArgumentsIsAPathToo()
+{
+    QString error;
+    const QString path(text("/") + QString(256, QChar(u'x')));
+    QVERIFY(!read(
+        {{text("Label"), text("com.example.job")}, {text("ProgramArguments"), QVariantList{path}}},
+        &error));
+    QCOMPARE(error,
+             text("/Library/LaunchAgents/com.example.job.plist: the key \"ProgramArguments\" "
+                  "is a path with a name of more than 255 bytes"));
 }
 
 void LaunchJobTest::aWrongJobIsRefusedWithFileAndReason()

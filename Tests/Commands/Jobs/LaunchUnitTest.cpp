@@ -49,8 +49,8 @@ private Q_SLOTS:
     void theUnitIsNamedAfterTheLabel_data();
     void theUnitIsNamedAfterTheLabel();
     void anotherSpellingIsNoUnitOfOurs();
-    void whoCrashesIsBackAfterASecond();
-    void whoDiesAtOnceIsNotStartedForEver();
+    void whoCrashesIsBackAfterTheThrottleInterval();
+    void noUnitGivesUpStarting();
     void endingBySignalIsNoSuccess();
     void aCommandLineHasNoSpecifiersVariablesAndBreaks();
     void whatSystemdCannotRunAShellRuns();
@@ -69,7 +69,7 @@ void LaunchUnitTest::theUnitIsNamedAfterTheLabel_data()
     };
     row("com.corvane.OstrelListener", "app-com.corvane.OstrelListener.service");
     row("a-b", "app-a\\x2db.service");
-    row(".hidden", "app-\\x2ehidden.service");
+    row("a.b", "app-a.b.service");
     row("a b'\"%$\\@", R"(app-a\x20b\x27\x22\x25\x24\x5c\x40.service)");
     row("gr\xC3\xBC\xC3\x9F", R"(app-gr\xc3\xbc\xc3\x9f.service)");
     row("\\x2d", "app-\\x5cx2d.service");
@@ -87,32 +87,37 @@ void LaunchUnitTest::anotherSpellingIsNoUnitOfOurs()
 {
     for (const auto *unit :
          {"", "app-.service", "app-a-b.service", "app-\\x61.service", "app-a.timer", "a.service",
-          "app-\\x.service", "app-a\\x0a.service", "app-a@1.service", "app-\\x2f.service"}) {
+          "app-\\x.service", "app-.a.service", "app-\\x2ea.service", "app-a\\x0a.service",
+          "app-a@1.service", "app-\\x2f.service"}) {
         QVERIFY2(platform::launchUnitLabel(unit).isEmpty(), unit);
     }
 }
 
-void LaunchUnitTest::whoCrashesIsBackAfterASecond()
+void LaunchUnitTest::whoCrashesIsBackAfterTheThrottleInterval()
 {
     auto job = plainJob();
     QCOMPARE(settings(job, "Restart"), QByteArrayList{"no"});
     job.keepAlive = KeepAlive::AfterFailure;
     QCOMPARE(settings(job, "Restart"), QByteArrayList{"on-failure"});
-    QCOMPARE(settings(job, "RestartSec"), QByteArrayList{"1"});
+    QCOMPARE(settings(job, "RestartSec"), QByteArrayList{"10"});
     job.keepAlive = KeepAlive::Always;
+    job.throttleInterval = std::chrono::seconds(86400);
     QCOMPARE(settings(job, "Restart"), QByteArrayList{"always"});
+    QCOMPARE(settings(job, "RestartSec"), QByteArrayList{"86400"});
     job.keepAlive = KeepAlive::AfterSuccess;
+    job.throttleInterval = std::chrono::seconds(1);
     QCOMPARE(settings(job, "Restart"), QByteArrayList{"on-success"});
+    QCOMPARE(settings(job, "RestartSec"), QByteArrayList{"1"});
 }
 
-void LaunchUnitTest::whoDiesAtOnceIsNotStartedForEver()
+void LaunchUnitTest::noUnitGivesUpStarting()
 {
     auto job = plainJob();
-    job.keepAlive = KeepAlive::Always;
-    QCOMPARE(settings(job, "StartLimitBurst"), QByteArrayList{"5"});
-    QCOMPARE(settings(job, "StartLimitIntervalSec"), QByteArrayList{"50"});
-    job.throttleInterval = std::chrono::seconds(86400);
-    QCOMPARE(settings(job, "StartLimitIntervalSec"), QByteArrayList{"432000"});
+    for (const auto keepAlive :
+         {KeepAlive::Never, KeepAlive::Always, KeepAlive::AfterFailure, KeepAlive::AfterSuccess}) {
+        job.keepAlive = keepAlive;
+        QCOMPARE(settings(job, "StartLimitIntervalSec"), QByteArrayList{"0"});
+    }
 }
 
 void LaunchUnitTest::endingBySignalIsNoSuccess()
@@ -176,7 +181,7 @@ void LaunchUnitTest::aFolderThatSystemdCannotNameIsRefused()
 
 void LaunchUnitTest::whatSystemdCannotExpressIsRefused()
 {
-    const QByteArrayList paths{"/a\nb", "/out\\", "/out ", "/a/../b", "/a\xFF"};
+    const QByteArrayList paths{"/a\nb", "/out\\", "/out ", "/a/../b", "/a\xFF", "/a\xEF\xBF\xBE"};
     for (const auto &path : paths) {
         for (QByteArray platform::LaunchJob::*const place :
              {&platform::LaunchJob::workingDirectory, &platform::LaunchJob::standardInPath,
