@@ -21,6 +21,13 @@ SettingsWindow::SettingsWindow(std::unique_ptr<platform::PreferencePane> pane)
     }
 }
 
+QString SettingsWindow::showPage(const QString &name)
+{
+    return m_pane->showPage(name) ? QString()
+                                  : QStringLiteral("there is no page \"%1\"; the pages are %2")
+                                        .arg(name, m_pane->pages().join(QStringLiteral(", ")));
+}
+
 void SettingsWindow::paintEvent(QPaintEvent *event)
 {
     QMainWindow::paintEvent(event);

@@ -14,7 +14,8 @@ class SettingsWindow : public QMainWindow {
 public:
     explicit SettingsWindow(std::unique_ptr<platform::PreferencePane> pane);
 
-    platform::PreferencePane &pane() { return *m_pane; }
+    // Shows this page of the pane. Answers with what is wrong with the name, null for nothing.
+    QString showPage(const QString &name);
 
     // Renders the pane's main view and writes it as PNG. False when the file cannot be written.
     bool saveScreenshot(const QString &path);

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Corvane
 // SPDX-License-Identifier: MIT
+#include "Hosts/SettingsWindow/SettingsService.h"
 #include "Hosts/SettingsWindow/SettingsWindow.h"
 #include "Platform/Desktop/PaneLoading/PreferencePaneLoader.h"
 
@@ -38,7 +39,8 @@ int main(int argc, char *argv[])
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Shows the Ostrel settings in a window of their own.\n\n"
+        QStringLiteral("Shows the Ostrel settings in a window of their own. Where one is open\n"
+                       "already, that one comes to the front.\n\n"
                        "Exit status: 0 done, 1 the pane could not be shown or the picture not be "
                        "written, 2 the options are wrong."));
     parser.addHelpOption();
@@ -62,6 +64,14 @@ int main(int argc, char *argv[])
                     badUsage);
     }
 
+    SettingsService service;
+    // A picture needs no place on the screen, and another bundle's pane is another program.
+    if (!parser.isSet(screenshotOption) && !parser.isSet(paneOption)) {
+        if (const auto status = service.start(parser.value(pageOption))) {
+            return *status;
+        }
+    }
+
     const QString path = parser.isSet(paneOption)
                              ? QDir(parser.value(paneOption)).absolutePath()
                              : platform::findPreferencePane(QStringLiteral("Ostrel.prefPane"),
@@ -79,12 +89,12 @@ int main(int argc, char *argv[])
     }
 
     SettingsWindow window(std::move(loaded.pane));
-    if (parser.isSet(pageOption) && !window.pane().showPage(parser.value(pageOption))) {
-        return fail(
-            QStringLiteral("there is no page \"%1\"; the pages are %2")
-                .arg(parser.value(pageOption), window.pane().pages().join(QStringLiteral(", "))),
-            badUsage);
+    const auto error =
+        parser.isSet(pageOption) ? window.showPage(parser.value(pageOption)) : QString();
+    if (!error.isNull()) {
+        return fail(error, badUsage);
     }
+    service.setWindow(&window);
     window.show();
     if (!parser.isSet(screenshotOption)) {
         return QApplication::exec();
