@@ -41,6 +41,10 @@ class OneWindow(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.manager = subprocess.Popen(["openbox", "--sm-disable"], stderr=subprocess.DEVNULL)
+        # A window that opens while it starts may stay unmanaged.
+        desktop.wait_until(lambda: "window id" in subprocess.run(
+            ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"], capture_output=True, text=True).stdout,
+            "the window manager")
 
     @classmethod
     def tearDownClass(cls):
