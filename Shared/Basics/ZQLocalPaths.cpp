@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Shared/Basics/ZQLocalPaths.h"
 
+#include "Platform/Core/Folders/DesktopFolders.h"
 #include "Platform/Core/Text/PathText.h"
 
 #include <QFile>
@@ -26,6 +27,15 @@ QString directoryInDomain(SearchPathDirectory directory, Domain domain)
         directory, domain == Domain::User ? platform::UserDomain : platform::LocalDomain);
 }
 
+// Where the desktop environment has renamed the desktop or the documents, the one of their two
+// names that is not the answer here: for root that of the user's language, else the usual one.
+QString otherName(SearchPathDirectory directory, const QString &usualName)
+{
+    const auto home = ZQLocalPaths::userDirectory();
+    return platform::isRunningAsRoot() ? platform::folderNamedByDesktop(directory, home)
+                                       : appendingComponent(home, usualName);
+}
+
 // Folders that are protected themselves; null where there is no such folder.
 QStringList protectedFolders()
 {
@@ -37,6 +47,8 @@ QStringList protectedFolders()
                 << ZQLocalPaths::prefsDirectory(domain) << ZQLocalPaths::cacheDirectory(domain)
                 << ZQLocalPaths::appSupportDirectory(domain);
     }
+    folders << otherName(SearchPathDirectory::Desktop, QStringLiteral("Desktop"))
+            << otherName(SearchPathDirectory::Document, QStringLiteral("Documents"));
     return folders << ZQLocalPaths::desktopDirectory() << ZQLocalPaths::userDirectory()
                    << ZQLocalPaths::systemLibraryDirectory()
                    << ZQLocalPaths::localDocumentationDirectory() << QStringLiteral("/Users/Shared")

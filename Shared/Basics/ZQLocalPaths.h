@@ -70,9 +70,9 @@ public:
     static QString tempFile();
 
     /// isPathSystemDirectory:exactMatch:
-    /// Whether a path must never be deleted, trashed or emptied. Compares the text only: nothing is
-    /// resolved or made absolute. An exact match protects the folders themselves, else all below
-    /// "/usr", "/var", "/private/var" and "/System" is protected, too.
+    /// Whether a path must never be deleted, trashed or emptied. Compares the text only; a renamed
+    /// desktop or documents folder has two names. An exact match protects the folders themselves,
+    /// else all below "/usr", "/var", "/private/var" and "/System" is protected, too.
     static bool isPathSystemDirectory(const QString &path, ExactMatch exactMatch);
     /// isPathSystemDirectory:
     static bool isPathSystemDirectory(const QString &path);

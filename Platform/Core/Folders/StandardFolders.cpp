@@ -3,12 +3,12 @@
 #include "Platform/Core/Folders/StandardFolders.h"
 
 #include "Platform/Core/Basics/AccountEntry.h"
+#include "Platform/Core/Folders/DesktopFolders.h"
 #include "Platform/Core/Folders/PrivateFiles.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QStandardPaths>
 #include <QUuid>
 
 #include <pwd.h>
@@ -81,18 +81,12 @@ QString userFolder(SearchPathDirectory directory)
     if (isRunningAsRoot()) {
         return QStringLiteral("/var/root") + folderIn(directory, UserDomain);
     }
-    // What the desktop environment shows as the desktop or the documents.
-    QString shown;
-    if (directory == SearchPathDirectory::Desktop) {
-        shown = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
-    } else if (directory == SearchPathDirectory::Document) {
-        shown = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    }
-    if (!shown.isEmpty()) {
-        return QDir::cleanPath(shown);
-    }
     const auto home = homeDirectory();
-    return home.isNull() ? QString() : QDir::cleanPath(home + folderIn(directory, UserDomain));
+    if (home.isNull()) {
+        return {};
+    }
+    const auto named = folderNamedByDesktop(directory, home);
+    return named.isNull() ? QDir::cleanPath(home + folderIn(directory, UserDomain)) : named;
 }
 
 // Makes the folder where there is nothing. Whether it is a folder that only this user can enter.
@@ -194,8 +188,8 @@ QString globallyUniqueString()
 
 QString userCacheDirectory()
 {
-    const auto path = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
-    return path.isEmpty() ? QString() : path + u'/';
+    const auto path = baseFolder("XDG_CACHE_HOME", homeDirectory(), QStringLiteral(".cache"));
+    return path.isNull() ? QString() : path + u'/';
 }
 
 } // namespace platform

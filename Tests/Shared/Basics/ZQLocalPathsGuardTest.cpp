@@ -5,6 +5,8 @@
 #include "Tests/Support/EnvironmentVariable.h"
 #include "Tests/Support/TestProgram.h"
 
+#include <QDir>
+#include <QFile>
 #include <QTest>
 
 #include <unistd.h>
@@ -47,6 +49,8 @@ private Q_SLOTS:
     void foldersOfTheUser();
     void theGuardFollowsTheConsoleUserForRootOnly();
     void theGuardAsksForTheHomeAtEveryCall();
+    void withoutAHomeInTheEnvironmentTheAccountsFoldersAreProtected();
+    void renamedFoldersAreProtectedUnderBothNames();
     void aNullPathIsNotProtected();
 };
 
@@ -151,6 +155,47 @@ void ZQLocalPathsGuardTest::theGuardAsksForTheHomeAtEveryCall()
     qputenv("HOME", "/tmp/second");
     QVERIFY(protectionOf(QStringLiteral("/tmp/first")) == none);
     QVERIFY(protectionOf(QStringLiteral("/tmp/second/Library")) == itself);
+}
+
+void ZQLocalPathsGuardTest::withoutAHomeInTheEnvironmentTheAccountsFoldersAreProtected()
+{
+    const auto account = isRoot() ? QStringLiteral("/root") : QStringLiteral("/home/tester");
+    for (const auto &value : {QByteArray(), QByteArray("relative/home")}) {
+        const test::EnvironmentVariable home("HOME", value);
+        for (const auto *folder : {"", "/Desktop", "/Documents", "/Library"}) {
+            QVERIFY2(protectionOf(account + QString::fromLatin1(folder)) == itself, folder);
+        }
+        QVERIFY(protectionOf(QStringLiteral("/Desktop")) == none);
+    }
+}
+
+void ZQLocalPathsGuardTest::renamedFoldersAreProtectedUnderBothNames()
+{
+    const auto account = isRoot() ? QStringLiteral("/home/bob") : QStringLiteral("/home/tester");
+    const auto settings = account + QStringLiteral("/.config");
+    QVERIFY(QDir().mkpath(settings));
+    QFile file(settings + QStringLiteral("/user-dirs.dirs"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\n"
+               "XDG_DOCUMENTS_DIR=\"/srv/Dokumente\"\n"
+               "XDG_VIDEOS_DIR=\"$HOME/Videos\"\n");
+    file.close();
+    test::ConsoleSeat seat;
+    seat.activate(QStringLiteral("bob"), 1001);
+    const auto isProtected = [](const QString &path) { return protectionOf(path) == itself; };
+    const auto desktop = isProtected(account + QStringLiteral("/Desktop"));
+    const auto documents = isProtected(account + QStringLiteral("/Documents"));
+    const auto namedDesktop = isProtected(account + QStringLiteral("/Schreibtisch"));
+    const auto namedDocuments = isProtected(QStringLiteral("/srv/Dokumente"));
+    const auto videos = isProtected(account + QStringLiteral("/Videos"));
+    const auto answer = ZQLocalPaths::desktopDirectory();
+    QVERIFY(file.remove());
+    QVERIFY(desktop && documents);
+    QVERIFY(namedDesktop && namedDocuments);
+    QVERIFY(!videos);
+    QVERIFY(!isProtected(account + QStringLiteral("/Schreibtisch")));
+    QCOMPARE(answer,
+             account + (isRoot() ? QStringLiteral("/Desktop") : QStringLiteral("/Schreibtisch")));
 }
 
 void ZQLocalPathsGuardTest::aNullPathIsNotProtected()

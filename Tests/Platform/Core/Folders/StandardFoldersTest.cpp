@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Folders/StandardFolders.h"
 
+#include "Platform/Core/Folders/DesktopFolders.h"
 #include "Tests/Support/ConsoleSeat.h"
 #include "Tests/Support/EnvironmentVariable.h"
 #include "Tests/Support/TestProgram.h"
@@ -27,6 +28,14 @@ bool isRoot()
     return ::getuid() == 0;
 }
 
+void writeUserDirs(const QString &settings, const QByteArray &lines)
+{
+    QVERIFY(QDir().mkpath(settings));
+    QFile file(settings + QStringLiteral("/user-dirs.dirs"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(lines);
+}
+
 } // namespace
 
 class StandardFoldersTest : public QObject {
@@ -36,7 +45,11 @@ private Q_SLOTS:
     void foldersOfTheDomains();
     void theUserDomainComesFirst();
     void theDesktopIsTheOneOfTheDesktopEnvironment();
+    void aFolderThatTheDesktopNamesIsReadAsTheShellReadsIt_data();
+    void aFolderThatTheDesktopNamesIsReadAsTheShellReadsIt();
+    void theNamesOfAnotherHomeAreReadThere();
     void theHomeIsTheEnvironmentsWhereThatIsAnAbsolutePath();
+    void withoutAHomeInTheEnvironmentEveryFolderIsInTheAccounts();
     void theHomeOfAnAccountIsTheAccounts();
     void theUserNameIsTheAccounts();
     void rootIsToldFromOthers();
@@ -138,6 +151,59 @@ void StandardFoldersTest::theDesktopIsTheOneOfTheDesktopEnvironment()
              QStringList(QStringLiteral("/home/tester/Desktop")));
 }
 
+void StandardFoldersTest::aFolderThatTheDesktopNamesIsReadAsTheShellReadsIt_data()
+{
+    QTest::addColumn<QByteArray>("lines");
+    QTest::addColumn<QString>("folder");
+    const auto row = [](const char *name, const char *lines, const char *folder) {
+        QTest::newRow(name) << QByteArray(lines) << QString::fromUtf8(folder);
+    };
+    row("in the home", "XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\n", "/tmp/there/Schreibtisch");
+    row("elsewhere", "XDG_DESKTOP_DIR=\"/srv/d\"", "/srv/d");
+    row("the home itself", "XDG_DESKTOP_DIR=\"$HOME/\"\n", "/tmp/there");
+    row("a slash too many", "XDG_DESKTOP_DIR=\"$HOME//a/\"\n", "/tmp/there/a");
+    row("with spaces", "  XDG_DESKTOP_DIR=\"$HOME/Mein Tisch\"  \r\n", "/tmp/there/Mein Tisch");
+    row("letters of a language", "XDG_DESKTOP_DIR=\"$HOME/Bür\xC3\xB3\"\n", "/tmp/there/Büró");
+    row("escaped", "XDG_DESKTOP_DIR=\"$HOME/a\\\"b\\$c\\\\d\"\n", "/tmp/there/a\"b$c\\d");
+    row("without quotes", "XDG_DESKTOP_DIR=$HOME/a\n", "/tmp/there/a");
+    row("the last one", "XDG_DESKTOP_DIR=\"/a\"\nXDG_DESKTOP_DIR=\"/b\"\n", "/b");
+    row("a comment", "# XDG_DESKTOP_DIR=\"/a\"\n", nullptr);
+    row("another folder", "XDG_DOCUMENTS_DIR=\"/a\"\nXDG_DESKTOP_DIRS=\"/b\"\n", nullptr);
+    row("relative", "XDG_DESKTOP_DIR=\"a\"\n", nullptr);
+    row("another variable", "XDG_DESKTOP_DIR=\"$HOMES/a\"\n", nullptr);
+    row("nothing", "XDG_DESKTOP_DIR=\"\"\nXDG_DESKTOP_DIR=\n", nullptr);
+    row("an open quote", "XDG_DESKTOP_DIR=\"$HOME/a\\", "/tmp/there/a\\");
+    row("no file's contents", "", nullptr);
+}
+
+void StandardFoldersTest::aFolderThatTheDesktopNamesIsReadAsTheShellReadsIt()
+{
+    QFETCH(const QByteArray, lines);
+    QFETCH(const QString, folder);
+    const test::EnvironmentVariable home("HOME", "/tmp/there");
+    const test::EnvironmentVariable settings("XDG_CONFIG_HOME", "/tmp/settings");
+    writeUserDirs(QStringLiteral("/tmp/settings"), lines);
+    const auto named =
+        platform::folderNamedByDesktop(SearchPathDirectory::Desktop, QStringLiteral("/tmp/there"));
+    QCOMPARE(named, folder);
+    QCOMPARE(named.isNull(), folder.isNull());
+}
+
+void StandardFoldersTest::theNamesOfAnotherHomeAreReadThere()
+{
+    const test::EnvironmentVariable settings("XDG_CONFIG_HOME", "/tmp/settings");
+    writeUserDirs(QStringLiteral("/tmp/settings"), "XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n");
+    const auto other = QStringLiteral("/tmp/other");
+    const auto named = [&](SearchPathDirectory directory) {
+        return platform::folderNamedByDesktop(directory, other);
+    };
+    QVERIFY(named(SearchPathDirectory::Document).isNull());
+    writeUserDirs(other + QStringLiteral("/.config"), "XDG_DOCUMENTS_DIR=\"$HOME/Asiakirjat\"\n");
+    QCOMPARE(named(SearchPathDirectory::Document), QStringLiteral("/tmp/other/Asiakirjat"));
+    QVERIFY(named(SearchPathDirectory::Movies).isNull());
+    QVERIFY(platform::folderNamedByDesktop(SearchPathDirectory::Document, {}).isNull());
+}
+
 void StandardFoldersTest::theHomeIsTheEnvironmentsWhereThatIsAnAbsolutePath()
 {
     const auto accounts = isRoot() ? QStringLiteral("/root") : QStringLiteral("/home/tester");
@@ -155,6 +221,32 @@ void StandardFoldersTest::theHomeIsTheEnvironmentsWhereThatIsAnAbsolutePath()
     for (const auto &value : {QByteArray(), QByteArray(""), QByteArray("relative/home")}) {
         const test::EnvironmentVariable home("HOME", value);
         QCOMPARE(platform::homeDirectory(), accounts);
+    }
+}
+
+void StandardFoldersTest::withoutAHomeInTheEnvironmentEveryFolderIsInTheAccounts()
+{
+    const auto account = isRoot() ? QStringLiteral("/root") : QStringLiteral("/home/tester");
+    const auto base = isRoot() ? QStringLiteral("/var/root") : account;
+    const auto settings = account + QStringLiteral("/.config");
+    const test::EnvironmentVariable cache("XDG_CACHE_HOME", "relative/cache");
+    for (const auto &value : {QByteArray(), QByteArray(""), QByteArray("relative/home")}) {
+        const test::EnvironmentVariable home("HOME", value);
+        const auto folders = [](SearchPathDirectory directory) {
+            return searchPathForDirectories(directory, platform::UserDomain);
+        };
+        QCOMPARE(folders(SearchPathDirectory::Desktop),
+                 QStringList(base + QStringLiteral("/Desktop")));
+        QCOMPARE(folders(SearchPathDirectory::Document),
+                 QStringList(base + QStringLiteral("/Documents")));
+        QCOMPARE(folders(SearchPathDirectory::Movies),
+                 QStringList(base + QStringLiteral("/Movies")));
+        QCOMPARE(platform::userCacheDirectory(), account + QStringLiteral("/.cache/"));
+        writeUserDirs(settings, "XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\n");
+        const auto renamed = folders(SearchPathDirectory::Desktop);
+        QVERIFY(QFile::remove(settings + QStringLiteral("/user-dirs.dirs")));
+        QCOMPARE(renamed, QStringList(base + (isRoot() ? QStringLiteral("/Desktop")
+                                                       : QStringLiteral("/Schreibtisch"))));
     }
 }
 
