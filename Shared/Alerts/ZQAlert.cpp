@@ -115,8 +115,8 @@ qint64 ZQAlert::alertSheetWithMessageText(const QString &messageText, const QStr
     const auto alert = alertObject != nullptr ? alertObject : std::make_shared<ZQAlert>();
     alert->setParentWindow(parentWindow);
     alert->setDelegate(delegate != nullptr ? delegate : alert.get());
-    // A new object has not ended, or was ended by its timer already, which must stand.
-    if (std::exchange(alert->m_used, true)) {
+    // An end that the timer has come to already stands.
+    if (!std::exchange(alert->m_mayHaveTimedOut, false)) {
         alert->setAlertEnded(false);
     }
     const auto selector = didEndSelector.isNull()
@@ -160,6 +160,7 @@ qint64 ZQAlert::timedAlertSheetWithMessageText(const QString &messageText,
                                                QWidget *parentWindow, qint64 interval)
 {
     const auto alert = std::make_shared<ZQAlert>();
+    alert->m_mayHaveTimedOut = true;
     alert->startTimer(interval);
     return alertSheetWithMessageText(messageText, defaultButton, alternateButton, otherButton,
                                      informativeText, parentWindow, nullptr, {}, Block::Yes, alert);

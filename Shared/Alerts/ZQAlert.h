@@ -146,5 +146,5 @@ private:
     QPointer<QObject> m_delegate;
     QPointer<platform::AlertPanel> m_alert;
     qint64 m_escapeReturn = platform::AlertDefaultReturn;
-    bool m_used = false;
+    bool m_mayHaveTimedOut = false; // since it was made: the timer runs, and nobody else has it
 };

@@ -63,6 +63,7 @@ private Q_SLOTS:
     void aNonBlockingCallOnAWorkerReturnsMinusOneAtOnce();
     void theObjectOfANonBlockingCallIsNeverReleased();
     void aBlockingAlertIsOrderedOutAndForgotten();
+    void anEndBeforeItsFirstUseEndsNoAlert();
     void theInterfaceStaysAliveWhileAnAlertBlocks();
     void blockingAlertsNest();
     void twoWorkersMayWaitForAnAlertEach();
@@ -227,6 +228,23 @@ void ZQAlertTest::aBlockingAlertIsOrderedOutAndForgotten()
     QVERIFY(panel == nullptr || !panel->isVisible());
     QVERIFY(object->alert() == nullptr);
     QCOMPARE(object.use_count(), 1L);
+}
+
+void ZQAlertTest::anEndBeforeItsFirstUseEndsNoAlert()
+{
+    const auto object = std::make_shared<ZQAlert>();
+    const test::AlertWatcher watcher(
+        [](AlertPanel &alert) { test::click(alert, "alternateButton"); });
+    const auto ask = [&] {
+        return ZQAlert::alertSheetWithMessageText(headline, {}, body, {}, body, nullptr, nullptr,
+                                                  {}, Block::Yes, object);
+    };
+    for (int count = 1; count <= 2; ++count) {
+        object->setReturnCode(7);
+        object->setAlertEnded(true);
+        QCOMPARE(ask(), 0);
+        QCOMPARE(watcher.count(), count);
+    }
 }
 
 void ZQAlertTest::theInterfaceStaysAliveWhileAnAlertBlocks()
