@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Files/FileStatus.h"
 #include "Platform/Core/Text/PathText.h"
+#include "Platform/Core/Text/TextFormat.h"
 #include "Shared/Files/ZQFileManagerPaths.h"
 
 QString ZQFileManagerPaths::validateFilename(const QString &name)
@@ -36,13 +37,13 @@ QString ZQFileManagerPaths::formatFileSize(double bytes)
     constexpr double megabyte = step * kilobyte;
     constexpr double gigabyte = step * megabyte;
     if (bytes < kilobyte) {
-        return QString::asprintf("%0.0f B", bytes); // NOLINT(*-vararg)
+        return platform::format(QStringLiteral("%0.0f B"), bytes);
     }
     if (bytes < megabyte) {
-        return QString::asprintf("%0.2f KB", bytes / kilobyte); // NOLINT(*-vararg)
+        return platform::format(QStringLiteral("%0.2f KB"), bytes / kilobyte);
     }
     if (bytes < gigabyte) {
-        return QString::asprintf("%0.2f MB", bytes / megabyte); // NOLINT(*-vararg)
+        return platform::format(QStringLiteral("%0.2f MB"), bytes / megabyte);
     }
-    return QString::asprintf("%0.2f GB", bytes / gigabyte); // NOLINT(*-vararg)
+    return platform::format(QStringLiteral("%0.2f GB"), bytes / gigabyte);
 }

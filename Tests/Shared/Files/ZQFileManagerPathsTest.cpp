@@ -17,6 +17,7 @@ class ZQFileManagerPathsTest : public QObject {
 private Q_SLOTS:
     void aSizeIsToldInStepsOf1024_data();
     void aSizeIsToldInStepsOf1024();
+    void aTieIsRoundedToTheEvenDigit();
     void aNameIsCleaned_data();
     void aNameIsCleaned();
     void aPatternListsTheMatchingFilesBelowTheBase();
@@ -55,6 +56,27 @@ void ZQFileManagerPathsTest::aSizeIsToldInStepsOf1024()
     QFETCH(double, bytes);
     QFETCH(QString, words);
     QCOMPARE(ZQFileManager::formatFileSize(bytes), words);
+}
+
+// In whole numbers: of the hundredths of a kilobyte, what is left over decides, and of a half the
+// digit before it.
+void ZQFileManagerPathsTest::aTieIsRoundedToTheEvenDigit()
+{
+    for (int bytes = 1024; bytes < 70000; ++bytes) {
+        const int left = bytes * 100 % 1024;
+        int hundredths = bytes * 100 / 1024;
+        hundredths += left > 512 || (left == 512 && hundredths % 2 == 1) ? 1 : 0;
+        QCOMPARE(ZQFileManager::formatFileSize(bytes),
+                 QStringLiteral("%1.%2 KB")
+                     .arg(hundredths / 100)
+                     .arg(hundredths % 100, 2, 10, QLatin1Char('0')));
+    }
+    QCOMPARE(ZQFileManager::formatFileSize(1152), QStringLiteral("1.12 KB"));
+    QCOMPARE(ZQFileManager::formatFileSize(1.125 * 1048576), QStringLiteral("1.12 MB"));
+    QCOMPARE(ZQFileManager::formatFileSize(1.125 * 1073741824), QStringLiteral("1.12 GB"));
+    QCOMPARE(ZQFileManager::formatFileSize(0.5), QStringLiteral("0 B"));
+    QCOMPARE(ZQFileManager::formatFileSize(1.5), QStringLiteral("2 B"));
+    QCOMPARE(ZQFileManager::formatFileSize(2.5), QStringLiteral("2 B"));
 }
 
 void ZQFileManagerPathsTest::aNameIsCleaned_data()
