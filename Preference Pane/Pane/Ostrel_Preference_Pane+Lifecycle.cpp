@@ -220,6 +220,9 @@ void Ostrel_Preference_Pane::reloadChangedListener()
 
 bool Ostrel_Preference_Pane::isProcessRunning(const QString &processName)
 {
+    if (processName.isEmpty()) {
+        return false; // as the value that no process information has
+    }
     const QString ending = QLatin1Char('/') + processName;
     return platform::findProcess([&](const platform::ProcessInformation &process) {
         // The maker wants the second key tested, which no process information has.

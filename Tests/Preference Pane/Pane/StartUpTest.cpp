@@ -25,6 +25,7 @@ private Q_SLOTS:
     void aRunningListenerWithoutAJobFileLeavesTheSwitchOff();
     void aJobFileWithoutAProcessLeavesTheSwitchOff();
     void aProcessWhoseNameOnlyBeginsWithTheListenersDoesNotCount();
+    void noProcessHasAnEmptyName();
     void theVersionIsReadFromTheFileItself();
     void withoutAVersionTheLabelIsEmpty();
     void theLabelsBesideTheSwitchAreRaised();
@@ -83,6 +84,12 @@ void StartUpTest::aProcessWhoseNameOnlyBeginsWithTheListenersDoesNotCount()
     QVERIFY(Ostrel_Preference_Pane::isProcessRunning(QStringLiteral("OstrelListenerX")));
     fixture.runProcess(QStringLiteral("OstrelListener"));
     QVERIFY(Ostrel_Preference_Pane::isProcessRunning(QStringLiteral("OstrelListener")));
+}
+
+void StartUpTest::noProcessHasAnEmptyName()
+{
+    QVERIFY(!Ostrel_Preference_Pane::isProcessRunning(QStringLiteral("")));
+    QVERIFY(!Ostrel_Preference_Pane::isProcessRunning(QString()));
 }
 
 void StartUpTest::theVersionIsReadFromTheFileItself()
