@@ -5,6 +5,7 @@
 #include "Ostrel/OstrelNames.h"
 #include "Platform/Core/PropertyLists/PropertyList.h"
 #include "Platform/Core/Text/LeadingInteger.h"
+#include "Platform/Core/Text/LiteralFormat.h"
 #include "Platform/Core/Text/TextFormat.h"
 #include "Preference Pane/Authorization/AuthorizationUse.h"
 #include "Preference Pane/Pane/Ostrel_Preference_Pane.h"
@@ -66,10 +67,12 @@ QString unwritten()
     return QStringLiteral("Unable to write preferences");
 }
 
+// As the body of an alert, which is a format.
 QString checkPermissions()
 {
-    return platform::format(QStringLiteral("Please check the permissions for the directory %@."),
-                            ZQLocalPaths::prefsDirectory(Domain::User));
+    return platform::literalFormat(
+        platform::format(QStringLiteral("Please check the permissions for the directory %@."),
+                         ZQLocalPaths::prefsDirectory(Domain::User)));
 }
 
 void askForRelaunch()

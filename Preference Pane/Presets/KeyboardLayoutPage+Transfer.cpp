@@ -4,6 +4,7 @@
 #include "Ostrel/OstrelNames.h"
 #include "Ostrel/PresetFiles.h"
 #include "Platform/Core/Notifications/DistributedNotificationCenter.h"
+#include "Platform/Core/Text/LiteralFormat.h"
 #include "Platform/Core/Text/PathText.h"
 #include "Platform/Desktop/ApplicationPanel/DesktopFileDialog.h"
 #include "Preference Pane/Presets/KeyboardLayoutPage.h"
@@ -32,12 +33,6 @@ QFileDialog *fileSheet(QWidget *page, const QString &title)
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(Qt::WindowModal);
     return dialog;
-}
-
-// The body of an alert is a format.
-QString literal(QString text)
-{
-    return text.replace(QLatin1Char('%'), QStringLiteral("%%"));
 }
 
 // A file that was not imported: what an alert says of it alone, with "%1" for its name, and why.
@@ -89,7 +84,8 @@ bool isUserFile(const QString &path, const QString &title)
 
 void KeyboardLayoutPage::alert(const QString &message, const QString &reason)
 {
-    ZQAlert::alertSheetWithMessageText(message, literal(reason), window());
+    // Its body is a format.
+    ZQAlert::alertSheetWithMessageText(message, platform::literalFormat(reason), window());
 }
 
 void KeyboardLayoutPage::presetChangedOutside(const QString &title)
@@ -121,9 +117,9 @@ std::optional<bool> KeyboardLayoutPage::mayReplace(const QStringList &titles)
     const QString reason = one ? tr("Replacing it discards your shortcuts in it.")
                                : firstOf(quoted(titles)) + QLatin1Char('\n') +
                                      tr("Replacing them discards your shortcuts in them.");
-    const qint64 answer =
-        ZQAlert::alertSheetWithMessageText(message, tr("Keep Both"), tr("Cancel"), tr("Replace"),
-                                           literal(reason), window(), ZQAlert::Block::Yes);
+    const qint64 answer = ZQAlert::alertSheetWithMessageText(
+        message, tr("Keep Both"), tr("Cancel"), tr("Replace"), platform::literalFormat(reason),
+        window(), ZQAlert::Block::Yes);
     return answer == platform::AlertAlternateReturn
                ? std::nullopt
                : std::optional(answer == platform::AlertOtherReturn);

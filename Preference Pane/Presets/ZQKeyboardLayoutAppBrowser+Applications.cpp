@@ -6,6 +6,7 @@
 #include "Platform/Core/Applications/ApplicationBundle.h"
 #include "Platform/Core/Notifications/DistributedNotificationCenter.h"
 #include "Platform/Core/PropertyLists/PropertyList.h"
+#include "Platform/Core/Text/LiteralFormat.h"
 #include "Platform/Core/Text/PathText.h"
 #include "Platform/Core/Text/TextFormat.h"
 #include "Platform/Desktop/Alerts/MainWindow.h"
@@ -26,7 +27,8 @@ namespace {
 
 void alertSheet(const QString &message, const QString &information)
 {
-    ZQAlert::alertSheetWithMessageText(message, information, platform::mainWindow());
+    ZQAlert::alertSheetWithMessageText(message, platform::literalFormat(information),
+                                       platform::mainWindow());
 }
 
 } // namespace

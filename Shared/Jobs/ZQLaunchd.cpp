@@ -5,6 +5,7 @@
 #include "Platform/Core/Folders/StandardFolders.h"
 #include "Platform/Core/PropertyLists/PropertyList.h"
 #include "Platform/Core/Text/Console.h"
+#include "Platform/Core/Text/LiteralFormat.h"
 #include "Platform/Core/Text/TextFormat.h"
 #include "Platform/Desktop/Alerts/MainWindow.h"
 #include "Shared/Alerts/ZQAlert.h"
@@ -50,7 +51,8 @@ QString checkPermissions(const QString &folder)
 
 void alert(const QString &message, const QString &folder)
 {
-    ZQAlert::alertSheetWithMessageText(message, checkPermissions(folder), platform::mainWindow());
+    ZQAlert::alertSheetWithMessageText(message, platform::literalFormat(checkPermissions(folder)),
+                                       platform::mainWindow());
 }
 
 // Writes the file where only an administrator may, by way of the temporary folder.

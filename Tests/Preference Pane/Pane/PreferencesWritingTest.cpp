@@ -4,6 +4,7 @@
 #include "Shared/Basics/ZQLocalPaths.h"
 #include "Tests/Preference Pane/Pane/PaneFixture.h"
 #include "Tests/Support/ConsoleCapture.h"
+#include "Tests/Support/EnvironmentVariable.h"
 #include "Tests/Support/TestProgram.h"
 
 #include <QApplication>
@@ -288,6 +289,7 @@ void PreferencesWritingTest::inAnUnwritableFolderOneRequestIsMadeAndTheAlertName
     if (::getuid() == 0) {
         QSKIP("root may write everywhere");
     }
+    const test::EnvironmentVariable home("HOME", "/tmp/100%@ %d"); // told as it is
     test::ConsoleCapture console;
     PaneFixture fixture(std::chrono::seconds(60));
     fixture.open();

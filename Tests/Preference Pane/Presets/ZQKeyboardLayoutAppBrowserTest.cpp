@@ -7,6 +7,7 @@
 #include "Tests/Preference Pane/Presets/PresetBusMonitor.h"
 #include "Tests/Preference Pane/Presets/PresetFixture.h"
 #include "Tests/Support/AlertWatcher.h"
+#include "Tests/Support/EnvironmentVariable.h"
 #include "Tests/Support/TestProgram.h"
 
 #include <QAbstractItemView>
@@ -317,6 +318,7 @@ void ZQKeyboardLayoutAppBrowserTest::aPresetThatCannotBeWrittenIsToldWithItsFold
     const QString path =
         makeApplication(QStringLiteral("My Player.app"),
                         {{QStringLiteral("CFBundleIdentifier"), QStringLiteral("org.player")}});
+    const test::EnvironmentVariable home("HOME", "/tmp/100%@ %d"); // told as it is
     PresetFixture fixture;
     PresetFixture::writeUser(a, {});
     const QString folder = QFileInfo(PresetFixture::userPath(a)).path();

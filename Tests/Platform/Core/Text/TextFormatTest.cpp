@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Text/TextFormat.h"
 
+#include "Platform/Core/Text/LiteralFormat.h"
 #include "Tests/Support/TestProgram.h"
 
 #include <QProcess>
@@ -88,6 +89,8 @@ private Q_SLOTS:
     void aPrecisionDoesNotCutACharacterInTwo();
     void brokenUtf8IsReplaced();
     void aPercentSignInAnArgumentIsNotInterpreted();
+    void aLiteralFormatPrintsItsText();
+    void everyByteIsOneCharacterWhateverItsSign();
     void anyFormatIsSurvived();
     void theUsersLocaleDoesNotChangeTheDecimalPoint();
 };
@@ -349,6 +352,30 @@ void TextFormatTest::aPercentSignInAnArgumentIsNotInterpreted()
 {
     QCOMPARE(format(QStringLiteral("%@ %@"), QStringLiteral("%@%d"), QStringLiteral("100%")),
              QStringLiteral("%@%d 100%"));
+}
+
+void TextFormatTest::aLiteralFormatPrintsItsText()
+{
+    for (const auto *text : {"", "plain", "%", "%%", "100%", "/home/%@/%d%n", "%.*s %"}) {
+        const auto whole = QString::fromLatin1(text);
+        QCOMPARE(format(platform::literalFormat(whole)), whole);
+    }
+}
+
+void TextFormatTest::everyByteIsOneCharacterWhateverItsSign()
+{
+    for (int code = 1; code <= 0xFF; ++code) {
+        const QString letter(QChar(static_cast<char16_t>(code)));
+        const auto byte = static_cast<char>(code);
+        QCOMPARE(format(QStringLiteral("%c"), byte), letter);
+        QCOMPARE(format(QStringLiteral("%@"), byte), letter);
+        QCOMPARE(format(QStringLiteral("[%3c]"), byte), QStringLiteral("[  ") + letter + u']');
+        QCOMPARE(format(QStringLiteral("%s"), letter.toUtf8()), letter);
+        QCOMPARE(format(QStringLiteral("%s"), letter.toUtf8().constData()), letter);
+        QCOMPARE(format(QStringLiteral("%.2s"), letter.toUtf8().constData()), letter);
+        const auto plain = code == '%' ? QStringLiteral("%%") : letter;
+        QCOMPARE(format(plain + QStringLiteral("%d") + plain, 1), letter + u'1' + letter);
+    }
 }
 
 void TextFormatTest::anyFormatIsSurvived()
