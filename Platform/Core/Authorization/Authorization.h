@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -65,11 +66,16 @@ public:
     Authorization(const Authorization &) = delete;
     Authorization &operator=(const Authorization &) = delete;
 
-    // Has the desktop's polkit agent ask for the administrator's password. Waits for the answer.
-    AuthorizationStatus acquire();
+    // Whether nobody wants the answer any more; asked several times a second.
+    using IsGivenUp = std::function<bool()>;
+
+    // Has the desktop's polkit agent ask for the administrator's password. Waits for the answer;
+    // the dialog is closed, which counts as cancelled, once it is given up.
+    AuthorizationStatus acquire(const IsGivenUp &isGivenUp);
 
     // The same without a dialog: answers polkit with this account's name and password.
-    AuthorizationStatus acquire(const QString &user, const QString &password);
+    AuthorizationStatus acquire(const QString &user, const QString &password,
+                                const IsGivenUp &isGivenUp);
 
     // Whether the right was acquired and the helper is there.
     bool isAlive() const;
@@ -94,7 +100,7 @@ private:
     Authorization() = default;
 
     static QByteArray helperPath();
-    AuthorizationStatus startHelper(PasswordAgent *agent);
+    AuthorizationStatus startHelper(PasswordAgent *agent, const IsGivenUp &isGivenUp);
     std::optional<std::int32_t> answerTo(const std::string &request, int descriptor) const;
 
     Descriptor m_socket;
