@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Core/Files/FileStatus.h"
 #include "Platform/Core/Files/FolderEntries.h"
-#include "Platform/Core/Folders/PrivateFiles.h"
 #include "Platform/Core/Folders/StandardFolders.h"
+#include "Platform/Core/Folders/Trash.h"
 #include "Platform/Core/Text/PathText.h"
 #include "Shared/Authorization/ZQAuthorization.h"
 #include "Shared/Basics/ZQLocalPaths.h"
@@ -42,10 +42,16 @@ bool ZQAuthorization::authTrashFile(const QString &path, DeleteOnRootAccount del
         return authRemoveFile(
             destination); // not the file itself: kept on purpose for the maker's other programs
     }
-    if (!destination.isNull() && !platform::isMissing(path)) {
-        platform::createPrivateFolder(destination.left(destination.lastIndexOf(u'/')));
+    if (destination.isNull() || platform::isMissing(path)) {
+        return authMoveFile(path, destination);
     }
-    return authMoveFile(path, destination);
+    platform::makeTrash(destination.left(destination.lastIndexOf(u'/')));
+    platform::TrashRecord record(path, destination);
+    const bool isDone = authMoveFile(path, destination);
+    if (!isDone) {
+        record.remove();
+    }
+    return isDone;
 }
 
 bool ZQAuthorization::authTrashFolderContents(const QString &folder,

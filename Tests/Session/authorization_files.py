@@ -60,7 +60,7 @@ class Files(WithPassword):
                 wait_until(lambda: not exists(f"{other}/{name}"), "the trash")
                 self.assertEqual(self.ask("remove", other), "yes")
                 wait_until(lambda: not exists(other), "the removal")
-                session.root(["rm", "-rf", self.trash])
+                session.root(["rm", "-rf", self.trash, f"{session.HOME}/.local/share/Trash"])
 
     def test_a_relative_path_is_one_in_the_clients_folder(self):
         make_file("/Library/t/here/-rf")

@@ -116,7 +116,7 @@ class WithPassword(unittest.TestCase):
 
     def setUp(self):
         wait_until(lambda: not helpers(), "the helpers of other tests to end")
-        session.root(["rm", "-rf", "/Library/t", f"{session.HOME}/.Trash"])
+        session.root(["rm", "-rf", "/Library/t", f"{session.HOME}/.Trash", f"{session.HOME}/.local/share/Trash"])
         session.root(["mkdir", "/Library/t"])
         self.program = Program()
         self.addCleanup(self.program.close)

@@ -4,7 +4,7 @@
 
 #include "Platform/Core/Files/ItemPlace.h"
 #include "Platform/Core/Files/UnnamedFile.h"
-#include "Platform/Core/Folders/StandardFolders.h"
+#include "Platform/Core/Folders/DesktopFolders.h"
 #include "Platform/Core/Text/FileName.h"
 #include "Platform/Core/Text/PathText.h"
 #include "Platform/Core/Trees/CreateFolder.h"
@@ -14,7 +14,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <climits>
 #include <ctime>
 #include <utility>
 
@@ -23,6 +25,8 @@ namespace {
 
 constexpr auto maxNameLength = 255; // bytes, on Linux
 
+const QString recordEnding = QStringLiteral(".trashinfo");
+
 bool isFolder(const QString &path, const struct stat &folder)
 {
     struct stat status {};
@@ -30,15 +34,11 @@ bool isFolder(const QString &path, const struct stat &folder)
            status.st_dev == folder.st_dev && status.st_ino == folder.st_ino;
 }
 
-// Where the desktop keeps its trash: of this process and of the home that the folder is in, which
-// is another one where root acts for the user.
-QStringList desktopTrashes(const QString &trashFolder)
+// Where the desktop keeps the trash of the user with that home.
+QString desktopTrashOf(const QString &home)
 {
-    const auto data = fileNameFromBytes(qgetenv("XDG_DATA_HOME"));
-    const auto inHome = QStringLiteral(".local/share/Trash");
-    return {data.startsWith(u'/') ? appendingPathComponent(data, QStringLiteral("Trash"))
-                                  : appendingPathComponent(homeDirectory(), inHome),
-            appendingPathComponent(deletingLastPathComponent(trashFolder), inHome)};
+    return appendingPathComponent(baseFolder("XDG_DATA_HOME", home, QStringLiteral(".local/share")),
+                                  QStringLiteral("Trash"));
 }
 
 // Null where the folder is not the desktop's.
@@ -48,7 +48,10 @@ QString desktopTrash(int folder, const QString &trashFolder)
     if (::fstat(folder, &status) != 0) {
         return {};
     }
-    for (const auto &trash : desktopTrashes(trashFolder)) {
+    // Of this process, and of the home that the folder is in, which is another one where root acts
+    // for the user.
+    const auto home = deletingLastPathComponent(trashFolder);
+    for (const auto &trash : {desktopTrashOf(homeDirectory()), desktopTrashOf(home)}) {
         if (isFolder(trash, status) ||
             isFolder(appendingPathComponent(trash, QStringLiteral("files")), status)) {
             return trash;
@@ -57,9 +60,54 @@ QString desktopTrash(int folder, const QString &trashFolder)
     return {};
 }
 
-FileError openTrash(const QString &path, Descriptor &folder)
+FileError openOwnersFolder(const QString &path, Descriptor &folder)
 {
     return openFolderOrMake(path, S_IRWXU, folder);
+}
+
+QByteArray linkAt(const ItemPlace &place)
+{
+    QByteArray target(PATH_MAX, '\0');
+    const auto size = ::readlinkat(place.folder.fd(), place.name.constData(), target.data(),
+                                   static_cast<std::size_t>(target.size()));
+    return target.left(static_cast<int>(std::max<ssize_t>(size, 0)));
+}
+
+// Makes a home's trash, where it is missing, a link to the files of the desktop's, so that what
+// goes there can be seen and restored there. What such a link leads to is made anew where that is
+// gone.
+void linkToDesktopTrash(const QString &trashFolder)
+{
+    const auto home = deletingLastPathComponent(trashFolder);
+    const auto trash = desktopTrashOf(home);
+    const auto files = fileNameBytes(appendingPathComponent(trash, QStringLiteral("files")));
+    const auto start = fileNameBytes(home) + '/';
+    // So that it still leads there when the home has moved.
+    const auto target = files.startsWith(start) ? files.mid(start.size()) : files;
+    ItemPlace place;
+    struct stat status {};
+    if (lastPathComponent(trashFolder) != QStringLiteral(".Trash") ||
+        openPlace(trashFolder, place) != 0) {
+        return;
+    }
+    const bool isMissing =
+        ::fstatat(place.folder.fd(), place.name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0 &&
+        errno == ENOENT;
+    Descriptor folder;
+    const bool isThere =
+        (isMissing || linkAt(place) == target) &&
+        !openOwnersFolder(appendingPathComponent(trash, QStringLiteral("info")), folder) &&
+        !openOwnersFolder(fileNameFromBytes(files), folder);
+    if (isThere && isMissing &&
+        ::symlinkat(target.constData(), place.folder.fd(), place.name.constData()) != 0) {
+        // It becomes a folder then.
+    }
+}
+
+FileError openTrash(const QString &path, Descriptor &folder)
+{
+    linkToDesktopTrash(path);
+    return openOwnersFolder(path, folder);
 }
 
 // "name 2.ext" and so on, cut so that there is room for more bytes behind it.
@@ -123,8 +171,10 @@ void giveToOwnerOf(int folder, int file)
     }
 }
 
-// 0, else the reason (errno): EEXIST where that name has a record.
-int writeRecord(const ItemPlace &place, const QByteArray &record)
+enum class Replaces : bool { No, Yes };
+
+// 0, else the reason (errno): EEXIST where that name has a record which it does not replace.
+int writeRecord(const ItemPlace &place, const QByteArray &record, Replaces replaces = Replaces::No)
 {
     UnnamedFile file;
     auto error = file.create(place.folder.fd(), S_IRUSR | S_IWUSR);
@@ -135,7 +185,7 @@ int writeRecord(const ItemPlace &place, const QByteArray &record)
         return error;
     }
     giveToOwnerOf(place.folder.fd(), file.descriptor());
-    return file.publish(place.name);
+    return replaces == Replaces::Yes ? file.publishOrReplace(place.name) : file.publish(place.name);
 }
 
 FileError moveToDesktopTrash(const Trashed &item, const QString &trash)
@@ -144,24 +194,23 @@ FileError moveToDesktopTrash(const Trashed &item, const QString &trash)
     const auto infoPath = appendingPathComponent(trash, QStringLiteral("info"));
     ItemPlace files;
     ItemPlace info;
-    if (auto error = openTrash(filesPath, files.folder)) {
+    if (auto error = openOwnersFolder(filesPath, files.folder)) {
         return error;
     }
-    if (auto error = openTrash(infoPath, info.folder)) {
+    if (auto error = openOwnersFolder(infoPath, info.folder)) {
         return error;
     }
-    const auto ending = QStringLiteral(".trashinfo");
     const auto record = trashRecord(item.path);
     for (int number = 1;; ++number) {
-        const auto name = numberedName(item.name, number, static_cast<int>(ending.size()));
-        info.name = fileNameBytes(name + ending);
+        const auto name = numberedName(item.name, number, static_cast<int>(recordEnding.size()));
+        info.name = fileNameBytes(name + recordEnding);
         files.name = fileNameBytes(name);
         const auto code = writeRecord(info, record);
         if (code == EEXIST) {
             continue;
         }
         if (code != 0) {
-            return {code, appendingPathComponent(infoPath, name + ending)};
+            return {code, appendingPathComponent(infoPath, name + recordEnding)};
         }
         auto error =
             movePlace(item.place, item.path, files, appendingPathComponent(filesPath, name));
@@ -195,6 +244,38 @@ FileError recycleItem(const QString &path, const QString &trashFolder)
     const auto desktop = desktopTrash(trash.folder.fd(), trashFolder);
     return desktop.isNull() ? moveToPlainTrash(item, std::move(trash), trashFolder)
                             : moveToDesktopTrash(item, desktop);
+}
+
+bool makeTrash(const QString &trashFolder)
+{
+    Descriptor folder;
+    return !openTrash(trashFolder, folder);
+}
+
+TrashRecord::TrashRecord(const QString &path, const QString &trashedPath)
+{
+    const auto trashFolder = deletingLastPathComponent(trashedPath);
+    Descriptor folder;
+    struct stat status {};
+    if (openFolderOrMake(trashFolder, S_IRWXU, folder) || ::fstat(folder.fd(), &status) != 0) {
+        return;
+    }
+    const auto trash = desktopTrash(folder.fd(), trashFolder);
+    if (trash.isNull() ||
+        !isFolder(appendingPathComponent(trash, QStringLiteral("files")), status) ||
+        openOwnersFolder(appendingPathComponent(trash, QStringLiteral("info")), m_place.folder)) {
+        return;
+    }
+    m_place.name = fileNameBytes(lastPathComponent(trashedPath) + recordEnding);
+    // No file has the name, so a record of it is one that was left behind.
+    m_isWritten = writeRecord(m_place, trashRecord(path), Replaces::Yes) == 0;
+}
+
+void TrashRecord::remove()
+{
+    if (std::exchange(m_isWritten, false)) {
+        ::unlinkat(m_place.folder.fd(), m_place.name.constData(), 0);
+    }
 }
 
 } // namespace platform

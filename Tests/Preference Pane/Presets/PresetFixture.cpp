@@ -27,7 +27,11 @@ PresetFixture::PresetFixture(UserPresets userPresets)
 {
     if (userPresets == UserPresets::Remove) {
         QDir(presets::userFolder()).removeRecursively();
-        QDir(ZQLocalPaths::trashDirectory()).removeRecursively();
+        const QString trash = ZQLocalPaths::trashDirectory();
+        QDir(trash).removeRecursively();
+        QFile::remove(trash); // a link to the desktop's
+        QDir(ZQLocalPaths::userDirectory() + QStringLiteral("/.local/share/Trash"))
+            .removeRecursively();
     }
     QDir(m_folder.path()).mkpath(QStringLiteral("Contents/Resources/Default Layouts"));
     const auto key = [](const QString &identifier, const QString &name) {

@@ -81,6 +81,7 @@ private Q_SLOTS:
     void aFileIsMovedAndCopied();
     void foldersAreCreatedWithThoseAboveThem();
     void theTrashIsTheConsoleUsers();
+    void theDesktopsTrashGetsARecordToRestoreFrom();
     void aNameTakenInTheTrashGetsTheTime_data();
     void aNameTakenInTheTrashGetsTheTime();
     void aLinkThatLeadsNowhereTakesANameInTheTrash();
@@ -107,6 +108,7 @@ void ZQAuthorizationAsRootTest::init()
 {
     std::filesystem::remove_all("/Library/t"); // takes names of any bytes
     std::filesystem::remove_all("/home/bob/.Trash");
+    std::filesystem::remove_all("/home/bob/.local");
     QVERIFY(QDir().mkpath(text("/Library/t")));
 }
 
@@ -164,6 +166,17 @@ void ZQAuthorizationAsRootTest::theTrashIsTheConsoleUsers()
     QVERIFY(authorization().authTrashFile(text("/Library/t/notes.txt")));
     QTRY_COMPARE_WITH_TIMEOUT(entries(m_trash), QStringList{text("notes.txt")}, patience);
     QVERIFY(!exists(text("/Library/t/notes.txt")));
+}
+
+void ZQAuthorizationAsRootTest::theDesktopsTrashGetsARecordToRestoreFrom()
+{
+    makeFile(text("/Library/t/my notes.txt"));
+    QVERIFY(authorization().authTrashFile(text("/Library/t/my notes.txt")));
+    const auto trash = text("/home/bob/.local/share/Trash/");
+    QTRY_VERIFY_WITH_TIMEOUT(exists(trash + text("files/my notes.txt")), patience);
+    QFile record(trash + text("info/my notes.txt.trashinfo"));
+    QVERIFY(record.open(QIODevice::ReadOnly));
+    QVERIFY(record.readAll().startsWith("[Trash Info]\nPath=/Library/t/my%20notes.txt\n"));
 }
 
 void ZQAuthorizationAsRootTest::aNameTakenInTheTrashGetsTheTime_data()

@@ -63,6 +63,7 @@ private Q_SLOTS:
     void aFileInASystemDirectoryIsNotRefused();
     void aSystemDirectoryIsNeverRefusedAsTheSourceOfACopy();
     void anEmptyFolderHasAllItsContentsTrashedAndMoved();
+    void whatIsNotTrashedHasNoRecordInTheDesktopsTrash();
     void aNulInAPathIsRefused();
 };
 
@@ -245,6 +246,19 @@ void ZQAuthorizationTest::anEmptyFolderHasAllItsContentsTrashedAndMoved()
         QVERIFY(authorization().authTrashFolderContents(text(folder)));
         QVERIFY(authorization().authMoveFolderContents(text(folder), text("/tmp")));
     }
+}
+
+void ZQAuthorizationTest::whatIsNotTrashedHasNoRecordInTheDesktopsTrash()
+{
+    if (isRoot()) {
+        QSKIP("root is never refused");
+    }
+    authorization().setHasGUI(false);
+    QVERIFY(!authorization().authTrashFile(text("/etc/passwd")));
+    authorization().setHasGUI(true);
+    QVERIFY(exists(text("/home/tester/.Trash")));
+    QVERIFY(exists(text("/home/tester/.local/share/Trash/info")));
+    QVERIFY(!exists(text("/home/tester/.local/share/Trash/info/passwd.trashinfo")));
 }
 
 void ZQAuthorizationTest::aNulInAPathIsRefused()

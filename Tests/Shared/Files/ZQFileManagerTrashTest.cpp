@@ -60,6 +60,11 @@ private Q_SLOTS:
     void everyNameIsTrashed_data();
     void everyNameIsTrashed();
     void theTrashIsMadeForItsOwnerAlone();
+    void aMissingTrashBecomesALinkToTheDesktopsFiles_data();
+    void aMissingTrashBecomesALinkToTheDesktopsFiles();
+    void whatTheLinkLeadsToIsMadeAnew();
+    void aTrashThatIsAFolderStaysOne();
+    void whereTheDesktopsTrashCannotBeMadeTheTrashIsAFolder();
     void aNameThatIsTakenInTheTrashGetsANumber();
     void aFailureWithOnesOwnRightsIsNotLogged();
     void aTimeOutOfZeroSaysWhetherTheFileWasGoneRightAfterTheCall();
@@ -111,6 +116,7 @@ void ZQFileManagerTrashTest::everyNameIsTrashed()
     QFETCH(int, index);
     auto &at = *m_fixture;
     const auto name = test::oddNames()[static_cast<std::size_t>(index)].name;
+    test::makeFolder(trash());
     test::makeFolder(at / name);
     test::writeFile(at / (name + "/file"));
     const auto whole = test::tree(at / name);
@@ -132,6 +138,74 @@ void ZQFileManagerTrashTest::theTrashIsMadeForItsOwnerAlone()
     struct stat status {};
     QCOMPARE(::stat(trash().c_str(), &status), 0);
     QCOMPARE(status.st_mode & 07777U, 0700U);
+}
+
+void ZQFileManagerTrashTest::aMissingTrashBecomesALinkToTheDesktopsFiles_data()
+{
+    QTest::addColumn<QByteArray>("data");
+    QTest::addColumn<QString>("target");
+    const auto elsewhere = home() + "/data";
+    QTest::newRow("usual") << QByteArray() << text(".local/share/Trash/files");
+    QTest::newRow("relative") << QByteArray("data") << text(".local/share/Trash/files");
+    QTest::newRow("in the home") << QByteArray::fromStdString(elsewhere)
+                                 << text("data/Trash/files");
+    QTest::newRow("elsewhere") << QByteArray("/var/tmp/data") << text("/var/tmp/data/Trash/files");
+}
+
+void ZQFileManagerTrashTest::aMissingTrashBecomesALinkToTheDesktopsFiles()
+{
+    QFETCH(const QByteArray, data);
+    QFETCH(const QString, target);
+    auto &at = *m_fixture;
+    fs::remove_all(home() + "/data");
+    const test::EnvironmentVariable variable("XDG_DATA_HOME", data);
+    const auto files = fs::path(home()) / target.toStdString();
+    for (const auto *name : {"first", "second"}) {
+        test::writeFile(at / name, name);
+        QVERIFY(ZQFileManager::trashFile(at.path(name), ShouldAuth::No));
+        QCOMPARE(text(fs::read_symlink(trash()).string()), target);
+        QCOMPARE(test::readFile((files / name).string()), std::string(name));
+        const auto record = files.parent_path() / "info" / (std::string(name) + ".trashinfo");
+        QVERIFY(test::readFile(record.string()).find("Path=" + (at / name)) != std::string::npos);
+    }
+    for (const auto &folder : {files, files.parent_path() / "info"}) {
+        struct stat status {};
+        QCOMPARE(::stat(folder.c_str(), &status), 0);
+        QCOMPARE(status.st_mode & 07777U, 0700U);
+    }
+}
+
+void ZQFileManagerTrashTest::whatTheLinkLeadsToIsMadeAnew()
+{
+    auto &at = *m_fixture;
+    for (int i = 0; i < 2; ++i) {
+        test::writeFile(at / "file");
+        QVERIFY(ZQFileManager::trashFile(at.path("file"), ShouldAuth::No));
+        QVERIFY(test::exists(desktopTrash() + "/files/file"));
+        QVERIFY(test::exists(desktopTrash() + "/info/file.trashinfo"));
+        fs::remove_all(desktopTrash());
+    }
+}
+
+void ZQFileManagerTrashTest::aTrashThatIsAFolderStaysOne()
+{
+    auto &at = *m_fixture;
+    test::makeFolder(trash());
+    test::writeFile(at / "file");
+    QVERIFY(ZQFileManager::trashFile(at.path("file"), ShouldAuth::No));
+    QVERIFY(!fs::is_symlink(trash()));
+    QVERIFY(test::exists(trash() + "/file"));
+    QVERIFY(!test::exists(desktopTrash()));
+}
+
+void ZQFileManagerTrashTest::whereTheDesktopsTrashCannotBeMadeTheTrashIsAFolder()
+{
+    auto &at = *m_fixture;
+    test::writeFile(home() + "/.local", "a file in the folder's place");
+    test::writeFile(at / "file");
+    QVERIFY(ZQFileManager::trashFile(at.path("file"), ShouldAuth::No));
+    QVERIFY(!fs::is_symlink(trash()));
+    QVERIFY(test::exists(trash() + "/file"));
 }
 
 void ZQFileManagerTrashTest::aNameThatIsTakenInTheTrashGetsANumber()
@@ -301,7 +375,9 @@ void ZQFileManagerTrashTest::rootTrashesForTheUserAtTheConsole()
     test::writeFile(at / "file");
     QVERIFY(ZQFileManager::trashFile(at.path("file")));
     QVERIFY(test::exists("/home/bob/.Trash/file"));
+    QVERIFY(test::exists("/home/bob/.local/share/Trash/info/file.trashinfo"));
     fs::remove_all("/home/bob/.Trash");
+    fs::remove_all("/home/bob/.local");
     test::makeFolder("/home/bob/.local/share/Trash");
     test::makeLink(".local/share/Trash", "/home/bob/.Trash");
     test::writeFile(at / "file");
