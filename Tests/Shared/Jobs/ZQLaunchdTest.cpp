@@ -6,7 +6,6 @@
 #include "Tests/Support/AlertWatcher.h"
 #include "Tests/Support/CommandRecorder.h"
 #include "Tests/Support/ConsoleCapture.h"
-#include "Tests/Support/EnvironmentVariable.h"
 #include "Tests/Support/OnWorker.h"
 #include "Tests/Support/TestProgram.h"
 
@@ -148,7 +147,6 @@ private Q_SLOTS:
     void whatLaunchctlSaysAgainstTheJobIsHandedOver();
     void rootFollowsNoLinkInAUsersLibrary();
     void noTemporaryFolderIsAnotherMessage();
-    void aPercentSignInAPathIsToldAsItIs();
     void stoppingLeavesTheFile();
     void stoppingWithoutALabelDoesNothing();
     void removingDeletesTheFile();
@@ -527,26 +525,6 @@ void ZQLaunchdTest::noTemporaryFolderIsAnotherMessage()
                                           checkPermissions}));
     QVERIFY(console.lines().contains(QStringLiteral("Error: Unable to write LaunchAgent data. ") +
                                      checkPermissions.chopped(1)));
-}
-
-void ZQLaunchdTest::aPercentSignInAPathIsToldAsItIs()
-{
-    const test::EnvironmentVariable home("HOME", "/tmp/100%@ %d");
-    const auto library = ZQLocalPaths::libraryDirectory(Domain::User);
-    QVERIFY(library.contains(QStringLiteral("100%@ %d")));
-    QVERIFY(QDir().mkpath(library));
-    QFile inItsPlace(userFolder());
-    QVERIFY(inItsPlace.open(QIODevice::WriteOnly));
-    QMainWindow window;
-    window.show();
-    AnsweredAlerts alerts;
-    const auto started = test::onWorker([] {
-        return ZQLaunchd::startJob(label, settings(), Domain::User, JobKind::Agent, ShouldAuth::No);
-    });
-    QVERIFY(!started);
-    QCOMPARE(alerts.texts().value(1),
-             QStringLiteral("Please check you have correct permissions for the directory ") +
-                 userFolder() + QLatin1Char('.'));
 }
 
 void ZQLaunchdTest::stoppingLeavesTheFile()
