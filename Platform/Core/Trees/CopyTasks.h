@@ -33,9 +33,17 @@ struct CopiedFolder {
     // Those above go one by one: a chain of destructors may be too deep for the stack.
     ~CopiedFolder()
     {
-        while (above != nullptr && above.use_count() == 1) {
-            above = std::exchange(above->above, nullptr);
+        thread_local std::shared_ptr<CopiedFolder> *next = nullptr;
+        if (next != nullptr) {
+            *next = std::move(above);
+            return;
         }
+        auto last = std::move(above);
+        next = &last;
+        while (last != nullptr) {
+            const auto folder = std::exchange(last, nullptr); // whose end brings the one above it
+        }
+        next = nullptr;
     }
 
     std::shared_ptr<CopiedFolder> above; // null for the top
