@@ -250,15 +250,16 @@ int main()
     const auto user = userOfPkexec();
     Served served(STDIN_FILENO, user.value_or(0));
     if (!user || served.starter() < 0) {
-        std::fputs("authorization-helper is started by pkexec only, for a program of Ostrel's\n",
-                   stderr);
+        std::fputs(
+            "authorization-helper can only be started by pkexec, for a program of Ostrel's\n",
+            stderr);
         return EXIT_FAILURE;
     }
     bool isFatal = false;
     const auto left = cleanState(&isFatal);
     ::openlog("ostrel-authorization-helper", LOG_PID, LOG_AUTHPRIV);
     if (!left.empty()) {
-        const auto line = "of the program that asks this cannot be undone: " + left;
+        const auto line = "this setting of the client cannot be undone: " + left;
         note(*user, line);
         std::fprintf(stderr, "%s\n", line.c_str()); // it tells its console where it is fatal
     }

@@ -13,7 +13,8 @@ const char *const usage =
     "       ditto -x -k ARCHIVE FOLDER                 unpack a zip archive into a folder\n"
     "       ditto --help\n"
     "\n"
-    "Of a folder the archive holds what is in it; with --keepParent, the folder itself.\n";
+    "The archive of a folder holds the folder's contents, or with --keepParent the folder "
+    "itself.\n";
 
 namespace {
 
@@ -26,14 +27,14 @@ constexpr QChar keepParent = u'K';
 QString contradiction(const QString &options, const QStringList &paths)
 {
     if (options.contains(compress) == options.contains(extract)) {
-        return options.contains(compress) ? QStringLiteral("-c and -x exclude each other")
-                                          : QStringLiteral("one of -c and -x is needed");
+        return options.contains(compress) ? QStringLiteral("-c and -x cannot be used together")
+                                          : QStringLiteral("-c or -x is needed");
     }
     if (!options.contains(zip)) {
-        return QStringLiteral("only zip archives are known (-k)");
+        return QStringLiteral("only zip archives are supported (-k)");
     }
     if (options.contains(extract) && options.contains(keepParent)) {
-        return QStringLiteral("--keepParent is for -c only");
+        return QStringLiteral("--keepParent can only be used with -c");
     }
     if (paths.size() != 2) {
         return QStringLiteral("two paths are needed");

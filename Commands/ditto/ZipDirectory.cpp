@@ -267,7 +267,7 @@ bool readZipDirectory(int file, const QByteArray &path, std::vector<ZipEntry> &e
     const auto fileSize = static_cast<Number>(status.st_size);
     const auto start = fileSize - std::min(fileSize, endSize + maxCommentLength + maxPadding);
     const auto tail = readAt(file, start, fileSize - start);
-    QByteArray complaint = path + ": is no zip archive, or one that is cut short";
+    QByteArray complaint = path + ": is not a zip archive, or is cut short";
     constexpr auto maxEnds = 10; // each has the directory read that it tells of
     auto ends = 0;
     auto wholeOnes = 0;
@@ -280,7 +280,7 @@ bool readZipDirectory(int file, const QByteArray &path, std::vector<ZipEntry> &e
             continue;
         }
         if (ends == maxEnds) {
-            return complain(path, "holds too many directories");
+            return complain(path, "has too many directories");
         }
         DirectoryReader reader(file, start + at, tail.substr(at, endSize));
         if (const auto *const reason = reader.read(); reason == nullptr) {
@@ -293,7 +293,7 @@ bool readZipDirectory(int file, const QByteArray &path, std::vector<ZipEntry> &e
         ++ends;
     }
     if (wholeOnes > 1) {
-        return complain(path, "holds two directories, and nobody knows which one is meant");
+        return complain(path, "has two directories, and it is unclear which one is meant");
     }
     return wholeOnes == 1 || complain(complaint);
 }

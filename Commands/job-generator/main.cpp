@@ -22,7 +22,7 @@ int main(int argc, char **argv)
     if (argc < 2) {
         std::fputs(
             "usage: job-generator FOLDER\n"
-            "Makes units in the folder from the job files of the computer and of the user.\n",
+            "Makes units in FOLDER from the system-wide job files and from the user's own.\n",
             stderr);
         return 2;
     }

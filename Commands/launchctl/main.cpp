@@ -12,16 +12,13 @@ constexpr std::chrono::seconds commandTimeout{8};
 
 void printUsage(std::FILE *file)
 {
-    std::fputs(
-        "usage: launchctl load FILE ...    load jobs, and start those that are to run\n"
-        "       launchctl unload FILE ...  end the jobs of these files and unload them\n"
-        "       launchctl remove LABEL     end the job of that label and unload it\n"
-        "       launchctl list             show all jobs: process, last exit status, label\n"
-        "       launchctl list LABEL       show one job\n"
-        "       launchctl log-in           wait for the graphical session, then start the jobs\n"
-        "                                  that are to run at log-in\n"
-        "       launchctl help\n",
-        file);
+    std::fputs("usage: launchctl load FILE ...    load jobs; start those that run at load\n"
+               "       launchctl unload FILE ...  stop the jobs of these files and unload them\n"
+               "       launchctl remove LABEL     stop the job with that label and unload it\n"
+               "       launchctl list             show all jobs: process, last exit status, label\n"
+               "       launchctl list LABEL       show one job\n"
+               "       launchctl help\n",
+               file);
 }
 
 QByteArrayList argumentsFrom(int argc, char **argv, int first)

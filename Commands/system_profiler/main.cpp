@@ -26,7 +26,7 @@ void printUsage(std::FILE *file)
 {
     std::fputs("usage: system_profiler SPNetworkDataType -xml  list the network interfaces as a\n"
                "                                               property list\n"
-               "       system_profiler -listDataTypes          list what can be told\n"
+               "       system_profiler -listDataTypes          list the data types\n"
                "       system_profiler -usage\n",
                file);
 }

@@ -39,10 +39,10 @@ int main(int argc, char *argv[])
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Shows the Ostrel settings in a window of their own. Where one is open\n"
-                       "already, that one comes to the front.\n\n"
-                       "Exit status: 0 done, 1 the pane could not be shown or the picture not be "
-                       "written, 2 the options are wrong."));
+        QStringLiteral("Shows the Ostrel settings in their own window. If one is\n"
+                       "open already, it comes to the front.\n\n"
+                       "Exit status: 0 on success, 1 if the pane could not be shown or the "
+                       "picture could not be written, 2 if the options are wrong."));
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption paneOption(QStringLiteral("pane"),
@@ -50,7 +50,7 @@ int main(int argc, char *argv[])
                                         QStringLiteral("PATH"));
     const QCommandLineOption screenshotOption(
         QStringLiteral("screenshot"),
-        QStringLiteral("Write a picture of the pane to this PNG file and leave."),
+        QStringLiteral("Write a picture of the pane to this PNG file and exit."),
         QStringLiteral("FILE"));
     const QCommandLineOption pageOption(
         QStringLiteral("page"),

@@ -58,8 +58,8 @@ int main(int argc, char *argv[])
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
-        "Makes a PDF of a manual in Markdown and its pictures.\n\nExit status: 0 done, "
-        "1 it could not be made, 2 the arguments are wrong."));
+        "Makes a PDF from a manual in Markdown and its pictures.\n\nExit status: 0 on success, "
+        "1 if the PDF could not be made, 2 if the arguments are wrong."));
     parser.addHelpOption();
     const QCommandLineOption versionOption(QStringLiteral("edition"),
                                            QStringLiteral("The version to name on each page."),

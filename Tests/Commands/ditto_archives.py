@@ -339,7 +339,7 @@ class Usage(DittoTest):
     def test_what_is_not_understood_is_refused_with_the_usage(self):
         for arguments, words in (
                 ((), b"one of -c and -x"), (("a", "b"), b"one of -c and -x"),
-                (("-cxk", "a", "b"), b"exclude each other"), (("-c", "a", "b"), b"(-k)"),
+                (("-cxk", "a", "b"), b"cannot be used together"), (("-c", "a", "b"), b"(-k)"),
                 (("-ck", "a"), b"two paths"), (("-ck", "a", "b", "c"), b"two paths"),
                 (("-ck", "", "b"), b"empty"), (("-xk", "--keepParent", "a", "b"), b"-c only"),
                 (("-ckz", "a", "b"), b'"-ckz"'), (("--sequester", "a", "b"), b'"--sequester"'),
