@@ -91,7 +91,7 @@ bool Ostrel_Preference_Pane::authorize()
                  "this session.")
         : status == platform::AuthorizationStatus::Internal
             ? tr("The administrator's password cannot be asked for on this computer. The system "
-                 "log tells the reason.")
+                 "log gives the reason.")
             : QString();
     platform::performOnMainThreadAndWait([this, notice] {
         notice.isNull() ? m_ui->noticeFrame->clearButFailedStart()

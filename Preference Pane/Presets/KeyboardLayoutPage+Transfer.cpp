@@ -112,8 +112,8 @@ std::optional<bool> KeyboardLayoutPage::mayReplace(const QStringList &titles)
         return false;
     }
     const bool one = titles.size() == 1;
-    const QString message = one ? tr("You have a preset “%1” already").arg(titles.first())
-                                : tr("You have %1 of these presets already").arg(titles.size());
+    const QString message = one ? tr("You already have a preset “%1”").arg(titles.first())
+                                : tr("You already have %1 of these presets").arg(titles.size());
     const QString reason = one ? tr("Replacing it discards your shortcuts in it.")
                                : firstOf(quoted(titles)) + QLatin1Char('\n') +
                                      tr("Replacing them discards your shortcuts in them.");

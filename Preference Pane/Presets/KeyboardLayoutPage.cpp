@@ -243,14 +243,15 @@ void KeyboardLayoutPage::updateHint()
     if (m_browser->selectedTitle().isNull()) {
         m_ui->keyHint->setText(tr("Select an application to change its shortcuts."));
     } else if (!m_readable) {
-        m_ui->keyHint->setText(tr("This preset cannot be read. The keys show what was shown "
-                                  "before, and no change of them will be saved."));
+        m_ui->keyHint->setText(tr("This preset cannot be read. The list still shows what it "
+                                  "showed before, and changes to it will not be saved."));
     } else if (!m_writeError.isNull()) {
         m_ui->keyHint->setText(tr("The last change could not be saved: %1").arg(m_writeError));
     } else {
         m_ui->keyHint->setText(
-            tr("Double-click a key or press Enter to choose its shortcut; Delete takes it away, "
-               "%1 undoes.")
+            tr("Double-click a key or press Enter to choose its shortcut; press Delete to clear "
+               "it, "
+               "%1 to undo.")
                 .arg(m_undoAction->shortcut().toString(QKeySequence::NativeText)));
     }
 }

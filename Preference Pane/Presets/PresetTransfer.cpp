@@ -112,11 +112,11 @@ bool sameApartFromBlanks(const QByteArray &one, const QByteArray &other)
 QString reasonAgainst(const QString &path)
 {
     if (!platform::lastPathComponent(path).endsWith(ending)) {
-        return tr("The names of presets end in “.okl”.");
+        return tr("The name of a preset must end in “.okl”.");
     }
     const QFileInfo file(path);
     if (file.isFile() && file.size() > maxImportSize) {
-        return tr("The file has more than 1 MB.");
+        return tr("The file is larger than 1 MB.");
     }
     const auto bytes = platform::contentsOfFile(path, maxImportSize);
     if (!bytes) {

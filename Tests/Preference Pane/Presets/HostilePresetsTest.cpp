@@ -355,7 +355,7 @@ void HostilePresetsTest::manyTitlesThatExistAreOneQuestion()
     };
     page->importPresets(paths);
     QCOMPARE(answer.count(), 1);
-    QCOMPARE(said.messageText, QStringLiteral("You have 20 of these presets already"));
+    QCOMPARE(said.messageText, QStringLiteral("You already have 20 of these presets"));
     QVERIFY(said.informativeText.contains(QStringLiteral("“10 %@”")));
     QCOMPARE(good20(), 0);
     button = "otherButton";
