@@ -319,7 +319,7 @@ void Reader::checkWhole()
     if (m_job.label.isEmpty()) {
         fail(QStringLiteral("the key \"Label\" is missing"));
     } else if (named != m_job.label) {
-        fail(QStringLiteral("a job with the label \"%1\" belongs into a file \"%1.plist\"")
+        fail(QStringLiteral("a job with the label \"%1\" belongs in a file \"%1.plist\"")
                  .arg(readableName(m_job.label)));
     } else if (m_job.program.isEmpty()) {
         fail(QStringLiteral("the keys \"Program\" and \"ProgramArguments\" are both missing"));

@@ -202,12 +202,12 @@ QString launchUnitObjection(const LaunchJob &job)
 {
     const auto file = readableName(job.file);
     if (!canStandPlain(job.file)) {
-        return QStringLiteral("%1: systemd cannot take a job file in a folder of such a name")
+        return QStringLiteral("%1: systemd cannot take a job file in a folder with such a name")
             .arg(file);
     }
     for (const auto &[name, path] : pathSettings(job)) {
         if (!path.isEmpty() && !canStandPlain(path)) {
-            return QStringLiteral("%1: systemd cannot take a path of such a name: %2")
+            return QStringLiteral("%1: systemd cannot take a path with such a name: %2")
                 .arg(file, readableName(path));
         }
     }

@@ -42,7 +42,7 @@ void JobUnits::addFile(const QByteArray &jobFile)
         return;
     }
     if (m_labels.contains(job->label)) {
-        complain(QStringLiteral("%1: the computer has a job of this label already")
+        complain(QStringLiteral("%1: there already is a system-wide job with this label")
                      .arg(platform::readableName(jobFile)));
         return;
     }
@@ -50,7 +50,7 @@ void JobUnits::addFile(const QByteArray &jobFile)
     const auto other = platform::unitOfAnotherOrigin(unit);
     error = platform::launchUnitObjection(*job);
     if (!other.isEmpty()) {
-        error = QStringLiteral("%1: there is a unit of this name already, %2")
+        error = QStringLiteral("%1: there already is a unit with this name, %2")
                     .arg(platform::readableName(jobFile), platform::readableName(other));
     }
     if (!error.isNull() || !write(*job, &error)) {

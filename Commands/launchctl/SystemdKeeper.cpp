@@ -123,7 +123,7 @@ QString SystemdKeeper::unitObjection(const platform::LaunchJob &job, const QByte
 {
     const auto file = platform::readableName(job.file);
     if (state.loadState == "not-found") {
-        return QStringLiteral("%1: the service manager has made no unit of it; is the generator "
+        return QStringLiteral("%1: the service manager has made no unit from it; is the generator "
                               "\"ostrel-job-generator\" installed?")
             .arg(file);
     }

@@ -239,7 +239,7 @@ QString UserManager::runJob(const char *method, const QByteArray &unit)
     ::sd_bus_message_read(reply.get(), "o", &job);
     const auto result = m_bus.processUntil([&] { return m_results.contains(job); }, m_deadline);
     if (result == -ETIMEDOUT) {
-        return QStringLiteral("the service manager has not done it in time");
+        return QStringLiteral("the service manager did not finish in time");
     }
     if (result < 0) {
         return BusError().text(result);

@@ -101,7 +101,7 @@ class Generator(unittest.TestCase):
             f"{COMPUTER}/large.plist: larger than any job file",
             f"{COMPUTER}/link.plist: No such file or directory",
             f"{COMPUTER}/open.plist: Dubious ownership: others than the owner may write to the file",
-            f'{COMPUTER}/other.plist: a job with the label "another" belongs into a file '
+            f'{COMPUTER}/other.plist: a job with the label "another" belongs in a file '
             '"another.plist"',
             f"{COMPUTER}/pipe.plist: not a regular file",
             f'{COMPUTER}/sockets.plist: the key "Sockets" has no meaning here',
@@ -133,7 +133,7 @@ class Generator(unittest.TestCase):
         first = write_job("twice")
         second = write_job("twice", folder=jobs.own_folder())
         write_job("own", folder=jobs.own_folder())
-        self.generate([f"{second}: the computer has a job of this label already"])
+        self.generate([f"{second}: there already is a system-wide job with this label"])
         self.assertEqual(self.setting("app-twice.service", "SourcePath"), [first])
         self.assertIn("app-own.service", self.units())
 
@@ -179,7 +179,7 @@ class Generator(unittest.TestCase):
         path = write_job("taken")
         for make in (lambda: open(other, "w").close(), lambda: os.symlink("/dev/null", other)):
             make()
-            self.generate([f"{path}: there is a unit of this name already, {other}"])
+            self.generate([f"{path}: there already is a unit with this name, {other}"])
             self.assertEqual((self.units(), self.wanted()), ([], []))
             os.unlink(other)
         self.generate()
@@ -210,7 +210,7 @@ class Generator(unittest.TestCase):
         bytes_job = write_job("bytes", program=odd)
         path_job = write_job("path", WorkingDirectory="/tmp/a\nb")
         self.generate([f"{bytes_job}: systemd cannot take what is not UTF-8: /tmp/\uFFFD",
-                       f"{path_job}: systemd cannot take a path of such a name: /tmp/a\uFFFDb"])
+                       f"{path_job}: systemd cannot take a path with such a name: /tmp/a\uFFFDb"])
         self.assertEqual(self.units(), [])
 
     def test_an_odd_home_folder(self):
@@ -222,7 +222,7 @@ class Generator(unittest.TestCase):
         broken = os.fsdecode(b"/tmp/home\n\xff")
         write_job("own", folder=f"{broken}/Library/LaunchAgents")
         self.generate(["/tmp/home\uFFFD\uFFFD/Library/LaunchAgents/own.plist: systemd cannot take a "
-                       "job file in a folder of such a name"],
+                       "job file in a folder with such a name"],
                       env=dict(os.environ, HOME=broken))
 
     def test_a_unit_is_written_whole_or_not_at_all(self):

@@ -159,7 +159,7 @@ private:
     bool step(const std::string &name)
     {
         if (!S_ISDIR(m_status.st_mode)) {
-            return refuse(m_path, ENOTDIR, "is no folder");
+            return refuse(m_path, ENOTDIR, "is not a folder");
         }
         if (name.empty()) {
             return true;
@@ -238,7 +238,7 @@ private:
     void finish()
     {
         if (!S_ISREG(m_status.st_mode)) {
-            refuse(m_path.empty() ? "/" : m_path, EACCES, "is no file");
+            refuse(m_path.empty() ? "/" : m_path, EACCES, "is not a regular file");
             return;
         }
         m_result.file = std::move(m_here);

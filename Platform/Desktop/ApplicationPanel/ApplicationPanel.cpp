@@ -138,7 +138,7 @@ void ApplicationPanel::load()
                 panel->m_model->setApplications(std::move(*rows));
                 panel->m_list->setPlaceholder(panel->m_model->total() == 0
                                                   ? tr("No applications are installed")
-                                                  : tr("No application is called that"));
+                                                  : tr("No application has that name"));
                 panel->search(panel->m_search->text());
             }
         });

@@ -261,7 +261,7 @@ void LaunchJobTest::aWrongJobIsRefusedWithFileAndReason_data()
     row("label too long for a unit", "Label", QString(100, QChar(u'-')),
         "the key \"Label\" is too long");
     row("another label than the file's", "Label", text("com.example.other"),
-        "a job with the label \"com.example.other\" belongs into a file "
+        "a job with the label \"com.example.other\" belongs in a file "
         "\"com.example.other.plist\"");
     row("no program", "Program", {},
         R"(the keys "Program" and "ProgramArguments" are both missing)");

@@ -176,7 +176,7 @@ void LaunchUnitTest::aFolderThatSystemdCannotNameIsRefused()
     job.file = "/home/a\nb/com.example.job.plist";
     QCOMPARE(platform::launchUnitObjection(job),
              QString::fromUtf8("/home/a\uFFFDb/com.example.job.plist: systemd cannot take a job "
-                               "file in a folder of such a name"));
+                               "file in a folder with such a name"));
 }
 
 void LaunchUnitTest::whatSystemdCannotExpressIsRefused()
@@ -190,7 +190,7 @@ void LaunchUnitTest::whatSystemdCannotExpressIsRefused()
             job.*place = path;
             QCOMPARE(platform::launchUnitObjection(job),
                      QStringLiteral("/Library/LaunchAgents/com.example.job.plist: systemd cannot "
-                                    "take a path of such a name: ") +
+                                    "take a path with such a name: ") +
                          platform::readableName(path));
         }
     }

@@ -149,10 +149,10 @@ void TrustedPathTest::whatIsMissingOrNoFileIsSaid()
 {
     compareRefused(folder + "/a/b", ENOENT,
                    folder + "/a cannot be reached: No such file or directory");
-    compareRefused(folder, EACCES, folder + " is no file");
-    compareRefused("/", EACCES, "/ is no file");
-    compareRefused(folder + "/inner/tool/x", ENOTDIR, folder + "/inner/tool is no folder");
-    compareRefused(folder + "/inner/tool/", ENOTDIR, folder + "/inner/tool is no folder");
+    compareRefused(folder, EACCES, folder + " is not a regular file");
+    compareRefused("/", EACCES, "/ is not a regular file");
+    compareRefused(folder + "/inner/tool/x", ENOTDIR, folder + "/inner/tool is not a folder");
+    compareRefused(folder + "/inner/tool/", ENOTDIR, folder + "/inner/tool is not a folder");
     compareRefused("", ENOENT, " is not a full path");
     compareRefused("bin/true", ENOENT, "bin/true is not a full path");
     compareRefused(std::string("/bin/true\0x", 11), ENOENT, "/bin/true%00x is not a full path");
@@ -162,7 +162,7 @@ void TrustedPathTest::whatIsMissingOrNoFileIsSaid()
     compareRefused(folder + "/link", ENOENT,
                    folder + "/missing cannot be reached: No such file or directory");
     QCOMPARE(::mkfifo((folder + "/fifo").c_str(), 0600), 0);
-    compareRefused(folder + "/fifo", EACCES, folder + "/fifo is no file");
+    compareRefused(folder + "/fifo", EACCES, folder + "/fifo is not a regular file");
     if (::getuid() != 0) {
         QCOMPARE(::chmod((folder + "/inner").c_str(), 0), 0);
         compareRefused(folder + "/inner/tool", EACCES,

@@ -174,7 +174,7 @@ void ApplicationPanelTest::withoutAMatchTheListSaysSoAndNothingCanBeAdded()
     QVERIFY(opened.button("addButton")->isEnabled());
     QTest::keyClicks(opened.search(), QStringLiteral("xyz"));
     QCOMPARE(opened.list()->accessibleDescription(),
-             QStringLiteral("No application is called that"));
+             QStringLiteral("No application has that name"));
     QVERIFY(!opened.button("addButton")->isEnabled());
     QTest::keyClick(opened.search(), Qt::Key_Return);
     QVERIFY(opened.codes.isEmpty());
