@@ -38,7 +38,8 @@ public:
     /// touchFile:setCreationDate:
     /// Gives a file the present time; makes none. Where the user may not write to it, with
     /// administrator rights. True also where "touch" fails, unless the path is null: kept on
-    /// purpose. The creation date is what platform::setCreationDate() makes of it.
+    /// purpose for the maker's other programs. The creation date is what
+    /// platform::setCreationDate() makes of it.
     static bool touchFile(const QString &path, SetCreationDate setCreationDate);
     /// touchFile:
     static bool touchFile(const QString &path);

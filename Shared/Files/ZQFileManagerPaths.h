@@ -33,6 +33,6 @@ public:
 
     /// formatFileSize:
     /// "1023 B", "1.00 KB", "1.00 MB", "5.00 GB": in steps of 1024, and no larger unit. Kept on
-    /// purpose.
+    /// purpose for the maker's other programs.
     static QString formatFileSize(double bytes);
 };
