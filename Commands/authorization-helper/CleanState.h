@@ -4,12 +4,12 @@
 
 #include <string>
 
-// Makes this process, and so the tools that it starts, the same whoever has started it:
+// Makes this process, and so the tools that it starts, independent of who has started it:
 // environment, folder, umask, signals, timers, resource limits, nice value, I/O class, scheduling,
 // processors, memory policy, timer slack, personality, OOM score, cgroup, session and its keys. Not
-// changed: the audit's login number, which says who it was, and namespaces, which none but root's
-// processes can have brought.
+// changed are the audit's login number, which says who it was, and the namespaces, which only a
+// process of root's can have set.
 //
-// Empty, or what could not be undone and why. It is fatal where tools would do their work by
-// halves.
+// Returns what could not be undone and why, or an empty text. It is fatal if it could make tools
+// stop halfway.
 std::string cleanState(bool *isFatal);

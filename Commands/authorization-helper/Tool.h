@@ -19,8 +19,8 @@ struct Tool {
     std::string objection; // one line then
 };
 
-// Looks for a tool and judges it. A script's interpreter is judged likewise and takes its place,
-// with the script's path as an argument, which only root can lead elsewhere.
+// Finds a tool and checks who can change it. A script's interpreter is checked in the same way and
+// takes its place, with the script's path as an argument, which only root can change.
 Tool findTool(const std::vector<std::string> &words);
 
 // Starts it with a fixed environment, default signals and the null device for what is not the

@@ -114,8 +114,8 @@ public:
     {
     }
 
-    // Until nobody is there any more that could ask; the tools that still run are then awaited,
-    // since a bad end is logged.
+    // Runs until no process that is served is left. Then waits for the tools that still run, to log
+    // failures.
     void run()
     {
         while (m_requests.isOpen() || !m_tools.empty()) {

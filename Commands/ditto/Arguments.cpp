@@ -24,7 +24,7 @@ constexpr QChar zip = u'k';
 constexpr QChar help = u'h';
 constexpr QChar keepParent = u'K';
 
-QString contradiction(const QString &options, const QStringList &paths)
+QString usageError(const QString &options, const QStringList &paths)
 {
     if (options.contains(compress) == options.contains(extract)) {
         return options.contains(compress) ? QStringLiteral("-c and -x cannot be used together")
@@ -71,7 +71,7 @@ std::optional<Arguments> readArguments(int count, char **values, QString &reason
     if (options.contains(help)) {
         return Arguments();
     }
-    reason = contradiction(options, paths);
+    reason = usageError(options, paths);
     if (!reason.isNull()) {
         return std::nullopt;
     }

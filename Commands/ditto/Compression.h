@@ -10,6 +10,7 @@
 // Others may do with the archive what they may do with the source, as far as the process's mask
 // goes: what is made of a private folder is private.
 //
-// Symbolic links stay links. A file is taken as large as it was when its turn came. What is neither
-// file, folder nor link is left out, with a word; what cannot be read ends the work.
+// Symbolic links stay links. A file is archived with the size that it had when its turn came.
+// Anything but files, folders and links is left out, with a message. Anything that cannot be read
+// ends the work.
 bool compress(const Arguments &arguments);

@@ -32,7 +32,7 @@ public:
                 time_t time);
     int finish();
 
-    // What a new folder may be used for by whom, where nothing is said about it.
+    // The mode of a new folder for which none is given.
     static mode_t usualFolderMode();
 
 private:

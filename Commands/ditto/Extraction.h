@@ -5,6 +5,6 @@
 #include "Commands/ditto/Arguments.h"
 
 // Unpacks the archive. A folder that is not there yet appears with all that is in the archive, or
-// not at all. In one that is, files and links take the place of those that have their names. False
-// after a complaint or when interrupted.
+// not at all. In an existing folder, files and links replace those of the same names. False after a
+// complaint or when interrupted.
 bool extract(const Arguments &arguments);

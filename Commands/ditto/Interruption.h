@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Being told to end while there is something unfinished to take away first.
+// Signals to end while something unfinished has to be removed first.
 
 // From now on SIGTERM, SIGINT and SIGHUP only make the answer below true.
 void watchForInterruption();

@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <memory>
 
-// Memory for libarchive, which in places does not look whether it has got any, or ends the process.
-// Released for each such call; what one entry takes is less.
+// Memory kept for libarchive, which in places does not check an allocation, or ends the process if
+// it fails. It is released for each such call; one entry takes less.
 class MemoryReserve {
 public:
     MemoryReserve() { restore(); }

@@ -16,7 +16,7 @@ class TreeReader {
 public:
     using IsLeftOut = std::function<bool(const struct stat &)>;
 
-    // The archive's path is for what there is to complain about.
+    // The archive's path is for messages.
     TreeReader(ZipWriter &writer, QByteArray archive, IsLeftOut isLeftOut);
 
     // Everything has been given to the writer afterwards. False after a complaint or when

@@ -4,7 +4,7 @@
 
 #include "Platform/Core/Text/FileName.h"
 
-// Whether the bytes of a name are UTF-8; others are in an encoding that nobody has named.
+// Whether the bytes of a name are UTF-8; other names are in an unknown encoding.
 inline bool isUtf8(const QByteArray &name)
 {
     // What is no UTF-8 becomes lone surrogates.

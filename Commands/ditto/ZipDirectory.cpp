@@ -107,15 +107,15 @@ public:
     // Null, or why not.
     const char *read();
     // What is wrong there is this entry.
-    const QByteArray &culprit() const { return m_culprit; }
+    const QByteArray &entryName() const { return m_entryName; }
     std::vector<ZipEntry> &entries() { return m_entries; }
 
 private:
     const char *readRecords();
     const char *readHeaders();
-    const char *fail(const QByteArray &culprit, const char *reason)
+    const char *fail(const QByteArray &entryName, const char *reason)
     {
-        m_culprit = culprit;
+        m_entryName = entryName;
         return reason;
     }
     bool holdsAHeader(Number size) const;
@@ -125,7 +125,7 @@ private:
     Number m_start = 0;
     Number m_moved = 0;
     std::vector<ZipEntry> m_entries;
-    QByteArray m_culprit;
+    QByteArray m_entryName;
 };
 
 DirectoryReader::DirectoryReader(int file, Number endAt, const std::string &end)
@@ -287,8 +287,9 @@ bool readZipDirectory(int file, const QByteArray &path, std::vector<ZipEntry> &e
             ++wholeOnes;
             entries = std::move(reader.entries());
         } else if (ends == 0) {
-            const auto &culprit = reader.culprit();
-            complaint = path + (culprit.isNull() ? QByteArray() : ", " + culprit) + ": " + reason;
+            const auto &entryName = reader.entryName();
+            complaint =
+                path + (entryName.isNull() ? QByteArray() : ", " + entryName) + ": " + reason;
         }
         ++ends;
     }

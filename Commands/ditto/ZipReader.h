@@ -16,8 +16,8 @@
 #include <vector>
 
 // Reads a zip archive. The directory says what is in it; libarchive unpacks the contents. It is
-// given each entry behind a header that is made here, so that it cannot read anything in another
-// way than the directory was read.
+// given each entry behind a header that is made here, so that it cannot interpret an entry
+// differently from the directory.
 class ZipReader {
 public:
     ZipReader();

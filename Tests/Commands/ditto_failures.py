@@ -10,7 +10,7 @@ import time
 import unittest
 import zipfile
 
-from zips import BUILD, DITTO, PATIENCE, SANITIZED, DittoTest, main, make_tree, run, tree, write
+from zips import BUILD, DITTO, TIME_LIMIT, SANITIZED, DittoTest, main, make_tree, run, tree, write
 
 FAULTS = f"{BUILD}/Tests/Support/libFaults.so"
 # As Faults.h has them.
@@ -30,30 +30,30 @@ class Failures(DittoTest):
         os.symlink("file", self.path("tree/link"))
         os.mkdir(self.path("work"))
 
-    def faulted(self, arguments, calls, nth, fate, error=0, for_good=False):
+    def faulted(self, arguments, calls, nth, outcome, error=0, for_good=False):
         return run(DITTO, *arguments, env={
             "LC_ALL": "C.UTF-8", "LD_PRELOAD": FAULTS,
-            "FAULT": f"{calls} {nth} {fate} {error} {int(for_good)}"})
+            "FAULT": f"{calls} {nth} {outcome} {error} {int(for_good)}"})
 
     def under_faults(self, arguments, calls, kinds, check):
         """Has the Nth call fail, for all N until none of the next ones makes a difference."""
-        for fate, error, for_good in kinds:
+        for outcome, error, for_good in kinds:
             untouched = 0
             failures = 0
             nth = 0
             while untouched < 12:
                 nth += 1
                 self.assertLess(nth, 1000)
-                result = self.faulted(arguments, calls, nth, fate, error, for_good)
-                where = (fate, error, for_good, nth, result.returncode, result.stderr)
+                result = self.faulted(arguments, calls, nth, outcome, error, for_good)
+                where = (outcome, error, for_good, nth, result.returncode, result.stderr)
                 untouched = untouched + 1 if result.returncode == 0 else 0
                 failures += result.returncode != 0
-                if fate == FALLS_SHORT:
+                if outcome == FALLS_SHORT:
                     self.assertEqual(result.returncode, 0, where)
-                elif fate == FAILS:
+                elif outcome == FAILS:
                     self.assertIn(result.returncode, (0, 1, 127), where)
                 check(result, where)
-            if fate != FALLS_SHORT and error != EINTR:
+            if outcome != FALLS_SHORT and error != EINTR:
                 self.assertGreater(failures, 0)
 
     def check_archive(self, result, where, expected=None):
@@ -176,12 +176,12 @@ class Failures(DittoTest):
         for number in signal.SIGTERM, signal.SIGINT, signal.SIGHUP:
             process = subprocess.Popen([DITTO, *arguments], stdin=subprocess.DEVNULL,
                                        stderr=subprocess.PIPE)
-            until = time.monotonic() + PATIENCE
+            until = time.monotonic() + TIME_LIMIT
             while not begun(process.pid) and time.monotonic() < until:
                 time.sleep(0.001)
             process.send_signal(number)
             start = time.monotonic()
-            _, words = process.communicate(timeout=PATIENCE)
+            _, words = process.communicate(timeout=TIME_LIMIT)
             self.assertEqual(process.returncode, -number, words)
             self.assertLess(time.monotonic() - start, 10)
             self.assertEqual(os.listdir(self.path("work")), [])

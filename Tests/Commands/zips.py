@@ -11,7 +11,7 @@ import unittest
 
 BUILD = sys.argv[1] if len(sys.argv) > 1 else "."
 DITTO = f"{BUILD}/libexec/ostrel/ditto"
-PATIENCE = 600
+TIME_LIMIT = 600
 SANITIZED = any(name in subprocess.run(["ldd", DITTO], stdout=subprocess.PIPE).stdout
                 for name in (b"libasan", b"libtsan"))
 
@@ -28,7 +28,7 @@ NAMES = [
 def run(*command, **options):
     options.setdefault("stdout", subprocess.PIPE)
     options.setdefault("stderr", subprocess.PIPE)
-    return subprocess.run(command, stdin=subprocess.DEVNULL, timeout=PATIENCE, **options)
+    return subprocess.run(command, stdin=subprocess.DEVNULL, timeout=TIME_LIMIT, **options)
 
 
 def write(path, contents=b"contents", mode=0o644, time=1_000_000_000):
