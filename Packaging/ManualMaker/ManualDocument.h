@@ -14,8 +14,8 @@ class ManualDocument : public QTextDocument {
 public:
     explicit ManualDocument(QString pictureFolder) : m_pictureFolder(std::move(pictureFolder)) {}
 
-    // Takes the text. Null, or why it makes no manual, in words: it has no title, or a picture that
-    // it shows cannot be read.
+    // Takes the text. Returns null, or a message: the text has no title, or one of its pictures
+    // cannot be read.
     QString take(const QString &markdown);
 
     // The text's first heading.

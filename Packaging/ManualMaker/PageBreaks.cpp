@@ -16,16 +16,16 @@
 namespace pageBreaks {
 namespace {
 
-QTextTable *tableAround(const QTextBlock &block)
+QTextTable *tableOf(const QTextBlock &block)
 {
     return QTextCursor(block).currentTable();
 }
 
-bool staysWithNext(const QTextBlock &block)
+bool keepsWithNext(const QTextBlock &block)
 {
     const auto next = block.next();
-    if (auto *table = tableAround(block)) {
-        return table == tableAround(next);
+    if (auto *table = tableOf(block)) {
+        return table == tableOf(next);
     }
     return block.blockFormat().headingLevel() > 0 ||
            block.text().trimmed().endsWith(QLatin1Char(':')) ||
@@ -39,7 +39,7 @@ qreal topOfLine(const QTextBlock &block, int character)
            block.layout()->lineForTextPosition(character).y();
 }
 
-bool isTorn(const QTextBlock &first, const QTextBlock &last)
+bool isSplit(const QTextBlock &first, const QTextBlock &last)
 {
     constexpr qreal rounding = 2; // the layout counts in parts of a dot
     const qreal page = first.document()->pageSize().height();
@@ -50,7 +50,7 @@ bool isTorn(const QTextBlock &first, const QTextBlock &last)
 
 void beginPageAt(const QTextBlock &block)
 {
-    if (auto *table = tableAround(block)) {
+    if (auto *table = tableOf(block)) {
         auto format = table->format();
         format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
         table->setFormat(format);
@@ -67,11 +67,11 @@ void improve(QTextDocument &document)
 {
     for (auto first = document.begin(); first.isValid();) {
         auto last = first;
-        while (last.next().isValid() && staysWithNext(last)) {
+        while (last.next().isValid() && keepsWithNext(last)) {
             last = last.next();
         }
         document.documentLayout()->documentSize(); // lays out what has moved
-        if (isTorn(first, last)) {
+        if (isSplit(first, last)) {
             beginPageAt(first);
         }
         first = last.next();
