@@ -34,7 +34,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int rounds = 5;
 constexpr double goal = 50; // milliseconds
-constexpr auto patience = 20s;
+constexpr auto timeLimit = 20s;
 
 double milliseconds(Clock::duration time)
 {
@@ -98,9 +98,9 @@ double start(QWidget &view)
     control->setOn(true, Animated::No);
     platform::pumpEventsUntil([&] {
         return line->text() == QStringLiteral("Status: Launching service...") ||
-               Clock::now() - begin > patience;
+               Clock::now() - begin > timeLimit;
     });
-    if (Clock::now() - begin > patience) {
+    if (Clock::now() - begin > timeLimit) {
         std::fprintf(stderr, "The start got no further than \"%s\".\n",
                      qUtf8Printable(line->text()));
         std::exit(1);

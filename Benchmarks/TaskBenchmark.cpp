@@ -123,7 +123,7 @@ void qProcessRead()
     }
 }
 
-struct Contest {
+struct Comparison {
     const char *name;
     void (*ours)();
     void (*bare)();
@@ -131,35 +131,35 @@ struct Contest {
     int rounds;
 };
 
-void hold(const Contest &contest, const char *where)
+void compare(const Comparison &comparison, const char *where)
 {
     std::vector<double> ours;
     std::vector<double> bare;
     std::vector<double> qProcess;
-    for (int round = 0; round < contest.rounds; ++round) {
+    for (int round = 0; round < comparison.rounds; ++round) {
         // After a fork this process is slow for a while; and nobody is always first.
-        contest.bare();
+        comparison.bare();
         if (round % 2 == 0) {
-            ours.push_back(milliseconds(contest.ours));
+            ours.push_back(milliseconds(comparison.ours));
         }
-        bare.push_back(milliseconds(contest.bare));
+        bare.push_back(milliseconds(comparison.bare));
         if (round % 2 != 0) {
-            ours.push_back(milliseconds(contest.ours));
+            ours.push_back(milliseconds(comparison.ours));
         }
-        qProcess.push_back(milliseconds(contest.qProcess));
+        qProcess.push_back(milliseconds(comparison.qProcess));
     }
     const auto our = median(ours);
     const auto plain = median(bare);
     std::printf("%-14s %-7s ours %8.3f ms   bare %8.3f ms   QProcess %8.3f ms   ours/bare %.2f\n",
-                contest.name, where, our, plain, median(qProcess), our / plain);
+                comparison.name, where, our, plain, median(qProcess), our / plain);
     std::fflush(stdout);
 }
 
-void onWorker(const Contest &contest)
+void onWorker(const Comparison &comparison)
 {
     std::atomic<bool> done = false;
     std::thread worker([&] {
-        hold(contest, "worker");
+        compare(comparison, "worker");
         done = true;
     });
     platform::pumpEventsUntil([&] { return done.load(); });
@@ -172,15 +172,15 @@ int main(int count, char **arguments)
 {
     const QCoreApplication application(count, arguments);
     const bool isLarge = count > 1 && std::strcmp(arguments[count - 1], "large") == 0;
-    std::vector<char> ballast(isLarge ? gibibyte : 0, 'x');
-    const Contest spawning{"spawn and wait", ourRun, bareRun, qProcessRun,
-                           isLarge ? largeSpawnRounds : spawnRounds};
+    std::vector<char> allocated(isLarge ? gibibyte : 0, 'x');
+    const Comparison spawning{"spawn and wait", ourRun, bareRun, qProcessRun,
+                              isLarge ? largeSpawnRounds : spawnRounds};
     std::printf("Medians of %d runs and of %d readings%s.\n", spawning.rounds, readRounds,
                 isLarge ? ", from a process of 1 GiB" : "");
-    hold(spawning, "main");
+    compare(spawning, "main");
     onWorker(spawning);
     if (!isLarge) {
         onWorker({"read 1 GiB", ourRead, bareRead, qProcessRead, readRounds});
     }
-    return static_cast<int>(ballast.size() % 2);
+    return static_cast<int>(allocated.size() % 2);
 }
