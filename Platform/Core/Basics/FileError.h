@@ -29,13 +29,13 @@ private:
     QString m_path;
 };
 
-// Repeats a system call that a signal interrupts; not for ever, since nobody would be told.
+// Repeats a system call that a signal interrupts, but not for ever, because nobody would notice.
 template <typename Call>
 auto retried(const Call &call)
 {
-    constexpr auto most = 100;
+    constexpr auto maxTries = 100;
     auto result = call();
-    for (int i = 1; result == -1 && errno == EINTR && i < most; ++i) {
+    for (int i = 1; result == -1 && errno == EINTR && i < maxTries; ++i) {
         result = call();
     }
     return result;

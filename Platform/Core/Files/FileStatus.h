@@ -26,8 +26,8 @@ QString symbolicLinkDestination(const QString &path);
 // it. False where that cannot be read.
 bool isImmutable(const QString &path);
 
-// Sets or clears that flag, which only root can. Where it is as wanted already, that is enough;
-// a file system that has no flags has none to clear.
+// Sets or clears that flag, which only root can do. Succeeds if the flag already has that value; on
+// a file system without flags, clearing succeeds.
 FileError setImmutable(const QString &path, bool immutable);
 
 // The same with all that is below a folder and is no folder. Links in it are not followed.

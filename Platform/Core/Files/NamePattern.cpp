@@ -34,7 +34,7 @@ std::u32string charactersOf(const QByteArray &name)
 }
 
 // Whether what the entry of a folder leads to exists; only a link may lead nowhere.
-bool leadsSomewhere(int folder, const FolderEntries &entries)
+bool destinationExists(int folder, const FolderEntries &entries)
 {
     struct stat status {};
     return (entries.type() != DT_LNK && entries.type() != DT_UNKNOWN) ||
@@ -109,7 +109,7 @@ QStringList itemsInFolderMatching(const QString &folder, const QString &pattern)
     while (entries.next()) {
         const QByteArray name(entries.name());
         if (matcher.matches(name.constData(), static_cast<std::size_t>(name.size())) &&
-            leadsSomewhere(opened.fd(), entries)) {
+            destinationExists(opened.fd(), entries)) {
             names.push_back(name);
         }
     }

@@ -16,7 +16,7 @@ namespace platform {
 namespace {
 
 // As a folder first: only then the system mounts what it mounts when it is needed (autofs).
-int openPlainly(int folder, const char *path, int flags, Descriptor &open)
+int openUnchecked(int folder, const char *path, int flags, Descriptor &open)
 {
     for (const auto asFolder : {O_DIRECTORY, 0}) {
         open = Descriptor(
@@ -29,9 +29,9 @@ int openPlainly(int folder, const char *path, int flags, Descriptor &open)
 }
 
 // Goes a path step by step, so that each link is looked at before it is followed.
-class CarefulWalk {
+class LinkCheckingWalk {
 public:
-    explicit CarefulWalk(Descriptor start) : m_at(std::move(start)) {}
+    explicit LinkCheckingWalk(Descriptor start) : m_at(std::move(start)) {}
 
     int go(const QByteArray &path, LastLink last);
     Descriptor takeEnd() { return std::move(m_at); }
@@ -45,7 +45,7 @@ private:
     int m_links = 0;
 };
 
-int CarefulWalk::follow(const Descriptor &link, uid_t owner)
+int LinkCheckingWalk::follow(const Descriptor &link, uid_t owner)
 {
     if (++m_links > maxLinks) {
         return ELOOP;
@@ -65,10 +65,10 @@ int CarefulWalk::follow(const Descriptor &link, uid_t owner)
 }
 
 // NOLINTNEXTLINE(misc-no-recursion): as many times as there may be links
-int CarefulWalk::go(const QByteArray &path, LastLink last)
+int LinkCheckingWalk::go(const QByteArray &path, LastLink last)
 {
     if (path.startsWith('/')) {
-        if (const auto error = openPlainly(AT_FDCWD, "/", O_DIRECTORY, m_at); error != 0) {
+        if (const auto error = openUnchecked(AT_FDCWD, "/", O_DIRECTORY, m_at); error != 0) {
             return error;
         }
     }
@@ -79,7 +79,7 @@ int CarefulWalk::go(const QByteArray &path, LastLink last)
         }
         Descriptor next;
         struct stat status {};
-        if (const auto error = openPlainly(m_at.fd(), parts[i].constData(), O_NOFOLLOW, next);
+        if (const auto error = openUnchecked(m_at.fd(), parts[i].constData(), O_NOFOLLOW, next);
             error != 0) {
             return error;
         }
@@ -104,13 +104,14 @@ int openPath(int folder, const QByteArray &path, LastLink last, Descriptor &open
         return path.isEmpty() ? ENOENT : EINVAL;
     }
     if (::geteuid() != 0) {
-        return openPlainly(folder, path.constData(), last == LastLink::Keep ? O_NOFOLLOW : 0, open);
+        return openUnchecked(folder, path.constData(), last == LastLink::Keep ? O_NOFOLLOW : 0,
+                             open);
     }
     Descriptor start;
-    if (const auto error = openPlainly(folder, ".", O_DIRECTORY, start); error != 0) {
+    if (const auto error = openUnchecked(folder, ".", O_DIRECTORY, start); error != 0) {
         return error;
     }
-    CarefulWalk walk(std::move(start));
+    LinkCheckingWalk walk(std::move(start));
     const auto error = walk.go(path, last);
     if (error == 0) {
         open = walk.takeEnd();

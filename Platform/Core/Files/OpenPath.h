@@ -14,7 +14,7 @@ enum class LastLink { Follow, Keep };
 // folder, or to the current one (AT_FDCWD). 0, else the reason (errno).
 //
 // Root follows a symbolic link only where that is root's own, or where it leads to something of the
-// link's owner: else others would decide where root works. EACCES for any other.
+// link's owner: otherwise others would decide where root works. EACCES for any other.
 int openPath(int folder, const QByteArray &path, LastLink last, Descriptor &open);
 
 } // namespace platform

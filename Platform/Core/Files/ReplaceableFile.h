@@ -20,9 +20,9 @@ struct ReplaceableFile {
 // be found or must not be replaced.
 QString findReplaceable(const QString &path, ReplaceableFile &file);
 
-// What root makes in a folder of somebody else is for that somebody, who could not use it
-// otherwise: gives it the folder's owner and group, by its descriptor. Nothing happens for others
-// than root, and in root's folders.
+// A file that root makes in another user's folder is for that user, who could not use it otherwise:
+// gives it the folder's owner and group, by its descriptor. Nothing happens for others than root,
+// and in root's folders.
 void giveToOwnerOfFolder(int folder, int item);
 
 // Gives a new file the mode of the one that it replaces, with the owner's right to read, and, for

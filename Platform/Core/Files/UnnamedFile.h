@@ -28,7 +28,7 @@ public:
     int write(const char *data, std::size_t size) const;
     // Gives it its name; EEXIST where something has that.
     int publish(const QByteArray &name);
-    // Gives it its name, in place of what has that.
+    // Gives it its name, and replaces what has that name.
     int publishOrReplace(const QByteArray &name);
 
     int descriptor() const { return m_file.fd(); }

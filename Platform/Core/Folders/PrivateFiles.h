@@ -7,9 +7,8 @@
 // Folders and files that only their owner may read.
 namespace platform {
 
-// Creates a folder and those above it that are missing. What root creates in somebody's home
-// belongs to that somebody, who could not use it otherwise. False where there is no such folder
-// afterwards.
+// Creates a folder and those above it that are missing. What root creates in a user's home belongs
+// to that user, who could not use it otherwise. False where there is no such folder afterwards.
 bool createPrivateFolder(const QString &path);
 
 // Puts an empty file at the path in one step, whatever was there before; a link is replaced, not

@@ -113,15 +113,15 @@ FileError openTrash(const QString &path, Descriptor &folder)
 // "name 2.ext" and so on, cut so that there is room for more bytes behind it.
 QString numberedName(const QString &name, int number, int room)
 {
-    const auto most = maxNameLength - room;
+    const auto maxLength = maxNameLength - room;
     auto extension = pathExtension(name);
     extension = extension.isEmpty() ? QString() : u'.' + extension;
-    if (fileNameBytes(extension).size() > most / 2) {
+    if (fileNameBytes(extension).size() > maxLength / 2) {
         extension = QString(); // no extension, but a dot somewhere in a long name
     }
     auto stem = name.chopped(extension.size());
     const auto end = (number == 1 ? QString() : u' ' + QString::number(number)) + extension;
-    while (fileNameBytes(stem + end).size() > most) {
+    while (fileNameBytes(stem + end).size() > maxLength) {
         stem.chop(stem.size() > 1 && stem.at(stem.size() - 1).isLowSurrogate() &&
                           stem.at(stem.size() - 2).isHighSurrogate()
                       ? 2

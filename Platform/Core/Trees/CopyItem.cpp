@@ -38,7 +38,7 @@ int copyFile(const ItemPlace &from, const ItemPlace &to, CopyProgress *progress,
     if (!S_ISREG(status.st_mode)) {
         return ESTALE; // replaced by something else meanwhile
     }
-    clearUnfinishedItemsNowAndThen(to.folder.fd());
+    clearUnfinishedItemsUnlessRecent(to.folder.fd());
     UnnamedFile copy;
     auto error = copy.create(to.folder.fd(), S_IRUSR | S_IWUSR);
     if (error == 0) {
@@ -137,11 +137,11 @@ FileError copyPlace(const ItemPlace &from, const QString &source, const ItemPlac
         return {EEXIST, destination};
     }
     if (S_ISDIR(status.st_mode)) {
-        CopyProgress unwatched;
+        CopyProgress unused;
         return isInside(to.folder.fd(), status)
                    ? FileError(EINVAL, destination)
-                   : copyTree(from, to, source, progress != nullptr ? *progress : unwatched,
-                              purpose, copied);
+                   : copyTree(from, to, source, progress != nullptr ? *progress : unused, purpose,
+                              copied);
     }
     const auto error = S_ISREG(status.st_mode) ? copyFile(from, to, progress, copied)
                                                : copySpecialItem(from, to, progress, copied);

@@ -26,7 +26,7 @@ FileError copyItem(const QString &source, const QString &destination,
 // done where that cannot be.
 enum class CopyPurpose { Copy, Move };
 
-// What was copied and what came of it, to be known again.
+// The original and its copy, to recognise them later.
 struct CopiedItem {
     struct stat original {};
     struct stat copy {};

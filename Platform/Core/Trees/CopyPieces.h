@@ -11,8 +11,9 @@
 
 namespace platform {
 
-// Into what pieces the contents of a file are copied: as large as can be where nobody looks on,
-// else such that each takes about a twentieth of a second, whatever the disk's speed.
+// The size of the pieces in which the contents of a file are copied: as large as possible without a
+// progress, otherwise such that each takes about a twentieth of a second, whatever the disk's
+// speed.
 class CopyPieces {
 public:
     // The progress may be null.
@@ -21,7 +22,7 @@ public:
     bool areToEnd() const { return m_progress != nullptr && m_progress->isCancelled(); }
 
     // How long the next piece may be, in bytes.
-    off_t size() const { return m_progress != nullptr ? m_size : maxUnwatched; }
+    off_t size() const { return m_progress != nullptr ? m_size : maxWithoutProgress; }
 
     // A piece of that size is copied.
     void add(off_t count)
@@ -50,7 +51,7 @@ private:
     // Reflinks have to begin and end at whole blocks, which these sizes are multiples of.
     static constexpr off_t least = off_t(1) << 16U;
     static constexpr off_t most = off_t(1) << 28U;
-    static constexpr off_t maxUnwatched = off_t(1) << 30U;
+    static constexpr off_t maxWithoutProgress = off_t(1) << 30U;
     static constexpr auto wanted = std::chrono::milliseconds(50);
 
     void adapt()

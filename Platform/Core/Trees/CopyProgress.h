@@ -10,7 +10,7 @@
 
 namespace platform {
 
-// How far a copy is, for other threads to see, and their word that it is to end. Any thread.
+// How far a copy is, for other threads, which can also cancel it. Any thread.
 class CopyProgress {
 public:
     // A copy that is cancelled ends with ECANCELED, at the latest before its final name is given.

@@ -77,8 +77,8 @@ public:
         m_changed.notify_one();
     }
 
-    // Waits while others may still add something. False when there is nothing any more. The taker
-    // says when it is done().
+    // Waits while others may still add something. False when there is nothing any more. The caller
+    // calls done() afterwards.
     bool take(CopyTask &task)
     {
         std::unique_lock lock(m_mutex);
@@ -100,7 +100,7 @@ public:
         }
     }
 
-    // Whether it pays to have another thread.
+    // Whether another thread would be useful.
     bool areMany()
     {
         const std::lock_guard lock(m_mutex);

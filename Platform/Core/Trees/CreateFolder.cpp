@@ -20,22 +20,22 @@ namespace {
 constexpr mode_t everybody = 0777;
 
 // Whether root works in the folder of another.
-bool isSomebodyElses(int folder)
+bool belongsToAnotherUser(int folder)
 {
     struct stat status {};
     return ::geteuid() == 0 && ::fstat(folder, &status) == 0 && status.st_uid != 0;
 }
 
 // Goes down a path with each folder pinned, so that none is another one by the time it is used.
-class WayDown {
+class FolderMaker {
 public:
-    explicit WayDown(mode_t mode) : m_mode(mode) {}
+    explicit FolderMaker(mode_t mode) : m_mode(mode) {}
 
     // Each: 0, else the reason (errno).
     int begin(bool atRoot);
     int enter(const QByteArray &name);
 
-    void takeBack();
+    void removeMade();
     Descriptor takeEnd() { return std::move(m_at); }
 
 private:
@@ -54,12 +54,12 @@ private:
     std::vector<Made> m_made;
 };
 
-int WayDown::begin(bool atRoot)
+int FolderMaker::begin(bool atRoot)
 {
     return openPath(AT_FDCWD, atRoot ? "/" : ".", LastLink::Follow, m_at);
 }
 
-int WayDown::openFolder(int above, const QByteArray &name, Descriptor &folder)
+int FolderMaker::openFolder(int above, const QByteArray &name, Descriptor &folder)
 {
     const auto error = openPath(above, name, LastLink::Follow, folder);
     struct stat status {};
@@ -69,7 +69,7 @@ int WayDown::openFolder(int above, const QByteArray &name, Descriptor &folder)
     return S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
 }
 
-int WayDown::enter(const QByteArray &name)
+int FolderMaker::enter(const QByteArray &name)
 {
     Descriptor below;
     const auto error = openFolder(m_at.fd(), name, below);
@@ -82,11 +82,11 @@ int WayDown::enter(const QByteArray &name)
     return error;
 }
 
-int WayDown::make(const QByteArray &name)
+int FolderMaker::make(const QByteArray &name)
 {
     Descriptor made;
     const auto error =
-        isSomebodyElses(m_at.fd()) ? makeForOwnerAbove(name, made) : makeHere(name, made);
+        belongsToAnotherUser(m_at.fd()) ? makeForOwnerAbove(name, made) : makeHere(name, made);
     if (made.isOpen()) {
         m_made.push_back({std::exchange(m_at, std::move(made)), name});
         return error;
@@ -99,7 +99,7 @@ int WayDown::make(const QByteArray &name)
     return error;
 }
 
-int WayDown::makeHere(const QByteArray &name, Descriptor &made) const
+int FolderMaker::makeHere(const QByteArray &name, Descriptor &made) const
 {
     if (::mkdirat(m_at.fd(), name.constData(), m_mode) != 0) {
         return errno;
@@ -116,7 +116,7 @@ int WayDown::makeHere(const QByteArray &name, Descriptor &made) const
 }
 
 // It has its owner before others can put another folder in its place.
-int WayDown::makeForOwnerAbove(const QByteArray &name, Descriptor &made) const
+int FolderMaker::makeForOwnerAbove(const QByteArray &name, Descriptor &made) const
 {
     UnfinishedItem item;
     if (const auto error = item.create(m_at.fd()); error != 0) {
@@ -140,7 +140,7 @@ int WayDown::makeForOwnerAbove(const QByteArray &name, Descriptor &made) const
     return error;
 }
 
-void WayDown::takeBack()
+void FolderMaker::removeMade()
 {
     for (; !m_made.empty(); m_made.pop_back()) {
         ::unlinkat(m_made.back().above.fd(), m_made.back().name.constData(), AT_REMOVEDIR);
@@ -155,7 +155,7 @@ FileError openFolderOrMake(const QString &path, mode_t mode, Descriptor &folder)
     if (bytes.isEmpty() || bytes.contains('\0')) {
         return {bytes.isEmpty() ? ENOENT : EINVAL, path};
     }
-    WayDown way(mode);
+    FolderMaker way(mode);
     auto error = way.begin(bytes.startsWith('/'));
     for (decltype(bytes.size()) begin = 0, end = 0; error == 0 && begin < bytes.size();
          begin = end + 1) {
@@ -166,7 +166,7 @@ FileError openFolderOrMake(const QString &path, mode_t mode, Descriptor &folder)
         }
         error = way.enter(bytes.mid(begin, end - begin));
         if (error != 0) {
-            way.takeBack();
+            way.removeMade();
             return {error, fileNameFromBytes(bytes.left(end))};
         }
     }

@@ -10,8 +10,8 @@
 namespace platform {
 
 // Makes a folder and those above it that are missing, for everybody as far as the process's mask
-// goes; what root makes in somebody's folder belongs to that somebody. No error where it exists.
-// Takes back what it has made where it fails.
+// goes; what root makes in a user's folder belongs to that user. No error if it exists. Removes
+// what it has made if it fails.
 FileError createFolder(const QString &path);
 
 // The same with a mode of one's own, and opens the folder with O_PATH; links as by openPath().

@@ -71,7 +71,7 @@ FileOperation::~FileOperation()
     --operations;
 }
 
-int FileOperation::living()
+int FileOperation::liveCount()
 {
     return operations;
 }
@@ -111,11 +111,11 @@ int FileOperation::unscheduleFromMainRunLoop()
     const auto self = weak_from_this().lock(); // goes after the lock
     const std::lock_guard lock(schedule().mutex);
     auto &all = schedule().operations;
-    const auto mine = std::find(all.begin(), all.end(), self);
-    if (mine == all.end()) {
+    const auto found = std::find(all.begin(), all.end(), self);
+    if (found == all.end()) {
         return EINVAL;
     }
-    all.erase(mine);
+    all.erase(found);
     return 0;
 }
 

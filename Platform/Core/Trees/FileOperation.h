@@ -30,8 +30,8 @@ class FileOperation : public QObject, public std::enable_shared_from_this<FileOp
 public:
     enum class Stage : qint64 { Undefined = 0, Preflighting = 1, Running = 2, Complete = 3 };
 
-    // A report. currentItem: the path of what is being copied. error: why the copy ended, as errno;
-    // 0 for well. status: the keys below; none for the completion.
+    // A report. currentItem: the path of what is being copied. error: why the copy failed (errno),
+    // 0 for success. status: the keys below; none for the completion.
     using Callback = std::function<void(
         FileOperation &operation, const QString &currentItem, Stage stage, int error,
         const std::optional<QVariantMap> &status, const QVariantMap &context)>;
@@ -48,7 +48,7 @@ public:
     static std::shared_ptr<FileOperation> create();
     ~FileOperation() override;
 
-    // 0, else why not (errno): ENOTSUP without an application, EALREADY when it is scheduled.
+    // 0, else the reason (errno): ENOTSUP without an application, EALREADY when it is scheduled.
     int scheduleWithMainRunLoop();
     // 0, else EINVAL: it is not scheduled.
     int unscheduleFromMainRunLoop();
@@ -65,7 +65,7 @@ public:
     void cancel();
 
     // How many there are in this process.
-    static int living();
+    static int liveCount();
 
 private:
     FileOperation();

@@ -23,7 +23,7 @@ namespace {
 
 // Beyond that a folder's own descriptor is the new start, since the system takes no longer paths.
 constexpr auto maxRelativePathLength = 2000;
-// As much must be waiting before it pays to have a second thread.
+// As many must be waiting before a second thread is useful.
 constexpr std::size_t enoughForTwo = 2;
 // No more batches of entries may wait: they take memory.
 constexpr std::size_t maxWaitingBatches = 64;

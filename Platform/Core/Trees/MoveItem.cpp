@@ -13,7 +13,7 @@
 namespace platform {
 namespace {
 
-bool isStill(const struct stat &item, const ItemPlace &place)
+bool isSameItem(const struct stat &item, const ItemPlace &place)
 {
     struct stat now {};
     return ::fstatat(place.folder.fd(), place.name.constData(), &now, AT_SYMLINK_NOFOLLOW) == 0 &&
@@ -25,7 +25,7 @@ Removal removeFrom(const ItemPlace &place, const struct stat &item, const QStrin
 {
     const auto folder = place.folder.fd();
     const auto *name = place.name.constData();
-    if (!isStill(item, place)) {
+    if (!isSameItem(item, place)) {
         return {{ENOENT, path}, false};
     }
     if (!S_ISDIR(item.st_mode)) {
@@ -41,7 +41,7 @@ Removal removeFrom(const ItemPlace &place, const struct stat &item, const QStrin
 }
 
 // 0, else the reason (errno) why an item cannot be removed.
-int whyNotRemovable(const ItemPlace &place)
+int removalError(const ItemPlace &place)
 {
     struct stat folder {};
     struct stat item {};
@@ -49,7 +49,7 @@ int whyNotRemovable(const ItemPlace &place)
         ::fstatat(place.folder.fd(), place.name.constData(), &item, AT_SYMLINK_NOFOLLOW) != 0) {
         return errno;
     }
-    // Nobody opens this one to us, be it our own.
+    // This folder's permissions are not changed, even if it is ours.
     if (::faccessat(place.folder.fd(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
         return errno;
     }
@@ -59,10 +59,10 @@ int whyNotRemovable(const ItemPlace &place)
 FileError moveByCopying(const ItemPlace &from, const QString &source, const ItemPlace &to,
                         const QString &destination)
 {
-    if (const auto error = whyNotRemovable(from); error != 0) {
+    if (const auto error = removalError(from); error != 0) {
         return {error, source};
     }
-    clearUnfinishedItemsNowAndThen(from.folder.fd());
+    clearUnfinishedItemsUnlessRecent(from.folder.fd());
     CopiedItem copied;
     if (auto error = copyPlace(from, source, to, destination, nullptr, CopyPurpose::Move, copied)) {
         return error;

@@ -97,7 +97,7 @@ private:
     }
     void fail(int error, const CopiedFolder &folder, const QByteArray &name);
     void noteRemovability(int from, CopiedFolder &folder) const;
-    void startThreadIfItPays();
+    void startThreadIfUseful();
 
     QString m_source;
     std::shared_ptr<const FolderPair> m_top;
@@ -135,14 +135,14 @@ void ParallelTreeCopy::noteRemovability(int from, CopiedFolder &folder) const
     }
 }
 
-void ParallelTreeCopy::startThreadIfItPays()
+void ParallelTreeCopy::startThreadIfUseful()
 {
     if (!m_tasks.areMany()) {
         return;
     }
     const std::lock_guard lock(m_mutex);
-    const auto most = std::clamp(std::thread::hardware_concurrency(), 2U, maxThreads);
-    if (!m_mayStartThreads || m_threads.size() + 1 >= most) {
+    const auto maxWorkers = std::clamp(std::thread::hardware_concurrency(), 2U, maxThreads);
+    if (!m_mayStartThreads || m_threads.size() + 1 >= maxWorkers) {
         return;
     }
     const SignalsBlocked blocked;
@@ -246,7 +246,7 @@ int ParallelTreeCopy::Worker::readOn(const CopyTask &task)
             folder.pending.fetch_add(1, std::memory_order_relaxed);
             m_copy.m_tasks.add(task);
             goesOnElsewhere = true;
-            m_copy.startThreadIfItPays();
+            m_copy.startThreadIfUseful();
         }
         m_below.clear();
         while (m_batch.next()) {
@@ -265,7 +265,7 @@ int ParallelTreeCopy::Worker::readOn(const CopyTask &task)
             m_copy.m_tasks.add({task.folder, std::move(name), {}});
         }
         if (!m_below.empty()) {
-            m_copy.startThreadIfItPays();
+            m_copy.startThreadIfUseful();
         }
     }
     return goesOnElsewhere ? 0 : m_batch.error();

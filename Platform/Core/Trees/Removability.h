@@ -17,7 +17,7 @@ public:
     Removability(int folder, const struct stat &status)
     {
         const auto mayWrite = ::faccessat(folder, ".", W_OK | X_OK, AT_EACCESS) == 0;
-        // An own folder can be opened to that first.
+        // A folder of this user's can be given the permissions first.
         const auto isOwn = ::geteuid() == 0 || status.st_uid == ::geteuid();
         if (!mayWrite && (!isOwn || errno == EROFS)) {
             m_error = errno;

@@ -98,7 +98,7 @@ bool isEmpty(int folder)
     return ::lseek(folder, 0, SEEK_SET) == 0 && !FolderEntries(folder).next();
 }
 
-void clearIfLeft(int folder, const QByteArray &name)
+void removeIfAbandoned(int folder, const QByteArray &name)
 {
     const auto left = openFolder(folder, name.constData());
     struct stat status {};
@@ -130,39 +130,39 @@ int renameClosedFolder(int from, int to, const QByteArray &name)
 
 // The folders that were looked through last, so that a large one is not read for each of many
 // files. Two: a move has one where it takes and one where it puts.
-class LastLooks {
+class RecentScans {
 public:
     // Whether that was a moment ago, and it has as many folders in it now as then.
     bool isRecent(const struct stat &folder)
     {
         const std::lock_guard lock(m_mutex);
         const auto now = Clock::now();
-        auto *look = m_looks.data();
-        for (auto &other : m_looks) {
+        auto *scan = m_scans.data();
+        for (auto &other : m_scans) {
             if (other.folder.st_dev == folder.st_dev && other.folder.st_ino == folder.st_ino) {
-                look = &other;
+                scan = &other;
                 break;
             }
-            look = other.time < look->time ? &other : look;
+            scan = other.time < scan->time ? &other : scan;
         }
-        if (look->folder.st_dev == folder.st_dev && look->folder.st_ino == folder.st_ino &&
-            look->folder.st_nlink == folder.st_nlink &&
-            now - look->time < std::chrono::seconds(1)) {
+        if (scan->folder.st_dev == folder.st_dev && scan->folder.st_ino == folder.st_ino &&
+            scan->folder.st_nlink == folder.st_nlink &&
+            now - scan->time < std::chrono::seconds(1)) {
             return true;
         }
-        *look = {folder, now};
+        *scan = {folder, now};
         return false;
     }
 
 private:
     using Clock = std::chrono::steady_clock;
-    struct Look {
+    struct Scan {
         struct stat folder {};
         Clock::time_point time;
     };
 
     std::mutex m_mutex;
-    std::array<Look, 2> m_looks;
+    std::array<Scan, 2> m_scans;
 };
 
 } // namespace
@@ -292,15 +292,15 @@ void clearUnfinishedItems(int folder)
         }
     }
     for (const auto &name : left) {
-        clearIfLeft(folder, name);
+        removeIfAbandoned(folder, name);
     }
 }
 
-void clearUnfinishedItemsNowAndThen(int folder)
+void clearUnfinishedItemsUnlessRecent(int folder)
 {
-    static LastLooks lastLooks;
+    static RecentScans recentScans;
     struct stat status {};
-    if (::fstat(folder, &status) == 0 && !lastLooks.isRecent(status)) {
+    if (::fstat(folder, &status) == 0 && !recentScans.isRecent(status)) {
         clearUnfinishedItems(folder);
     }
 }

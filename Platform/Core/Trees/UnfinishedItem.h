@@ -11,7 +11,8 @@ namespace platform {
 
 // A place for a new item until it is whole: a folder beside its final place, ".unfinished-" and
 // some letters, into which nobody but this process's user can look, reach or put anything. It is
-// locked while its maker lives; those whose maker is gone are cleared by whoever comes next.
+// locked while the process that made it lives. Once that process has ended, the next one that makes
+// an item there removes it.
 class UnfinishedItem {
 public:
     UnfinishedItem() = default;
@@ -45,10 +46,11 @@ private:
 // network their maker may live elsewhere.
 void clearUnfinishedItems(int folder);
 // The same for what is done many times in a row in the same folder.
-void clearUnfinishedItemsNowAndThen(int folder);
+void clearUnfinishedItemsUnlessRecent(int folder);
 
-// Removes an open folder that has this name in another one, in one step as far as the name goes:
-// what of it cannot be removed is left as an unfinished item, except where that is all of it.
+// Removes an open folder that has this name in another one. The name disappears in one step;
+// contents that cannot be removed are left as an unfinished item, unless nothing at all could be
+// removed.
 Removal removeAtOnce(int folder, const QByteArray &name, int open, const QString &path);
 
 } // namespace platform

@@ -74,7 +74,7 @@ private:
 
 void ZQFileManagerAsynchronousCopyTest::cleanup()
 {
-    QTRY_COMPARE_WITH_TIMEOUT(FileOperation::living(), 0, 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(FileOperation::liveCount(), 0, 30000);
     m_fixture.reset();
 }
 
@@ -186,7 +186,7 @@ void ZQFileManagerAsynchronousCopyTest::aDelegateWithoutFormsIsNotCalled()
     test::writeFile(at / "source");
     test::OtherFormsDelegate delegate;
     QVERIFY(ZQFileManager::copyFileWithProgress(at.path("source"), at.path("copy"), &delegate, {}));
-    QTRY_COMPARE(FileOperation::living(), 0);
+    QTRY_COMPARE(FileOperation::liveCount(), 0);
     QVERIFY(delegate.reports.isEmpty());
     QVERIFY(test::exists(at / "copy"));
 }
@@ -196,7 +196,7 @@ void ZQFileManagerAsynchronousCopyTest::withoutADelegateTheCopyIsMadeAllTheSame(
     auto &at = *m_fixture;
     test::makeTree(at / "source");
     QVERIFY(ZQFileManager::copyFileWithProgress(at.path("source"), at.path("copy"), nullptr, {}));
-    QTRY_COMPARE(FileOperation::living(), 0);
+    QTRY_COMPARE(FileOperation::liveCount(), 0);
     QCOMPARE(test::tree(at / "copy"), test::tree(at / "source"));
 }
 
@@ -480,7 +480,7 @@ void ZQFileManagerAsynchronousCopyTest::anOperationGoesAfterItsEndUnlessItIsHeld
     QVERIFY(ZQFileManager::copyFileWithProgress(at.path("source"), at.path("copy"), &delegate, {}));
     QVERIFY(delegate.waitForEnd());
     QTest::qWait(50);
-    QCOMPARE(FileOperation::living(), 1);
+    QCOMPARE(FileOperation::liveCount(), 1);
     const QPointer<FileOperation> operation(delegate.held.get());
     // The last holder lets go on another thread.
     test::onWorker([&] {
@@ -488,7 +488,7 @@ void ZQFileManagerAsynchronousCopyTest::anOperationGoesAfterItsEndUnlessItIsHeld
         return true;
     });
     QTRY_VERIFY(operation == nullptr);
-    QCOMPARE(FileOperation::living(), 0);
+    QCOMPARE(FileOperation::liveCount(), 0);
 }
 
 void ZQFileManagerAsynchronousCopyTest::aDelegateThatIsDestroyedMeanwhileIsNotCalled()
@@ -499,7 +499,7 @@ void ZQFileManagerAsynchronousCopyTest::aDelegateThatIsDestroyedMeanwhileIsNotCa
     QVERIFY(ZQFileManager::copyFileWithProgress(at.path("source"), at.path("copy"), delegate.get(),
                                                 {}));
     delegate.reset();
-    QTRY_COMPARE(FileOperation::living(), 0);
+    QTRY_COMPARE(FileOperation::liveCount(), 0);
     QVERIFY(test::exists(at / "copy"));
 }
 

@@ -35,7 +35,7 @@ void ZQFileManagerCopyStartTest::withoutAMainRunLoopNothingIsScheduledAndTheOper
     QCOMPARE(at.console(),
              QStringList(QStringLiteral("Failed to schedule operation with run loop: 95")));
     QVERIFY(!test::exists(at / "copy"));
-    QCOMPARE(FileOperation::living(), 1); // for ever
+    QCOMPARE(FileOperation::liveCount(), 1); // for ever
 }
 
 void ZQFileManagerCopyStartTest::withoutAThreadNothingBegins()
@@ -45,7 +45,7 @@ void ZQFileManagerCopyStartTest::withoutAThreadNothingBegins()
     FileManagerFixture at;
     test::writeFile(at / "source");
     test::CopyDelegate delegate;
-    const auto before = FileOperation::living();
+    const auto before = FileOperation::liveCount();
     bool started = true;
     {
         const test::Faults faults({test::Thread, 1, test::Outcome::Fails, EAGAIN, true, false});
@@ -58,7 +58,7 @@ void ZQFileManagerCopyStartTest::withoutAThreadNothingBegins()
     QTest::qWait(50);
     QVERIFY(delegate.reports.isEmpty());
     QVERIFY(!test::exists(at / "copy"));
-    QCOMPARE(FileOperation::living(), before);
+    QCOMPARE(FileOperation::liveCount(), before);
 }
 
 void ZQFileManagerCopyStartTest::anOperationIsScheduledOnceAndStartedOnce()
