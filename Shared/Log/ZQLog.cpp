@@ -20,7 +20,7 @@ constexpr quint64 longText = 100;
 constexpr std::size_t manyEntries = 20;
 
 // At the end an entry that is being written gets this long.
-constexpr auto longestFarewell = std::chrono::milliseconds(200);
+constexpr auto maxWaitAtExit = std::chrono::milliseconds(200);
 
 } // namespace
 
@@ -118,7 +118,7 @@ void ZQLog::close()
         m_writeQueue.waitUntilIdle();
     }
     setAppName(QString());
-    if (m_writeQueue.stop(longestFarewell)) {
+    if (m_writeQueue.stop(maxWaitAtExit)) {
         m_lines.setFile(nullptr);
     }
     setFileHandle(nullptr);

@@ -157,7 +157,7 @@ bool pumpEventsUntil(const std::function<bool()> &ended)
     if (ended()) {
         return true;
     }
-    // A real event loop, because only such a one is told that the application quits.
+    // A real event loop, because only that is notified when the application quits.
     QEventLoop loop;
     QTimer poll;
     poll.setTimerType(Qt::PreciseTimer);

@@ -86,15 +86,16 @@ private:
         return all;
     }
 
-    // Keeps the memory of some batches, of one when the rush is over. The rest goes after the lock.
+    // Keeps the memory of some batches, or of only one if there was nothing to do. The rest is
+    // freed after the lock is released.
     void keepSpares(std::vector<Batch> used)
     {
-        const auto most = used.empty() ? 1 : maxSpares;
+        const auto maxKept = used.empty() ? 1 : maxSpares;
         const auto lock = m_worker.lock();
-        for (; !used.empty() && m_spares.size() < most; used.pop_back()) {
+        for (; !used.empty() && m_spares.size() < maxKept; used.pop_back()) {
             m_spares.push_back(std::move(used.back()));
         }
-        for (; m_spares.size() > most; m_spares.pop_back()) {
+        for (; m_spares.size() > maxKept; m_spares.pop_back()) {
             used.push_back(std::move(m_spares.back()));
         }
     }

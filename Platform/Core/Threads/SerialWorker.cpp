@@ -11,8 +11,8 @@
 namespace platform {
 namespace {
 
-constexpr auto lingerStep = std::chrono::microseconds(250);
-constexpr int lingerSteps = 80; // 20 ms
+constexpr auto idleStep = std::chrono::microseconds(250);
+constexpr int maxIdleSteps = 80; // 20 ms
 
 // Having found fewer entries than this, the worker lets more gather before it looks again.
 constexpr std::size_t busy = 256;
@@ -32,7 +32,7 @@ SerialWorker::~SerialWorker()
 void SerialWorker::wakeThread(std::unique_lock<std::mutex> &lock)
 {
     if (m_isForked) {
-        workHere(lock);
+        workOnThisThread(lock);
         return;
     }
     if (!m_running) {
@@ -60,13 +60,13 @@ void SerialWorker::run()
         const auto entries = work();
         idleSteps = entries == 0 ? idleSteps + 1 : 0;
         std::unique_lock lock(m_mutex);
-        if (idleSteps > lingerSteps && m_added == m_finished) {
+        if (idleSteps > maxIdleSteps && m_added == m_finished) {
             m_awake = false;
             m_threads.wake.wait(lock, [this] { return m_awake || m_urgent; });
             m_awake = true;
             idleSteps = 0;
         } else if (entries < busy) {
-            m_threads.wake.wait_for(lock, lingerStep, [this] { return m_urgent; });
+            m_threads.wake.wait_for(lock, idleStep, [this] { return m_urgent; });
         }
         m_urgent = false;
     }
@@ -84,7 +84,7 @@ std::size_t SerialWorker::work()
 }
 
 // With no thread running.
-void SerialWorker::workHere(std::unique_lock<std::mutex> &lock) noexcept
+void SerialWorker::workOnThisThread(std::unique_lock<std::mutex> &lock) noexcept
 {
     m_awake = m_running = true;
     m_id.store(std::this_thread::get_id(), std::memory_order_relaxed);
@@ -112,7 +112,7 @@ void SerialWorker::waitUntilIdle()
     }
     std::unique_lock lock(m_mutex);
     if (!m_running) {
-        workHere(lock);
+        workOnThisThread(lock);
         return;
     }
     const auto last = m_added;
@@ -129,8 +129,8 @@ void SerialWorker::prepareForFork()
         return;
     }
     auto isPaused = m_working.try_lock();
-    for (auto step = 0; !isPaused && step < lingerSteps; ++step) {
-        std::this_thread::sleep_for(lingerStep);
+    for (auto step = 0; !isPaused && step < maxIdleSteps; ++step) {
+        std::this_thread::sleep_for(idleStep);
         isPaused = m_working.try_lock();
     }
     m_mutex.lock();

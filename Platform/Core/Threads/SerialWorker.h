@@ -11,10 +11,10 @@
 
 namespace platform {
 
-// The thread behind a SerialQueue. Adding costs no system call while the thread is about: after
-// work it looks for more every 250 microseconds, and only after 20 milliseconds without any does it
+// The thread behind a SerialQueue. Adding costs no system call while the thread is awake: after its
+// work it looks for more every 250 microseconds. Only after 20 milliseconds without work does it
 // sleep until it is woken. It starts with the first entry. Where there is no thread to be had, and
-// in a process that was forked and has none, those who wait do the work themselves.
+// in a process that was forked and has none, the threads that wait do the work themselves.
 class SerialWorker {
 public:
     // work handles all that waits and returns how many entries that were. Called on the thread.
@@ -26,7 +26,8 @@ public:
     SerialWorker(const SerialWorker &) = delete;
     SerialWorker &operator=(const SerialWorker &) = delete;
 
-    // Has put add an entry while it holds the lock. Any thread; nothing happens after stop().
+    // Calls put, which adds an entry, while it holds the lock. Any thread; nothing happens after
+    // stop().
     template <typename Put>
     void add(Put put)
     {
@@ -43,7 +44,7 @@ public:
     // Excludes add().
     std::unique_lock<std::mutex> lock() { return std::unique_lock(m_mutex); }
 
-    // Work tells that so many entries are done with.
+    // The work function reports that so many entries are handled.
     void finished(std::size_t entries);
 
     // Returns when all entries added before the call are done with, on the thread itself at once.
@@ -74,7 +75,7 @@ private:
     void start();
     void run();
     std::size_t work();
-    void workHere(std::unique_lock<std::mutex> &lock) noexcept;
+    void workOnThisThread(std::unique_lock<std::mutex> &lock) noexcept;
 
     const char *m_threadName;
     std::function<std::size_t()> m_work;
