@@ -125,12 +125,12 @@ void ZQSwitch::setEnabled(bool enabled)
         m_lostFocus.reset();
         if (focused) {
             m_lostFocus = reason;
-            m_focusTaker = window()->focusWidget();
+            m_focusedMeanwhile = window()->focusWidget();
         }
     } else if (m_lostFocus) {
         // The pane disables its switch for as long as a start or stop takes. Who toggles it from
         // the keyboard finds the focus where it was, unless it has been moved since.
-        if (window()->focusWidget() == m_focusTaker) {
+        if (window()->focusWidget() == m_focusedMeanwhile) {
             setFocus(*m_lostFocus);
         }
         m_lostFocus.reset();

@@ -110,5 +110,5 @@ private:
     bool m_showsFocus = false;
     // How the focus was got that disabling took away, and who has it since.
     std::optional<Qt::FocusReason> m_lostFocus;
-    QPointer<QWidget> m_focusTaker;
+    QPointer<QWidget> m_focusedMeanwhile;
 };

@@ -16,10 +16,10 @@ public:
     // Shows at most maxLength UTF-16 units of the text.
     AlertText(const QString &text, int maxLength, QWidget *parent);
 
-    // The width that the text would like, at most maxWidth.
+    // The preferred width of the text, at most maxWidth.
     int idealWidth(int maxWidth) const;
 
-    // Takes that width and the height that the text then needs, at most maxHeight.
+    // Sets that width, and the height that the text then needs, at most maxHeight.
     void fit(int width, int maxHeight);
 
 protected:

@@ -16,7 +16,7 @@ public:
     void setPlaceholder(const QString &text);
 
 Q_SIGNALS:
-    // Text typed into the list, which belongs into the search field.
+    // Text typed into the list, which belongs in the search field.
     void typed(const QString &text);
     // Up from the first row.
     void leftAtTop();

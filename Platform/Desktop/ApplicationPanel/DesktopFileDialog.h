@@ -4,10 +4,10 @@
 
 namespace platform {
 
-// Whether the desktop's own file dialog can be shown now; otherwise Qt's is to be taken
-// (QFileDialog::DontUseNativeDialog). The desktop portal asks the kernel who its caller is, is
-// refused that for an untraceable process, and then shows nothing and says that the user has
-// cancelled. Main thread only.
+// Whether the desktop's own file dialog can be shown now; otherwise Qt's must be used
+// (QFileDialog::DontUseNativeDialog). The desktop portal asks the kernel about its caller. For an
+// untraceable process the kernel refuses, and the portal then shows nothing and reports that the
+// user has cancelled. Main thread only.
 bool canShowDesktopFileDialog();
 
 } // namespace platform

@@ -11,7 +11,7 @@
 namespace platform {
 
 // X11: the window grabs the keyboard whenever it has the focus.
-class KeyboardGrab : public QObject, public ShortcutInhibition::Means {
+class KeyboardGrab : public QObject, public ShortcutInhibition::Method {
     Q_OBJECT
 public:
     explicit KeyboardGrab(QWindow *window);

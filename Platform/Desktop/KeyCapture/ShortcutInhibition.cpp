@@ -20,7 +20,7 @@ QWindow *windowOf(const QWidget *widget)
     return widget->window()->windowHandle();
 }
 
-std::unique_ptr<ShortcutInhibition::Means> meansFor(QWindow *window)
+std::unique_ptr<ShortcutInhibition::Method> methodFor(QWindow *window)
 {
     const auto name = QGuiApplication::platformName();
     if (window == nullptr) {
@@ -37,7 +37,7 @@ std::unique_ptr<ShortcutInhibition::Means> meansFor(QWindow *window)
 
 } // namespace
 
-ShortcutInhibition::ShortcutInhibition(QWindow *window) : m_means(meansFor(window)) {}
+ShortcutInhibition::ShortcutInhibition(QWindow *window) : m_method(methodFor(window)) {}
 
 ShortcutInhibition::ShortcutInhibition(const QWidget *widget) : ShortcutInhibition(windowOf(widget))
 {
@@ -47,7 +47,7 @@ ShortcutInhibition::~ShortcutInhibition() = default;
 
 bool ShortcutInhibition::isActive() const
 {
-    return m_means != nullptr && m_means->isActive();
+    return m_method != nullptr && m_method->isActive();
 }
 
 } // namespace platform

@@ -9,11 +9,11 @@ class QWindow;
 
 namespace platform {
 
-// While it lives, and while its window has the keyboard, the desktop's global shortcuts come to the
-// window as key presses instead of doing what they stand for. Under X11 by a keyboard grab, under
+// While it lives, and while its window has the keyboard, the desktop's global shortcuts reach the
+// window as key presses instead of triggering their actions. Under X11 by a keyboard grab, under
 // Wayland by keyboard-shortcuts-inhibit-unstable-v1, where the compositor has that and allows it;
-// elsewhere it does nothing. The keyboard follows the user to other windows as ever. May outlive
-// its window, but not the application. Main thread only.
+// elsewhere it does nothing. Other windows get the keyboard as usual. May outlive its window, but
+// not the application. Main thread only.
 class ShortcutInhibition {
 public:
     explicit ShortcutInhibition(QWindow *window);
@@ -28,17 +28,17 @@ public:
     bool isActive() const;
 
     // One for each kind of desktop.
-    class Means {
+    class Method {
     public:
-        Means() = default;
-        virtual ~Means() = default;
-        Means(const Means &) = delete;
-        Means &operator=(const Means &) = delete;
+        Method() = default;
+        virtual ~Method() = default;
+        Method(const Method &) = delete;
+        Method &operator=(const Method &) = delete;
         virtual bool isActive() = 0;
     };
 
 private:
-    std::unique_ptr<Means> m_means;
+    std::unique_ptr<Method> m_method;
 };
 
 } // namespace platform

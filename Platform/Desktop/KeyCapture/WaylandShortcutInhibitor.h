@@ -14,7 +14,7 @@ struct zwp_keyboard_shortcuts_inhibitor_v1;
 namespace platform {
 
 // Wayland: asks the compositor for an inhibitor for the window's surface, as long as it has one.
-class WaylandShortcutInhibitor : public QObject, public ShortcutInhibition::Means {
+class WaylandShortcutInhibitor : public QObject, public ShortcutInhibition::Method {
     Q_OBJECT
 public:
     explicit WaylandShortcutInhibitor(QWindow *window);
