@@ -17,7 +17,7 @@
 namespace listenerPreferences {
 namespace {
 
-qlonglong cutToInteger(double real)
+qlonglong truncated(double real)
 {
     using Limits = std::numeric_limits<qlonglong>;
     constexpr double end = 0x1p63; // which a double holds exactly
@@ -60,7 +60,7 @@ std::optional<qlonglong> number(const QVariant &value)
         return static_cast<qlonglong>(
             qMin(value.toULongLong(), qulonglong{std::numeric_limits<qlonglong>::max()}));
     case QMetaType::Double:
-        return cutToInteger(value.toDouble());
+        return truncated(value.toDouble());
     default:
         return std::nullopt;
     }

@@ -198,7 +198,7 @@ void ZQAlert::startTimer(qint64 seconds)
     });
 }
 
-// Returns when the alert has ended, or at once as unanswered when nobody could answer any more.
+// Returns when the alert has ended, or at once, unanswered, if nobody can answer any more.
 void ZQAlert::wait()
 {
     using namespace std::chrono_literals;

@@ -5,15 +5,15 @@
 #include <QByteArray>
 #include <QString>
 
-// A job file of the computer's: loaded is only a file that root has made, in a folder that only
-// root can change, with the contents that were asked for. Whoever has had a file open for writing
-// can write to it for ever, whosoever it becomes. What is done here may ask for the authorisation.
+// A system-wide job file. A file is loaded only if root has made it, in a folder that only root can
+// change, with the requested contents. Whoever has a file open for writing can still write to it
+// after its owner has changed. What is done here may ask for the authorisation.
 class RootsJobFile {
 public:
     RootsJobFile(QString path, QByteArray contents);
 
     // Why others than root could put something else in the file's place, now or later; null where
-    // nobody could. Root's tools follow paths, so that they must not be used there.
+    // nobody could. Root's tools follow paths, so they must not be used there.
     static QString folderObjection(const QString &folder);
 
     // Has root put a new file with the contents in place of what is at the path, at once. Nobody

@@ -97,7 +97,7 @@ bool ZQLogGathering::prepareFolder()
             return fail(QStringLiteral("Error removing existing folder: %@"), error);
         }
     }
-    // For nobody else, and so is what is made of it.
+    // Private, and so the archive made from it is private.
     auto error = platform::createFolder(ZQLocalPaths::tempDirectory());
     if (!error && ::mkdir(platform::fileNameBytes(m_folder).constData(), S_IRWXU) != 0) {
         error = {errno, m_folder};

@@ -9,8 +9,8 @@
 
 #include <functional>
 
-// One gathering of logs, crash reports and preferences into an archive on the desktop, from its
-// beginning to its end, without a word to the user. For the troubleshooting utilities.
+// One gathering of logs, crash reports and preferences into an archive on the desktop, from
+// beginning to end, without any message to the user. For the troubleshooting utilities.
 class ZQLogGathering {
 public:
     enum class Outcome { Failed, NothingFound, NotCompressed, Compressed };

@@ -8,7 +8,7 @@
 
 enum class Silent { No, Yes };
 
-// What a gathering has to say beside its alerts.
+// What a gathering reports in addition to its alerts.
 struct ZQGatheringRemarks {
     // Null where there is none.
     QString archive;

@@ -30,7 +30,7 @@ QIcon iconInFile(const QString &path)
                                                                              : QIcon(path);
 }
 
-// Icons of a theme have names without an ending; many entries give one all the same.
+// Names of theme icons have no extension, but many entries give one.
 QString themeName(QString icon)
 {
     const auto ends = [&](const char *ending) { return icon.endsWith(QLatin1String(ending)); };

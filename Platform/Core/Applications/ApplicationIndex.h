@@ -38,8 +38,8 @@ private:
     bool m_isFresh = false;
 };
 
-// The applications below one folder by their identifiers: what it takes is a look at the folder,
-// and at each ".app" folder in it.
+// The applications below one folder by their identifiers. It reads only the folder, and each ".app"
+// folder in it.
 class ApplicationIndex {
 public:
     explicit ApplicationIndex(QString folder) : m_folder(std::move(folder)) {}

@@ -6,9 +6,10 @@
 
 namespace platform {
 
-// Makes an application known to the desktop, or known anew: of an application package, a desktop
-// entry named after its identifier, in the user's data folder; a desktop entry is taken there as it
-// is (freedesktop.org's Desktop Entry specification 1.5). Anything else is refused, EINVAL.
+// Registers an application with the desktop, or registers it again. For an application package,
+// writes a desktop entry named after its identifier into the user's data folder; a desktop entry is
+// copied there unchanged (freedesktop.org's Desktop Entry specification 1.5). Anything else is
+// refused, EINVAL.
 FileError registerApplication(const QString &path);
 
 } // namespace platform

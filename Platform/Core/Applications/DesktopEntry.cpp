@@ -68,7 +68,7 @@ QString text(const QByteArray &value)
     return all.isEmpty() ? QString() : all.constFirst();
 }
 
-bool truth(const QByteArray &value)
+bool booleanValue(const QByteArray &value)
 {
     return value == "true" || value == "1"; // "1" is what old entries have
 }
@@ -158,8 +158,8 @@ std::optional<DesktopEntry> desktopEntryFromData(const QByteArray &data,
     entry.icon = text(localised(keys, "Icon", locales));
     entry.exec = text(keys.value("Exec"));
     entry.tryExec = text(keys.value("TryExec"));
-    entry.noDisplay = truth(keys.value("NoDisplay"));
-    entry.hidden = truth(keys.value("Hidden"));
+    entry.noDisplay = booleanValue(keys.value("NoDisplay"));
+    entry.hidden = booleanValue(keys.value("Hidden"));
     if (keys.contains("OnlyShowIn")) {
         entry.onlyShowIn = parts(keys.value("OnlyShowIn"), true);
     }

@@ -10,7 +10,7 @@
 // Desktop entries of freedesktop.org (version 1.5): what a ".desktop" file says of an application.
 namespace platform {
 
-// More than the largest ones have with all their translations.
+// More than the largest entries have with all their translations.
 constexpr qint64 maxDesktopEntrySize = qint64(1024) * 1024;
 
 // Absent values are null and empty.
@@ -34,7 +34,7 @@ struct DesktopEntry {
     // Name of the program that runs, without folder: "vlc" of "env A=b /usr/bin/vlc %U".
     QString program() const;
 
-    // Whether the program that stands for being installed (TryExec) is there; true where none does.
+    // Whether the program that TryExec names is there; true if the entry has no TryExec.
     bool isInstalled() const;
 };
 

@@ -68,7 +68,7 @@ bool waitForHelper(int channel, PasswordAgent *agent, const Authorization::IsGiv
     return false;
 }
 
-// A helper that does not take its requests any more holds nobody up.
+// A helper that no longer reads its requests must not block the caller.
 void limitSending(int socket)
 {
     const timeval limit{std::chrono::duration_cast<std::chrono::seconds>(toolStartTimeout).count(),
@@ -76,8 +76,8 @@ void limitSending(int socket)
     ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
-// Says in words why pkexec has not started the helper. Its exit statuses are in pkexec(1); the
-// reasons that share one only its message tells apart.
+// Logs why pkexec has not started the helper. pkexec(1) has its exit statuses. Several reasons
+// share one; only the message distinguishes them.
 AuthorizationStatus explainRefusal(int exitStatus, const QString &message)
 {
     if (exitStatus == 126) {

@@ -33,7 +33,7 @@ constexpr const char *pamHelper = "/usr/lib/polkit-1/polkit-agent-helper-1";
 constexpr std::chrono::seconds busTimeout{25}; // what D-Bus gives a call
 
 // How long PAM may be silent; a module in front of the password's may wait for a finger or a card.
-constexpr std::chrono::milliseconds maxSilence{60'000};
+constexpr std::chrono::milliseconds maxReplyTime{60'000};
 
 // Start time of this process in clock ticks after boot: field 22 of its stat file (proc(5)),
 // counted behind the name, which ends at the last parenthesis.
@@ -73,7 +73,7 @@ std::optional<QByteArray> receiveLine(int socket, QByteArray *pending)
             return line;
         }
         pollfd readable{socket, POLLIN, 0};
-        const int ready = ::poll(&readable, 1, static_cast<int>(maxSilence.count()));
+        const int ready = ::poll(&readable, 1, static_cast<int>(maxReplyTime.count()));
         if (ready == 0 || (ready < 0 && errno != EINTR)) {
             return {};
         }
@@ -89,8 +89,8 @@ std::optional<QByteArray> receiveLine(int socket, QByteArray *pending)
 }
 
 // The helper's side of PAM: a prompt that hides what is typed wants the password.
-bool converse(int socket, const QByteArray &cookie, const QByteArray &user,
-              const QByteArray &password)
+bool answerPrompts(int socket, const QByteArray &cookie, const QByteArray &user,
+                   const QByteArray &password)
 {
     QByteArray pending;
     if (!sendLine(socket, cookie)) {
@@ -272,7 +272,7 @@ bool PasswordAgent::authenticate(const QByteArray &cookie) const
     }
     ends->second.close();
     const auto helper = std::make_shared<ChildExit>(process);
-    const bool accepted = converse(ends->first.fd(), cookie, m_user, m_password);
+    const bool accepted = answerPrompts(ends->first.fd(), cookie, m_user, m_password);
     helper->reapInBackground(); // it ends by itself, at the latest when it cannot read any more
     return accepted;
 }

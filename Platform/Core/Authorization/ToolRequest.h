@@ -50,7 +50,7 @@ bool sendPacket(int socket, std::string_view bytes, std::initializer_list<int> d
 // counts.
 std::optional<Packet> receivePacket(int socket);
 
-// Waits no longer than that for something to read or the end of the connection.
+// Waits at most that long for something to read or the end of the connection.
 bool becomesReadable(int descriptor, std::chrono::milliseconds limit);
 
 // Waits for the helper's answer to a request: 0 or the system's error number.

@@ -9,8 +9,8 @@ namespace platform {
 
 // What to run for the command at this path: the file itself where there is one; else our own
 // executable of that name in the private folder; else the system's command of that name in its
-// usual folders. The path as it is where there is none of them. For root, only a file that nobody
-// but root can change is taken. Our own "/usr/sbin/chown" goes before the system's where no group
+// usual folders. The unchanged path if none of them exists. For root, only a file counts that
+// nobody but root can change. Our own "/usr/sbin/chown" goes before the system's where no group
 // "wheel" exists, since only ours knows "root:wheel" then. No environment variable is looked at.
 QString systemCommand(const QString &path);
 

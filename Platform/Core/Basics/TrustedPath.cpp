@@ -62,7 +62,7 @@ bool isPrivateGroup(gid_t group, uid_t user)
     return !isPrimaryGroupOfAnother(group, user);
 }
 
-// Also where that cannot be told.
+// Also true if that cannot be determined.
 bool mayHaveAccessList(int file)
 {
     const auto path = "/proc/self/fd/" + std::to_string(file); // O_PATH has no attributes itself
@@ -208,13 +208,13 @@ private:
         const int error = errno; // of a failed opening
         m_here = std::move(next);
         if (!m_here.isOpen()) {
-            return refuseUnreached(path, error);
+            return refuseUnreachable(path, error);
         }
         if (!isServedByTrusted(path)) {
             return false;
         }
         if (::fstat(m_here.fd(), &m_status) != 0) {
-            return refuseUnreached(path, errno);
+            return refuseUnreachable(path, errno);
         }
         const auto objection = othersWhoChange(m_here.fd(), m_status, m_user);
         return objection.empty() || refuse(path, EPERM, objection);
@@ -245,7 +245,7 @@ private:
         m_result.path = m_path;
     }
 
-    bool refuseUnreached(std::string_view path, int error)
+    bool refuseUnreachable(std::string_view path, int error)
     {
         return refuse(path, error, std::string("cannot be reached: ") + std::strerror(error));
     }

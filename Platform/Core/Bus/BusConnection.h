@@ -10,8 +10,8 @@
 
 namespace platform {
 
-// A connection to a D-Bus socket that keeps nobody waiting beyond a deadline. The library's own
-// calls would wait for 90 seconds until the other side says its first word. Plain C++. One thread.
+// A connection to a D-Bus socket whose calls end at a deadline. The library's own calls would wait
+// 90 seconds for the other side's first message. Plain C++. One thread.
 class BusConnection {
 public:
     using Deadline = std::chrono::steady_clock::time_point;

@@ -11,7 +11,8 @@ namespace platform {
 
 // The dictionary with only what D-Bus carries: dates and other values that have a text become text,
 // values that have none are left out, as is what is nested deeper than 16 levels. Nothing when all
-// of it is larger than 8 MiB, because the bus cuts off who sends what it finds too large.
+// of it is larger than 8 MiB, because the bus disconnects the sender of a message that is too
+// large.
 std::optional<QVariantMap> dbusDictionary(const QVariantMap &dictionary);
 
 // The dictionary in an argument that came from D-Bus, made of plain values: truth values, numbers,

@@ -4,11 +4,10 @@
 
 #include <QByteArray>
 
-// Keeps from the library what it does not survive: it follows nesting on the stack and copies the
-// shared objects of the binary form each time that they are met. Keeps from us, too, what the
-// library would make something else of: dates that are none, integers of more than 64 bits, zeros
-// and halves of surrogate pairs in texts. Whether the bytes are a property list otherwise is for
-// the library to say.
+// Rejects input that the library cannot handle: it recurses into nested containers and copies a
+// shared object of the binary form at each reference. Also rejects values that the library would
+// change: dates that are none, integers of more than 64 bits, zeros and halves of surrogate pairs
+// in texts. Whether the bytes are a property list otherwise is for the library to say.
 namespace platform::propertylist {
 
 // True where XML keeps to PropertyListLimits.h and to what the library and XML take alike: no text

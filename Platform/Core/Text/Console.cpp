@@ -66,7 +66,7 @@ void writeWhole(int file, const QByteArray &bytes)
     }
 }
 
-// Writes even to a pipe that nobody reads any more, without the signal that would end the program.
+// Writes also to a pipe without a reader, without the signal that would end the program.
 void writeWithoutSignal(int file, const QByteArray &bytes)
 {
     sigset_t pipe;

@@ -4,8 +4,8 @@
 
 #include <QStringList>
 
-// Paths as text: nothing of them is looked up on disk. As NSString has it: slashes at the end and
-// doubled ones count for nothing, and a name's leading dot begins no extension.
+// Paths as text: nothing is looked up on disk. As in NSString, slashes at the end and double
+// slashes do not count, and a name's leading dot begins no extension.
 namespace platform {
 
 // "/a//b/" is "/", "a", "b".

@@ -100,9 +100,9 @@ std::optional<QString> wholeNumberText(Directive directive, const QVariant &valu
     if (directive.conversion == 'p') {
         return aligned(directive, QStringLiteral("0x") + QString::number(number->bits, 16));
     }
-    const auto shortness = std::count(directive.length.begin(), directive.length.end(), 'h');
-    if (shortness > 0) {
-        return printed(directive, shortness > 1 ? "hh" : "h", static_cast<int>(number->bits));
+    const auto shortModifiers = std::count(directive.length.begin(), directive.length.end(), 'h');
+    if (shortModifiers > 0) {
+        return printed(directive, shortModifiers > 1 ? "hh" : "h", static_cast<int>(number->bits));
     }
     const bool isSigned = directive.conversion == 'd' || directive.conversion == 'i';
     const auto bits = static_cast<qint64>(number->bits);
