@@ -7,8 +7,8 @@
 
 namespace test {
 
-// Stands at the path of a system command, in a sandbox with commands of its own, and notes every
-// run. Goes with the object; the system's command is then back where there was one.
+// Replaces a system command, in a sandbox with its own commands, and records every run. When the
+// object is destroyed, the system's command is restored, if there was one.
 class CommandRecorder {
 public:
     // After noting the run, a recorder goes on with these lines of shell ("$@" are the arguments).

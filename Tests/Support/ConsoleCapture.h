@@ -6,8 +6,8 @@
 
 namespace test {
 
-// Stands at "/dev/log" in the sandbox, where the system log would listen, and keeps the lines that
-// this process and others write to the system console.
+// Listens at "/dev/log" in the sandbox, in place of the system log, and keeps the lines that this
+// process and others write to the system console.
 class ConsoleCapture {
 public:
     ConsoleCapture();

@@ -7,7 +7,7 @@
 
 namespace test {
 
-// Sets an environment variable, or removes it for a null value, until it is destroyed.
+// Sets an environment variable, or removes it for a null value, until the object is destroyed.
 class EnvironmentVariable {
 public:
     EnvironmentVariable(const char *name, const QByteArray &value)

@@ -14,7 +14,7 @@
 #include <cerrno>
 #include <csignal>
 
-// Operations under every fault that can befall them.
+// Runs operations under every kind of fault.
 namespace test {
 
 struct FaultKind {
@@ -31,11 +31,10 @@ inline constexpr std::array faultKinds{
 // Whether the fault strikes the calls of all threads, or those of the test's own.
 enum class Threads { Own, All };
 
-// Has the Nth of the calls fail, for N from 1 until the operation runs without meeting the fault:
-// each kind of fault, once and for good. Before each time prepare() puts everything in order.
-// operation() gives its result; check(result) gives what is wrong afterwards, null for nothing. A
-// short count is no failure, and no descriptor may stay open: other threads may still be at closing
-// theirs, but not for ever.
+// Makes the Nth of the calls fail, for N from 1 until the operation runs without meeting the fault:
+// with each kind of fault, once and for good. prepare() runs before each time. operation() returns
+// its result; check(result) returns what is wrong afterwards, or null. A short count is not a
+// failure. No descriptor may stay open; other threads get some time to close theirs.
 template <typename Kinds, typename Prepare, typename Operation, typename Check>
 void underFaults(const Kinds &kinds, Threads threads, unsigned calls, const Prepare &prepare,
                  const Operation &operation, const Check &check)

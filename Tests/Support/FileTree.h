@@ -46,7 +46,7 @@ QStringList tree(const std::string &path);
 // bytes.
 void makeTree(const std::string &path, std::size_t largest = 300000);
 
-// Names that are easily got wrong, each with a word that says why.
+// Names that are easily handled wrongly, each with a word that says why.
 struct OddName {
     const char *why;
     std::string name;

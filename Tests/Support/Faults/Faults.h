@@ -4,9 +4,9 @@
 
 #include <functional>
 
-// System calls that fail when a test wants them to. A test that links the library Faults has its
-// own and all its libraries' calls go through it; a child program is given it by LD_PRELOAD and its
-// fault by the variable FAULT. Nothing happens to calls while no fault is armed.
+// System calls that fail when a test wants them to. In a test that links the library Faults, the
+// test's own calls and those of its libraries go through it. A child program gets the library by
+// LD_PRELOAD and its fault by the variable FAULT. Calls are not changed while no fault is armed.
 namespace test {
 
 // Kinds of calls; each stands for all functions that do the same.
@@ -48,7 +48,7 @@ struct Fault {
     int error = 0;          // as errno
     bool forGood = false;   // the calls after that, too; of interruptions 5000, since signals end
     bool anyThread = false; // else only calls of the thread that arms the fault
-    // What somebody does where it interferes, or right behind one that Fails.
+    // What an attacker does when the call Interferes, or right after one that Fails.
     std::function<void()> interference = {};
 };
 
@@ -66,7 +66,7 @@ public:
 
 } // namespace test
 
-// The same by name, for dlsym. The variable FAULT of a child program is "CALLS NTH FATE ERROR
+// The same by name, for dlsym. The variable FAULT of a child program is "CALLS NTH OUTCOME ERROR
 // FOR_GOOD" in numbers, any thread being meant.
 extern "C" {
 void armFault(unsigned calls, int nth, int outcome, int error, int forGood, int anyThread);

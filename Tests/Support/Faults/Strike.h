@@ -20,7 +20,7 @@ struct Strike {
 // Counts a call and says what becomes of it.
 Strike strike(Calls calls);
 
-// What somebody does.
+// Runs the attacker's action.
 void interfere();
 
 } // namespace test
