@@ -3,6 +3,7 @@
 #include "Platform/Desktop/Alerts/MainWindow.h"
 
 #include "Platform/Core/Threads/MainThread.h"
+#include "Platform/Desktop/Alerts/AlertPanel.h"
 
 #include <QApplication>
 #include <QMainWindow>
@@ -10,18 +11,27 @@
 namespace platform {
 namespace {
 
+// A window that others may belong to. A settings application may be a dialog with nothing behind
+// it; an alert with nothing behind it is none.
+bool isUsual(const QWidget *window)
+{
+    const auto isHost = window->windowType() == Qt::Dialog && window->parentWidget() == nullptr &&
+                        qobject_cast<const AlertPanel *>(window) == nullptr;
+    return window->isVisible() && (window->windowType() == Qt::Window || isHost);
+}
+
 int rank(const QWidget *window)
 {
     const auto isMain = qobject_cast<const QMainWindow *>(window) != nullptr;
-    return (isMain ? 2 : 0) + (window->isActiveWindow() ? 1 : 0);
+    const auto kind = isMain ? 2 : (window->windowType() == Qt::Window ? 1 : 0);
+    return 2 * kind + (window->isActiveWindow() ? 1 : 0);
 }
 
 QWidget *findMainWindow()
 {
     QWidget *best = nullptr;
     for (auto *window : QApplication::topLevelWidgets()) {
-        const auto usual = window->windowType() == Qt::Window && window->isVisible();
-        if (usual && (best == nullptr || rank(window) > rank(best))) {
+        if (isUsual(window) && (best == nullptr || rank(window) > rank(best))) {
             best = window;
         }
     }

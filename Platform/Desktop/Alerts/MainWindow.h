@@ -10,7 +10,8 @@ namespace platform {
 bool hasWindows();
 
 // The application's main window: the visible main window that is active, else any; where there is
-// no visible QMainWindow, the same of other windows. Null where there is none. Any thread.
+// no visible QMainWindow, the same of other windows, then of dialogs that belong to no window. Null
+// where there is none. Any thread.
 QWidget *mainWindow();
 
 } // namespace platform

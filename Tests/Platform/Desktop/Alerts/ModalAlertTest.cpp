@@ -2,11 +2,13 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/Desktop/Alerts/ModalAlert.h"
 
+#include "Platform/Desktop/Alerts/MainWindow.h"
 #include "Tests/Support/AlertWatcher.h"
 #include "Tests/Support/OnWorker.h"
 #include "Tests/Support/TestProgram.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QMainWindow>
 #include <QTest>
 
@@ -37,6 +39,7 @@ private Q_SLOTS:
     void aWorkerMayAsk();
     void aWindowThatGoesEndsTheWait();
     void anApplicationThatQuitsEndsTheWait();
+    void aDialogThatBelongsToNoWindowIsTheMainWindow();
 };
 
 void ModalAlertTest::theAlertBlocksAllWindowsUntilItsButtonIsPressed()
@@ -95,6 +98,31 @@ void ModalAlertTest::anApplicationThatQuitsEndsTheWait()
     test::AlertWatcher user([](platform::AlertPanel & /*alert*/) { QCoreApplication::quit(); });
     QCOMPARE(runModalAlert(twoButtons()), qint64{platform::AlertAlternateReturn});
     QVERIFY(test::visibleAlert() == nullptr);
+}
+
+void ModalAlertTest::aDialogThatBelongsToNoWindowIsTheMainWindow()
+{
+    // An alert is none.
+    platform::AlertPanel alert(oneButton());
+    alert.show();
+    QVERIFY(platform::mainWindow() == nullptr);
+    QDialog host;
+    host.show();
+    QCOMPARE(platform::mainWindow(), &host);
+    QDialog child(&host);
+    child.show();
+    child.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&child));
+    QCOMPARE(platform::mainWindow(), &host);
+    // Any window counts more, whichever is active.
+    QWidget window;
+    window.show();
+    host.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&host));
+    QCOMPARE(platform::mainWindow(), &window);
+    QMainWindow main;
+    main.show();
+    QCOMPARE(platform::mainWindow(), &main);
 }
 
 TEST_CLASS(ModalAlertTest, QApplication)
