@@ -13,6 +13,7 @@
 #include "ui_KeyboardLayoutPage.h"
 
 #include <QHeaderView>
+#include <QHideEvent>
 #include <QMenu>
 
 KeyboardLayoutPage::KeyboardLayoutPage(QWidget *parent)
@@ -54,6 +55,16 @@ void KeyboardLayoutPage::showEvent(QShowEvent *event)
 {
     load();
     QWidget::showEvent(event);
+}
+
+void KeyboardLayoutPage::hideEvent(QHideEvent *event)
+{
+    // The sheet is the window's child, and would stay with the keyboard to itself. Spontaneous:
+    // the whole window is minimised, and the sheet with it.
+    if (!event->spontaneous() && m_panel != nullptr && m_panel->isVisible()) {
+        m_panel->reject();
+    }
+    QWidget::hideEvent(event);
 }
 
 void KeyboardLayoutPage::load()
@@ -169,12 +180,6 @@ void KeyboardLayoutPage::connectControllers()
     // again when the sheet is off them, with the warnings of the other rows.
     connect(m_editor.get(), &ZQKeyboardLayoutEditController::presetWritten, m_ui->keyTable,
             [this] { m_ui->keyTable->viewport()->update(); });
-    connect(m_ui->keyTable, &platform::TableView::selectionDidChange, this, [this] {
-        const int row = m_ui->keyTable->selectedRow();
-        if (m_panel != nullptr) {
-            m_panel->setKeyDescription(row < 0 ? QString() : m_editor->descriptionOfRow(row));
-        }
-    });
 }
 
 void KeyboardLayoutPage::makeMenu()

@@ -60,6 +60,8 @@ public:
 protected:
     void showEvent(QShowEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
+    // The sheet that captures a shortcut goes with the page.
+    void hideEvent(QHideEvent *event) override;
 
 private:
     void setUpTables();

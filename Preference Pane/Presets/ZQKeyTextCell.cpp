@@ -4,6 +4,8 @@
 
 #include "Preference Pane/Shortcut/ZQShortcutKeyFieldEditor.h"
 
+#include <QEvent>
+
 ZQKeyTextCell::ZQKeyTextCell(QObject *parent) : ZQKeyTextCell(QString(), parent) {}
 
 ZQKeyTextCell::ZQKeyTextCell(QString text, QObject *parent)
@@ -56,4 +58,12 @@ void ZQKeyTextCell::setEditorData(QWidget * /*editor*/, const QModelIndex & /*in
 void ZQKeyTextCell::setModelData(QWidget * /*editor*/, QAbstractItemModel * /*model*/,
                                  const QModelIndex & /*index*/) const
 {
+}
+
+bool ZQKeyTextCell::eventFilter(QObject *editor, QEvent *event)
+{
+    // The base ends the editing at Esc, Tab and Enter.
+    const bool isKey =
+        event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride;
+    return !isKey && QStyledItemDelegate::eventFilter(editor, event);
 }

@@ -33,6 +33,9 @@ public:
     void setModelData(QWidget *editor, QAbstractItemModel *model,
                       const QModelIndex &index) const override;
 
+protected:
+    bool eventFilter(QObject *editor, QEvent *event) override;
+
 private:
     // Null once a view was destroyed while it was in use there.
     QPointer<ZQShortcutKeyFieldEditor> m_zqFieldEditor;

@@ -4,6 +4,7 @@
 #include "Platform/Core/Keys/KeyPress.h"
 #include "Platform/Core/Keys/KeyboardLayout.h"
 #include "Platform/Core/Text/Console.h"
+#include "Platform/Core/Text/LeadingInteger.h"
 #include "Preference Pane/Presets/ZQKeyboardLayoutEditController.h"
 #include "Preference Pane/Shortcut/ShortcutPayload.h"
 
@@ -100,8 +101,8 @@ QString translated(const platform::KeyboardLayout &layout, quint16 keyCode, quin
 QString ZQKeyboardLayoutEditController::nameForKeyCode(const QVariant &keyCode,
                                                        const QVariant &modifiers)
 {
-    const auto flags = static_cast<quint32>(modifiers.toLongLong());
-    auto key = stringForKeyCode(static_cast<quint16>(keyCode.toLongLong()), flags);
+    const auto flags = static_cast<quint32>(platform::leadingInteger(modifiers));
+    auto key = stringForKeyCode(static_cast<quint16>(platform::leadingInteger(keyCode)), flags);
     if (key.size() == 1) {
         key = key.toUpper();
     }

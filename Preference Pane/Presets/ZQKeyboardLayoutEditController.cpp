@@ -7,6 +7,7 @@
 #include "Platform/Core/Basics/PlatformException.h"
 #include "Platform/Core/Keys/KeyPress.h"
 #include "Platform/Core/PropertyLists/PropertyList.h"
+#include "Platform/Core/Text/LeadingInteger.h"
 #include "Platform/Core/Text/ShortText.h"
 #include "Platform/Desktop/Alerts/MainWindow.h"
 #include "Preference Pane/Presets/ZQShortcutKeyTableview.h"
@@ -26,6 +27,9 @@ namespace {
 const QString keyKey = QStringLiteral("key");
 const QString nameKey = QStringLiteral("name");
 
+// UTF-16 units: a preset may give a key any name, and a shortcut any text.
+constexpr int maxLength = 100;
+
 // What a mutable dictionary does with a missing value.
 void setValue(QVariantMap &row, const QString &key, const QVariant &value)
 {
@@ -37,14 +41,14 @@ void setValue(QVariantMap &row, const QString &key, const QVariant &value)
 }
 
 // The key and the modifiers that tell shortcuts apart; nothing for a row without one.
-std::optional<std::pair<quint32, quint32>> shortcutOf(const QVariantMap &row)
+std::optional<std::pair<quint16, quint32>> shortcutOf(const QVariantMap &row)
 {
     if (!row.contains(presets::keyCodeKey)) {
         return std::nullopt;
     }
-    return std::pair(row.value(presets::keyCodeKey).toUInt(),
-                     row.value(presets::modifiersKey).toUInt() &
-                         platform::keyflags::ShortcutModifiers);
+    const auto modifiers = platform::leadingInteger(row.value(presets::modifiersKey));
+    return std::pair(static_cast<quint16>(platform::leadingInteger(row.value(presets::keyCodeKey))),
+                     static_cast<quint32>(modifiers) & platform::keyflags::ShortcutModifiers);
 }
 
 // What a preset's file has of a row.
@@ -121,12 +125,17 @@ void ZQKeyboardLayoutEditController::populateKeyNames()
     }
 }
 
-void ZQKeyboardLayoutEditController::loadBlankKeys()
+void ZQKeyboardLayoutEditController::setBlankKeys()
 {
     m_keyArray = m_keyNames;
     for (QVariantMap &row : m_keyArray) {
         row[presets::valueKey] = QString(QLatin1String(""));
     }
+}
+
+void ZQKeyboardLayoutEditController::loadBlankKeys()
+{
+    setBlankKeys();
     reloadTable();
 }
 
@@ -141,7 +150,7 @@ void ZQKeyboardLayoutEditController::loadKeysForFile(const QString &path)
         return;
     }
     const QVariantMap keys = preset->value(presets::keysKey).toMap();
-    loadBlankKeys();
+    setBlankKeys();
     for (QVariantMap &row : m_keyArray) {
         const QVariant shortcut =
             row.contains(keyKey) ? keys.value(row.value(keyKey).toString()) : QVariant();
@@ -154,14 +163,20 @@ void ZQKeyboardLayoutEditController::loadKeysForFile(const QString &path)
             }
         }
     }
+    reloadTable(); // now that a filter finds the shortcuts
     Q_EMIT presetLoaded(true);
 }
 
 void ZQKeyboardLayoutEditController::changeKeyboardShortcut()
 {
-    if (m_panelEdit != nullptr) {
-        m_panelEdit->beginSheet(platform::mainWindow());
+    if (m_panelEdit == nullptr) {
+        return;
     }
+    const int row = m_tableView != nullptr ? m_tableView->selectedRow() : -1;
+    const bool isRow = row >= 0 && row < m_keyArray.size();
+    m_panelEdit->setKeyDescription(isRow ? descriptionOfRow(row) : QString());
+    m_panelEdit->setCurrentShortcut(isRow ? shortcutTextOfRow(row) : QString());
+    m_panelEdit->beginSheet(platform::mainWindow());
 }
 
 QVariantMap *ZQKeyboardLayoutEditController::selectedKey()
@@ -255,9 +270,12 @@ QString ZQKeyboardLayoutEditController::descriptionOfRow(int row) const
 {
     const QVariantMap &key = m_keyArray[row];
     const QString name = key.value(nameKey).toString();
-    // A preset may give a key any name.
-    constexpr int maxLength = 100;
     return platform::shortened(name.isEmpty() ? key.value(keyKey).toString() : name, maxLength);
+}
+
+QString ZQKeyboardLayoutEditController::shortcutTextOfRow(int row) const
+{
+    return platform::shortDescription(m_keyArray[row].value(presets::valueKey), maxLength);
 }
 
 QVariant ZQKeyboardLayoutEditController::tableViewObjectValueForTableColumn(const QString &column,

@@ -80,8 +80,9 @@ public:
     // Gives a row the shortcut that it had (see shortcutReplaced), writes it and shows the row.
     void restoreShortcut(int row, const QVariantMap &shortcut);
 
-    // What people call the key of a row.
+    // What people call the key of a row, and its shortcut; empty for none.
     QString descriptionOfRow(int row) const;
+    QString shortcutTextOfRow(int row) const;
 
 Q_SIGNALS:
     // Another preset is shown, or the same anew; whether it could be read.
@@ -94,6 +95,7 @@ Q_SIGNALS:
 
 private:
     QVariantMap *selectedKey();
+    void setBlankKeys();
     QVariantMap keysToWrite() const;
     void reloadTable();
     void tellReplaced(const QVariantMap &before);

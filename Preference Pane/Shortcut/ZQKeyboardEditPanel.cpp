@@ -10,34 +10,48 @@
 #include "Shared/Log/ZQException.h"
 
 #include <QDialogButtonBox>
+#include <QFontInfo>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
 
-ZQKeyboardEditPanel::ZQKeyboardEditPanel(QWidget *parent)
-    : QDialog(parent), m_question(new QLabel(this)), m_shortcut(new QLabel(this)),
-      m_hint(new QLabel(this))
+namespace {
+
+// For somebody who has no mouse and wants the shortcut as it is; long enough to look for a key.
+constexpr int patience = 30; // seconds
+
+// A shortcut reads from left to right also within a sentence that does not.
+QString isolated(const QString &shortcut)
 {
-    constexpr int width = 400; // pixels; room for the longest names
-    constexpr int largeFont = 15;
+    return QChar(0x2066) + shortcut + QChar(0x2069);
+}
+
+} // namespace
+
+ZQKeyboardEditPanel::ZQKeyboardEditPanel(QWidget *parent)
+    : QDialog(parent), m_question(addText("panelEditQuestion")),
+      m_current(addText("panelEditCurrent")), m_shortcut(addText("panelEditShortcut")),
+      m_hint(addText("panelEditHint")), m_refusal(addText("panelEditRefusal")),
+      m_countdown(addText("panelEditCountdown")), m_seconds(new QTimer(this))
+{
+    constexpr int width = 56; // characters
+    constexpr double largeFont = 1.5;
+    constexpr int second = 1000; // milliseconds
     setObjectName(QStringLiteral("panelEdit"));
     setWindowTitle(tr("Choose a Shortcut"));
     setFocusPolicy(Qt::StrongFocus);
 
-    m_question->setObjectName(QStringLiteral("panelEditQuestion"));
-    m_question->setTextFormat(Qt::PlainText);
-    m_question->setWordWrap(true);
-    m_shortcut->setObjectName(QStringLiteral("panelEditShortcut"));
     m_shortcut->setAlignment(Qt::AlignCenter);
     m_shortcut->setFrameShape(QFrame::StyledPanel);
     QFont font = m_shortcut->font();
-    font.setPointSize(largeFont);
+    font.setPointSizeF(QFontInfo(font).pointSizeF() * largeFont);
     m_shortcut->setFont(font);
     m_shortcut->setMinimumHeight(m_shortcut->fontMetrics().height() * 2);
-    m_hint->setObjectName(QStringLiteral("panelEditHint"));
-    m_hint->setWordWrap(true);
+    m_refusal->setText(tr("The desktop keeps its own shortcuts to itself here: they do what they "
+                          "always do, and cannot be chosen."));
 
     auto *buttons = new QDialogButtonBox(this);
     auto *cancel = buttons->addButton(QDialogButtonBox::Cancel);
@@ -46,18 +60,34 @@ ZQKeyboardEditPanel::ZQKeyboardEditPanel(QWidget *parent)
     cancel->setFocusPolicy(Qt::NoFocus);
     cancel->setAutoDefault(false);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    m_seconds->setInterval(second);
+    connect(m_seconds, &QTimer::timeout, this, &ZQKeyboardEditPanel::countDown);
 
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_question);
-    layout->addWidget(m_shortcut);
-    layout->addWidget(m_hint);
-    layout->addWidget(buttons);
-    setMinimumWidth(width);
+    for (auto *text : {m_question, m_current, m_shortcut, m_hint, m_refusal}) {
+        layout->addWidget(text);
+    }
+    auto *bottom = new QHBoxLayout;
+    bottom->addWidget(m_countdown, 1);
+    bottom->addWidget(buttons);
+    layout->addLayout(bottom);
+    setMinimumWidth(width * fontMetrics().averageCharWidth());
+    m_refusal->hide();
     setKeyDescription({});
-    showModifiers(Qt::NoModifier);
+    setCurrentShortcut({});
+    showModifiers(0);
 }
 
 ZQKeyboardEditPanel::~ZQKeyboardEditPanel() = default;
+
+QLabel *ZQKeyboardEditPanel::addText(const char *name)
+{
+    auto *label = new QLabel(this);
+    label->setObjectName(QLatin1String(name));
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    return label;
+}
 
 void ZQKeyboardEditPanel::setKeyDescription(const QString &description)
 {
@@ -67,6 +97,13 @@ void ZQKeyboardEditPanel::setKeyDescription(const QString &description)
     setAccessibleName(m_question->text());
 }
 
+void ZQKeyboardEditPanel::setCurrentShortcut(const QString &shortcut)
+{
+    m_current->setText(shortcut.isEmpty() ? tr("It has no shortcut now.")
+                                          : tr("Its shortcut now: %1").arg(isolated(shortcut)));
+    describe();
+}
+
 void ZQKeyboardEditPanel::beginSheet(QWidget *window)
 {
     if (isVisible()) {
@@ -74,10 +111,12 @@ void ZQKeyboardEditPanel::beginSheet(QWidget *window)
     }
     setParent(window, Qt::Dialog);
     setWindowModality(window != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
-    m_hint->setText(tr("Every key counts, Esc, Enter and Tab too. To leave the shortcut as it is, "
-                       "click Cancel."));
-    setAccessibleDescription(m_hint->text());
-    showModifiers(Qt::NoModifier);
+    m_refusal->hide();
+    setHint(tr("Every key counts, Esc, Enter and Tab too. To leave the shortcut as it is, click "
+               "Cancel, or press nothing for %1 seconds. Ctrl, Shift, Alt or Meta give you that "
+               "time anew.")
+                .arg(patience));
+    showModifiers(platform::heldModifierFlags());
     show();
     raise();
     activateWindow();
@@ -105,12 +144,15 @@ bool ZQKeyboardEditPanel::event(QEvent *event)
         event->accept();
         pressed(static_cast<QKeyEvent &>(*event));
         return true;
-    case QEvent::KeyRelease: {
-        const auto &key = static_cast<QKeyEvent &>(*event);
-        showModifiers(key.modifiers() &
-                      ~Qt::KeyboardModifiers(platform::modifierOfQtKey(key.key())));
+    case QEvent::KeyRelease:
+        showModifiers(platform::KeyPress(static_cast<QKeyEvent &>(*event)).modifierFlags());
         return true;
-    }
+    case QEvent::WindowActivate:
+        showModifiers(platform::heldModifierFlags()); // pressed while another window was told
+        return QDialog::event(event);
+    case QEvent::WindowDeactivate:
+        showModifiers(0); // nobody will tell of their release
+        return QDialog::event(event);
     default:
         return QDialog::event(event);
     }
@@ -119,44 +161,96 @@ bool ZQKeyboardEditPanel::event(QEvent *event)
 void ZQKeyboardEditPanel::pressed(const QKeyEvent &event)
 {
     const platform::KeyPress press(event);
-    if (press.isModifierKey()) {
-        showModifiers(event.modifiers() | platform::modifierOfQtKey(event.key()));
-        return;
-    }
+    showModifiers(press.modifierFlags());
     // The Enter that opened the sheet may still be held down.
     if (event.isAutoRepeat()) {
         return;
     }
-    if (!press.keyCode()) {
-        m_hint->setText(tr("Shortcuts cannot have this key. Press another one, or click Cancel."));
+    if (press.isModifierKey()) {
+        restartCountdown();
+        return;
+    }
+    const auto keyCode = press.shortcutKeyCode();
+    if (!keyCode) {
+        setHint(tr("Shortcuts cannot have this key. Press another one, or click Cancel."));
         return;
     }
     try {
-        keyDown(*press.keyCode(), press.modifierFlags());
+        keyDown(*keyCode, press.modifierFlags());
     } catch (const platform::Exception &exception) {
         ZQException::logException(exception, "-[ZQKeyboardEditPanel keyDown:]");
         reject();
     }
 }
 
-void ZQKeyboardEditPanel::showModifiers(Qt::KeyboardModifiers modifiers)
+void ZQKeyboardEditPanel::showModifiers(quint32 modifierFlags)
 {
-    quint32 flags = 0;
-    for (const auto &key : platform::modifierKeys) {
-        flags |= modifiers.testFlag(key.modifier) ? key.flag : 0;
-    }
-    const QString text = shortcutPayload::prefixes(flags);
+    const QString text = shortcutPayload::prefixes(modifierFlags);
+    m_shortcut->setLayoutDirection(text.isEmpty() ? layoutDirection() : Qt::LeftToRight);
     m_shortcut->setText(text.isEmpty() ? tr("Waiting for a key…") : text + QStringLiteral("…"));
+}
+
+void ZQKeyboardEditPanel::setHint(const QString &hint)
+{
+    m_hint->setText(hint);
+    describe();
+}
+
+void ZQKeyboardEditPanel::restartCountdown()
+{
+    m_secondsLeft = patience + 1;
+    m_seconds->start();
+    countDown();
+}
+
+void ZQKeyboardEditPanel::countDown()
+{
+    --m_secondsLeft;
+    if (m_secondsLeft <= 0) {
+        reject();
+        return;
+    }
+    m_countdown->setText(tr("Closes in %1 s").arg(m_secondsLeft));
+    if (m_secondsLeft < patience) {
+        showRefusal();
+    }
+}
+
+// Looked at once a second: the desktop may need a moment to agree, and may change its mind.
+void ZQKeyboardEditPanel::showRefusal()
+{
+    const bool isRefused = isActiveWindow() && m_inhibition != nullptr && !m_inhibition->isActive();
+    if (isRefused == m_refusal->isHidden()) {
+        m_refusal->setVisible(isRefused);
+        describe();
+    }
+}
+
+// What a screen reader reads of the sheet, and the sheet's height with it.
+void ZQKeyboardEditPanel::describe()
+{
+    QStringList texts{m_current->text(), m_hint->text()};
+    if (!m_refusal->isHidden()) {
+        texts.append(m_refusal->text());
+    }
+    setAccessibleDescription(texts.join(QLatin1Char(' ')));
+    adjustSize();
 }
 
 void ZQKeyboardEditPanel::showEvent(QShowEvent *event)
 {
     QDialog::showEvent(event);
     m_inhibition = std::make_unique<platform::ShortcutInhibition>(this);
+    if (!event->spontaneous()) {
+        restartCountdown();
+    }
 }
 
 void ZQKeyboardEditPanel::hideEvent(QHideEvent *event)
 {
     m_inhibition.reset();
+    if (!event->spontaneous()) {
+        m_seconds->stop();
+    }
     QDialog::hideEvent(event);
 }

@@ -14,7 +14,9 @@ ZQShortcutKeyFieldEditor::ZQShortcutKeyFieldEditor(QWidget *parent) : QTextEdit(
 {
     setFieldEditor(true);
     setPlainText(QString());
-    setAcceptRichText(false);
+    // Neither an input method nor a paste nor a drop types into it.
+    setTextInteractionFlags(Qt::NoTextInteraction);
+    setAttribute(Qt::WA_InputMethodEnabled, false);
 }
 
 void ZQShortcutKeyFieldEditor::keyDown(quint16 keyCode, quint32 modifierFlags)
@@ -35,9 +37,9 @@ bool ZQShortcutKeyFieldEditor::event(QEvent *event)
     // Here and not in keyPressEvent(), which Tab does not reach.
     event->accept();
     const platform::KeyPress press(static_cast<QKeyEvent &>(*event));
-    if (press.keyCode() && !press.isModifierKey()) {
+    if (const auto keyCode = press.shortcutKeyCode()) {
         try {
-            keyDown(*press.keyCode(), press.modifierFlags());
+            keyDown(*keyCode, press.modifierFlags());
         } catch (const platform::Exception &exception) {
             ZQException::logException(exception, "-[ZQShortcutKeyFieldEditor keyDown:]");
         }

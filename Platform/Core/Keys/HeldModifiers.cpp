@@ -14,17 +14,14 @@
 namespace platform {
 namespace {
 
-const ModifierKey *modifierKeyAt(quint16 virtualKey)
+bool isRightPlace(std::optional<quint16> virtualKey)
 {
-    const auto *key =
-        std::find_if(modifierKeys.begin(), modifierKeys.end(), [&](const ModifierKey &one) {
-            return one.leftCode == virtualKey || one.rightCode == virtualKey;
-        });
-    return key == modifierKeys.end() ? nullptr : key;
+    return std::any_of(modifierKeys.begin(), modifierKeys.end(),
+                       [&](const ModifierKey &key) { return key.rightCode == virtualKey; });
 }
 
 // The layout may give a key on one side the modifier of the other.
-bool isRight(const QKeyEvent &event, bool isRightPlace)
+bool isRight(const QKeyEvent &event)
 {
     switch (event.nativeVirtualKey()) {
     case XKB_KEY_Shift_R:
@@ -40,7 +37,8 @@ bool isRight(const QKeyEvent &event, bool isRightPlace)
     case XKB_KEY_Super_L:
         return false;
     default:
-        return isRightPlace || event.key() == Qt::Key_AltGr || event.key() == Qt::Key_Super_R;
+        return isRightPlace(virtualKeyCodeOf(event)) || event.key() == Qt::Key_AltGr ||
+               event.key() == Qt::Key_Super_R;
     }
 }
 
@@ -64,19 +62,13 @@ HeldModifiers::HeldModifiers()
 
 HeldModifiers::Sides HeldModifiers::sides(Qt::KeyboardModifier modifier) const
 {
-    // Where Shift turns Alt into Meta, Alt is on and Meta is what went down: then the place tells.
-    for (const auto member : {&Held::meaning, &Held::place}) {
-        Sides sides{false, false};
-        for (const auto &held : m_held) {
-            if (held.*member == modifier) {
-                (held.right ? sides.right : sides.left) = true;
-            }
-        }
-        if (sides.left || sides.right) {
-            return sides;
+    Sides sides{false, false};
+    for (const auto &held : m_held) {
+        if (held.modifier == modifier) {
+            (held.right ? sides.right : sides.left) = true;
         }
     }
-    return {false, false};
+    return sides;
 }
 
 bool HeldModifiers::eventFilter(QObject *watched, QEvent *event)
@@ -101,16 +93,13 @@ bool HeldModifiers::eventFilter(QObject *watched, QEvent *event)
 
 void HeldModifiers::pressed(const QKeyEvent &event)
 {
-    const auto meaning = modifierOfQtKey(event.key());
-    if (meaning == Qt::NoModifier) {
+    const auto modifier = modifierOf(event);
+    if (modifier == Qt::NoModifier) {
         dropReleased(event);
         return;
     }
-    const auto code = virtualKeyCodeOf(event).value_or(virtualkey::limit);
-    const auto *place = modifierKeyAt(code);
     released(event); // at most once in the list
-    m_held << Held{identityOf(event), meaning, place != nullptr ? place->modifier : Qt::NoModifier,
-                   isRight(event, place != nullptr && place->rightCode == code)};
+    m_held << Held{identityOf(event), modifier, isRight(event)};
 }
 
 void HeldModifiers::released(const QKeyEvent &event)
@@ -123,12 +112,10 @@ void HeldModifiers::released(const QKeyEvent &event)
 
 void HeldModifiers::dropReleased(const QKeyEvent &event)
 {
-    m_held.erase(std::remove_if(m_held.begin(), m_held.end(),
-                                [&event](const Held &held) {
-                                    return !hasModifier(event, held.meaning) &&
-                                           !hasModifier(event, held.place);
-                                }),
-                 m_held.end());
+    m_held.erase(
+        std::remove_if(m_held.begin(), m_held.end(),
+                       [&event](const Held &held) { return !hasModifier(event, held.modifier); }),
+        m_held.end());
 }
 
 } // namespace platform

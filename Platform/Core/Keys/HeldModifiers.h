@@ -33,8 +33,7 @@ public:
 private:
     struct Held {
         quint32 key; // what is pressed and released: the scan code or else Qt's key
-        Qt::KeyboardModifier meaning; // what the layout makes of it
-        Qt::KeyboardModifier place;   // what stands at its place
+        Qt::KeyboardModifier modifier;
         bool right;
     };
     void pressed(const QKeyEvent &event);

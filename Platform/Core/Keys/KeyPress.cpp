@@ -7,7 +7,10 @@
 #include "Platform/Core/Keys/QtKeyCode.h"
 #include "Platform/Core/Keys/SpecialKey.h"
 
+#include <QGuiApplication>
 #include <QKeyEvent>
+
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 namespace platform {
 namespace {
@@ -18,6 +21,26 @@ constexpr quint32 lockMask = 0x2;
 constexpr quint32 mod5Mask = 0x80; // the third level
 constexpr int room = 255;          // UTF-16 units of a key's text
 
+Qt::KeyboardModifier modifierOfQtKey(int key)
+{
+    switch (key) {
+    case Qt::Key_Shift:
+        return Qt::ShiftModifier;
+    case Qt::Key_Control:
+        return Qt::ControlModifier;
+    case Qt::Key_Alt:
+    case Qt::Key_AltGr:
+    case Qt::Key_Mode_switch:
+        return Qt::AltModifier;
+    case Qt::Key_Meta:
+    case Qt::Key_Super_L:
+    case Qt::Key_Super_R:
+        return Qt::MetaModifier;
+    default:
+        return Qt::NoModifier;
+    }
+}
+
 bool isModifierOfQt(int qtKey)
 {
     return modifierOfQtKey(qtKey) != Qt::NoModifier || qtKey == Qt::Key_Hyper_L ||
@@ -27,9 +50,11 @@ bool isModifierOfQt(int qtKey)
 quint32 flagsOf(const ModifierKey &key, const QKeyEvent &event)
 {
     const auto sides = HeldModifiers::shared().sides(key.modifier);
-    // The event of a modifier itself may come with the state before or after it.
-    const bool ownEvent = isModifierOfQt(event.key()) && (sides.left || sides.right);
-    if (!hasModifier(event, key.modifier) && !ownEvent) {
+    // The event of the modifier itself may come with the state before or after it.
+    const bool isOn = modifierOf(event) == key.modifier
+                          ? event.type() == QEvent::KeyPress || sides.left || sides.right
+                          : hasModifier(event, key.modifier);
+    if (!isOn) {
         return 0;
     }
     if (!sides.left && !sides.right) {
@@ -71,30 +96,33 @@ std::optional<quint16> virtualKeyCodeOf(const QKeyEvent &event)
     return remade ? meaning : place;
 }
 
-Qt::KeyboardModifier modifierOfQtKey(int key)
+Qt::KeyboardModifier modifierOf(const QKeyEvent &event)
 {
-    switch (key) {
-    case Qt::Key_Shift:
-        return Qt::ShiftModifier;
-    case Qt::Key_Control:
-        return Qt::ControlModifier;
-    case Qt::Key_Alt:
-    case Qt::Key_AltGr:
-    case Qt::Key_Mode_switch:
-        return Qt::AltModifier;
-    case Qt::Key_Meta:
-    case Qt::Key_Super_L:
-    case Qt::Key_Super_R:
-        return Qt::MetaModifier;
-    default:
-        return Qt::NoModifier;
-    }
+    // With Shift, layouts call the Alt keys Meta; what they hold is Alt all the same.
+    const auto keysym = event.nativeVirtualKey();
+    const auto code = virtualKeyCodeOf(event);
+    const bool isAlt = (keysym == XKB_KEY_Meta_L || keysym == XKB_KEY_Meta_R) &&
+                       (code == virtualkey::Option || code == virtualkey::RightOption);
+    return isAlt ? Qt::AltModifier : modifierOfQtKey(event.key());
+}
+
+quint32 heldModifierFlags()
+{
+    const auto layout = KeyboardLayout::current();
+    const QKeyEvent event(QEvent::KeyRelease, Qt::Key_unknown,
+                          QGuiApplication::queryKeyboardModifiers(), 0, 0,
+                          layout ? layout->realModifiers() : 0);
+    return KeyPress(event).modifierFlags();
 }
 
 bool hasModifier(const QKeyEvent &event, Qt::KeyboardModifier modifier)
 {
-    return (event.modifiers() & modifier) != 0 ||
-           (modifier == Qt::AltModifier && choosesThirdLevel(event));
+    auto modifiers = event.modifiers();
+    // Qt turns the modifier over that the key is called after: here Meta, for an Alt key.
+    if (event.key() == Qt::Key_Meta && modifierOf(event) == Qt::AltModifier) {
+        modifiers ^= Qt::MetaModifier;
+    }
+    return (modifiers & modifier) != 0 || (modifier == Qt::AltModifier && choosesThirdLevel(event));
 }
 
 bool choosesThirdLevel(const QKeyEvent &event)
@@ -122,6 +150,12 @@ KeyPress::KeyPress(const QKeyEvent &event)
     if (m_keyCode && isFunctionKey(*m_keyCode)) {
         m_modifierFlags |= keyflags::Function;
     }
+}
+
+std::optional<quint16> KeyPress::shortcutKeyCode() const
+{
+    const bool isShortcut = m_keyCode && !m_isModifierKey && !isInputModeKey(*m_keyCode);
+    return isShortcut ? m_keyCode : std::nullopt;
 }
 
 QString KeyPress::charactersIgnoringModifiers() const

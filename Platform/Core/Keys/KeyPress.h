@@ -63,9 +63,14 @@ inline constexpr std::array<ModifierKey, 4> modifierKeys{
      {Qt::MetaModifier, keyflags::Command, keyflags::LeftCommand, keyflags::RightCommand,
       virtualkey::Command, virtualkey::RightCommand}}};
 
-// Which of Qt's modifiers a key (Qt::Key) is: Qt::AltModifier for AltGr and its like, too.
+// Which of Qt's modifiers the key of an event is: Qt::AltModifier for AltGr and its like, too.
 // Qt::NoModifier for any other key.
-Qt::KeyboardModifier modifierOfQtKey(int key);
+Qt::KeyboardModifier modifierOf(const QKeyEvent &event);
+
+// The modifiers that are held now, whichever window heard of their presses, as the flag word of the
+// next press would have them. Under Wayland only while one of the program's windows has the
+// keyboard. Main thread only.
+quint32 heldModifierFlags();
 
 // What a press or release of a key says in virtual key codes. Call HeldModifiers::shared() early
 // (when the window opens), or right modifiers count as left ones. Main thread only.
@@ -79,7 +84,11 @@ public:
     // Shift, Control and so on by themselves are no key presses elsewhere; nor should they be here.
     bool isModifierKey() const { return m_isModifierKey; }
 
-    // The bits of keyflags.
+    // The key code of a press that can be a shortcut: nothing for modifiers, for keys that change
+    // how the keyboard types, and for keys without a code.
+    std::optional<quint16> shortcutKeyCode() const;
+
+    // The bits of keyflags. In the event of a modifier key they tell what is held after it.
     quint32 modifierFlags() const { return m_modifierFlags; }
 
     // The text of the key with no modifier but Shift: 0x7F for the backspace key, U+F700 and the

@@ -88,7 +88,7 @@ std::optional<KeyboardLayout> KeyboardLayout::ofEnvironment()
         });
         lastNames = names;
     }
-    return lastKeymap == nullptr ? std::nullopt : std::optional(KeyboardLayout(lastKeymap, 0));
+    return lastKeymap == nullptr ? std::nullopt : std::optional(KeyboardLayout(lastKeymap, 0, 0));
 }
 
 Status KeyboardLayout::translate(quint16 keyCode, quint32 modifiers, int room, QString &text) const

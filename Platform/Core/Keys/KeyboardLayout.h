@@ -30,11 +30,15 @@ public:
     // The layout of the variables XKB_DEFAULT_RULES, _MODEL, _LAYOUT, _VARIANT and _OPTIONS.
     static std::optional<KeyboardLayout> ofEnvironment();
 
-    // Group: which of the keymap's layouts is switched on, from 0.
-    KeyboardLayout(std::shared_ptr<xkb_keymap> keymap, quint32 group)
-        : m_keymap(std::move(keymap)), m_group(group)
+    // Group: which of the keymap's layouts is switched on, from 0. Real modifiers: see there.
+    KeyboardLayout(std::shared_ptr<xkb_keymap> keymap, quint32 group, quint32 realModifiers)
+        : m_keymap(std::move(keymap)), m_group(group), m_realModifiers(realModifiers)
     {
     }
+
+    // XKB's real modifiers that were held or locked when the layout was asked for, as key events
+    // have them in nativeModifiers(). None of the environment's layout.
+    quint32 realModifiers() const { return m_realModifiers; }
 
     // UCKeyTranslate, key-down, without dead-key state: the text of a key. Of the modifiers only
     // Shift (0x20000) chooses other characters. The keys of the keypad have their digits whether
@@ -51,6 +55,7 @@ private:
 
     std::shared_ptr<xkb_keymap> m_keymap;
     quint32 m_group;
+    quint32 m_realModifiers;
 };
 
 } // namespace platform

@@ -39,7 +39,8 @@ Codes otherCodes()
         {Qt::Key_Meta, Command},      {Qt::Key_Super_L, Command},   {Qt::Key_Shift, Shift},
         {Qt::Key_CapsLock, CapsLock}, {Qt::Key_Alt, Option},        {Qt::Key_AltGr, RightOption},
         {Qt::Key_Control, Control},   {Qt::Key_Clear, KeypadClear}, {Qt::Key_Muhenkan, Eisu},
-        {Qt::Key_Henkan, Kana},       {Qt::Key_Help, Help}};
+        {Qt::Key_Henkan, Kana},       {Qt::Key_Help, Help},         {Qt::Key_Print, F13},
+        {Qt::Key_SysReq, F13}};
     for (const auto &key : specialKeys) {
         codes.insert(key.qtKey, key.code);
     }

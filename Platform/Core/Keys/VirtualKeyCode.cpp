@@ -63,6 +63,9 @@ std::optional<quint16> virtualKeyCode(quint32 evdevCode)
         return virtualkey::Kana;
     case KEY_HANJA:
         return virtualkey::Eisu;
+    // Print Screen of a PC keyboard stands where F13 stands on keyboards made for these codes.
+    case KEY_SYSRQ:
+        return virtualkey::F13;
     default:
         break;
     }
@@ -99,6 +102,11 @@ bool isFunctionKey(quint16 virtualKeyCode)
     const auto *key = specialKey(virtualKeyCode);
     return key != nullptr && key->eventCharacter >= firstFunctionCharacter &&
            !isKeypadKey(virtualKeyCode);
+}
+
+bool isInputModeKey(quint16 virtualKeyCode)
+{
+    return isOneOf(virtualKeyCode, {virtualkey::KeypadClear, virtualkey::Eisu, virtualkey::Kana});
 }
 
 bool isModifierKey(quint16 virtualKeyCode)

@@ -113,6 +113,10 @@ bool isArrowKey(quint16 virtualKeyCode);
 // bit.
 bool isFunctionKey(quint16 virtualKeyCode);
 
+// Num Lock (which is where Clear is), Henkan and Muhenkan: keys that change how the keyboard types.
+// No layout has a name for them; Num Lock's character is that of Escape.
+bool isInputModeKey(quint16 virtualKeyCode);
+
 // Shift, Control, Option, Command, Caps Lock and Fn: keys that change others.
 bool isModifierKey(quint16 virtualKeyCode);
 

@@ -18,6 +18,7 @@ namespace {
 struct KeyboardState {
     QByteArray keymap;
     quint32 group = 0;
+    quint32 modifiers = 0;
 };
 
 void onKeymap(void *data, wl_keyboard *, quint32 format, int file, quint32 size)
@@ -41,9 +42,12 @@ void onLeave(void *, wl_keyboard *, quint32, wl_surface *) {}
 
 void onKey(void *, wl_keyboard *, quint32, quint32, quint32, quint32) {}
 
-void onModifiers(void *data, wl_keyboard *, quint32, quint32, quint32, quint32, quint32 group)
+void onModifiers(void *data, wl_keyboard *, quint32, quint32 held, quint32 latched, quint32 locked,
+                 quint32 group)
 {
-    static_cast<KeyboardState *>(data)->group = group;
+    auto *state = static_cast<KeyboardState *>(data);
+    state->group = group;
+    state->modifiers = held | latched | locked;
 }
 
 void onRepeatInfo(void *, wl_keyboard *, qint32, qint32) {}
@@ -82,7 +86,8 @@ std::optional<KeyboardLayout> waylandKeyboardLayout()
     connection.roundTrip();
     ::wl_keyboard_release(keyboard);
     const auto keymap = compiled(state.keymap);
-    return keymap == nullptr ? std::nullopt : std::optional(KeyboardLayout(keymap, state.group));
+    return keymap == nullptr ? std::nullopt
+                             : std::optional(KeyboardLayout(keymap, state.group, state.modifiers));
 }
 
 } // namespace platform

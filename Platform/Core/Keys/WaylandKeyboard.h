@@ -6,9 +6,9 @@
 
 namespace platform {
 
-// The keymap that the compositor gives to the program's windows, and the group that is switched on
-// while one of them has the keyboard. Nothing where the program is not connected to a compositor or
-// the seat has no keyboard. Main thread only.
+// The keymap that the compositor gives to the program's windows, with the group that is switched on
+// and the modifiers that are held while one of them has the keyboard. Nothing where the program is
+// not connected to a compositor or the seat has no keyboard. Main thread only.
 std::optional<KeyboardLayout> waylandKeyboardLayout();
 
 } // namespace platform

@@ -79,7 +79,7 @@ std::optional<KeyboardLayout> XKeyboard::layout()
     if (m_keymap == nullptr) {
         return std::nullopt;
     }
-    return KeyboardLayout(m_keymap, state->group);
+    return KeyboardLayout(m_keymap, state->group, state->mods);
 }
 
 } // namespace platform

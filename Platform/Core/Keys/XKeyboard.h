@@ -20,8 +20,8 @@ public:
     XKeyboard(const XKeyboard &) = delete;
     XKeyboard &operator=(const XKeyboard &) = delete;
 
-    // The keymap and the group that is switched on, as the server has them now. Nothing without a
-    // server, or where it has no keyboard extension.
+    // The keymap, the group that is switched on and the modifiers, as the server has them now.
+    // Nothing without a server, or where it has no keyboard extension.
     std::optional<KeyboardLayout> layout();
 
 private:

@@ -28,6 +28,8 @@ qlonglong leadingInteger(const QVariant &value)
         return leadingInteger(QString::number(value.toDouble(), 'f', digits));
     case QMetaType::QString:
     case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::UShort:
     case QMetaType::LongLong:
     case QMetaType::ULongLong:
         return leadingInteger(value.toString());

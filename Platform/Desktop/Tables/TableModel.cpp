@@ -93,6 +93,12 @@ int TableModel::columnCount(const QModelIndex &parent) const
     return parent.isValid() ? 0 : static_cast<int>(m_columns.size());
 }
 
+Qt::ItemFlags TableModel::flags(const QModelIndex &index) const
+{
+    const auto flags = QAbstractTableModel::flags(index);
+    return index.isValid() ? flags | Qt::ItemIsDragEnabled : flags;
+}
+
 QString TableModel::text(int column, int row) const
 {
     const QVariant value =

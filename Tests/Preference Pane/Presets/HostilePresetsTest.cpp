@@ -147,10 +147,15 @@ void HostilePresetsTest::aLongNameIsAskedForShort()
     const PresetFixture fixture;
     PresetFixture::writeUser(
         QStringLiteral("A"),
-        presetWith({{QStringLiteral("name"), QString(mebibyte, QLatin1Char('n'))}}));
+        presetWith({{QStringLiteral("name"), QString(mebibyte, QLatin1Char('n'))},
+                    {QStringLiteral("val"), QString(mebibyte, QLatin1Char('v'))}}));
     Page page(fixture);
     page.show();
     page.keys()->selectOnlyRow(0);
+    page->editor()->changeKeyboardShortcut();
+    const QString description = page->panel()->accessibleDescription();
+    QVERIFY(description.contains(QStringLiteral("vvv")));
+    QVERIFY(description.size() < shown);
     QVERIFY(page->panel()->accessibleName().contains(QStringLiteral("nnn")));
     QVERIFY(page->panel()->accessibleName().size() < shown);
 }

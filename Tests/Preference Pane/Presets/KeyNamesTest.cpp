@@ -50,6 +50,7 @@ private Q_SLOTS:
     void aMissingLayoutIsNull();
     void aStatusThatIsNoSuccessIsNull();
     void theKeyCodeIsReadAs16BitsAndTheModifiersAsAWord();
+    void aRealNumberLosesItsFraction();
     void theResultIsNeverMissing();
     void theConsoleTellsEveryStep();
     void whatWasPressedDoesNotGetIntoTheLogsThatSupportReads();
@@ -316,7 +317,16 @@ void KeyNamesTest::theKeyCodeIsReadAs16BitsAndTheModifiersAsAWord()
     QCOMPARE(Controller::nameForKeyCode(-65535, -1 & ~0x9E0000), QStringLiteral("S"));
     QCOMPARE(Controller::nameForKeyCode(quint16{1}, quint64{0x100040000}),
              QStringLiteral("Ctrl+S"));
+    QCOMPARE(Controller::nameForKeyCode(1U, 0x40000U), QStringLiteral("Ctrl+S"));
+}
+
+void KeyNamesTest::aRealNumberLosesItsFraction()
+{
     QCOMPARE(Controller::nameForKeyCode(1.0, 262144.0), QStringLiteral("Ctrl+S"));
+    QCOMPARE(Controller::nameForKeyCode(1.9, 262144.9), QStringLiteral("Ctrl+S"));
+    QCOMPARE(Controller::nameForKeyCode(0.99999999999, 0), QStringLiteral("A"));
+    QCOMPARE(Controller::nameForKeyCode(-0.9, -0.9), QStringLiteral("A"));
+    QCOMPARE(Controller::nameForKeyCode(qQNaN(), qQNaN()), QStringLiteral("A"));
 }
 
 void KeyNamesTest::theResultIsNeverMissing()

@@ -53,6 +53,7 @@ private Q_SLOTS:
     void withoutAChosenApplicationNoKeyCanBeChanged();
     void aChangeThatCannotBeWrittenIsShownAsUnsaved();
     void everyControlHasAnAccessibleName();
+    void anotherApplicationUnderAKeyFilterShowsItsKeys();
 };
 
 namespace {
@@ -532,6 +533,26 @@ void KeyboardLayoutPageTest::everyControlHasAnAccessibleName()
           "removeApplicationButton", "presetMenuButton", "keyFilter", "keyTable"}) {
         QVERIFY2(!page.control<QWidget>(name)->accessibleName().isEmpty(), name);
     }
+}
+
+void KeyboardLayoutPageTest::anotherApplicationUnderAKeyFilterShowsItsKeys()
+{
+    PresetFixture fixture;
+    PresetFixture::writeUser(player, preset(QStringLiteral("Ctrl+P")));
+    PresetFixture::writeUser(QStringLiteral("Viewer"), preset(QStringLiteral("Ctrl+V")));
+    Page page(fixture);
+    page.show();
+    page.keys()->selectOnlyRow(0);
+    page.control<QLineEdit>("keyFilter")->setText(QStringLiteral("ctrl"));
+    QCOMPARE(page.keys()->model()->rowCount(), 1);
+    page.applications()->selectOnlyRow(1);
+    QCOMPARE(page.keys()->model()->rowCount(), 1);
+    QCOMPARE(page.shortcut(0), QStringLiteral("Ctrl+V"));
+    QCOMPARE(page.keys()->selectedRow(), 0);
+    // What the filter no longer finds goes.
+    page.control<QLineEdit>("keyFilter")->setText(QStringLiteral("ctrl+v"));
+    page.applications()->selectOnlyRow(0);
+    QCOMPARE(page.keys()->model()->rowCount(), 0);
 }
 
 TEST_CLASS(KeyboardLayoutPageTest, QApplication)

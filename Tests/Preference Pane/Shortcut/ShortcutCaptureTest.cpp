@@ -9,6 +9,7 @@
 #include "Tests/Support/TestProgram.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -34,6 +35,10 @@ private Q_SLOTS:
     void theSKeyInTheFieldEditorWithoutModifiersCountsAsShiftAndCommand();
     void theFieldEditorTellsEachModifierByItself();
     void theFieldEditorTypesNothing();
+    void anInputMethodTypesNothingIntoTheFieldEditor();
+    void noKeyEndsEditingInTheFieldEditor_data();
+    void noKeyEndsEditingInTheFieldEditor();
+    void keysThatChangeHowTheKeyboardTypesAreNoShortcuts();
     void anExceptionOfAnObserverEndsInTheFieldEditor();
     void theCellGivesItsOwnEditorWhateverIsOffered();
     void theCellsEditorOutlivesTheEditing();
@@ -241,6 +246,80 @@ void ShortcutCaptureTest::theFieldEditorTypesNothing()
     }
     QVERIFY(editor.toPlainText().isEmpty());
     QCOMPARE(m_changes.size(), 4);
+}
+
+void ShortcutCaptureTest::anInputMethodTypesNothingIntoTheFieldEditor()
+{
+    ZQShortcutKeyFieldEditor editor;
+    QInputMethodQueryEvent query(Qt::ImEnabled);
+    QCoreApplication::sendEvent(&editor, &query);
+    QVERIFY(!query.value(Qt::ImEnabled).toBool());
+    // An on-screen keyboard does not ask.
+    QInputMethodEvent composing(QStringLiteral("n"), {});
+    QCoreApplication::sendEvent(&editor, &composing);
+    QInputMethodEvent committed;
+    committed.setCommitString(QStringLiteral("日本"));
+    QCoreApplication::sendEvent(&editor, &committed);
+    QGuiApplication::clipboard()->setText(QStringLiteral("pasted"));
+    editor.paste();
+    QVERIFY(editor.toPlainText().isEmpty());
+    QVERIFY(m_changes.isEmpty());
+}
+
+void ShortcutCaptureTest::noKeyEndsEditingInTheFieldEditor_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("keyCode");
+    QTest::newRow("Esc") << static_cast<int>(Qt::Key_Escape) << 0x35;
+    QTest::newRow("Return") << static_cast<int>(Qt::Key_Return) << 0x24;
+    QTest::newRow("Enter") << static_cast<int>(Qt::Key_Enter) << 0x4C;
+    QTest::newRow("Tab") << static_cast<int>(Qt::Key_Tab) << 0x30;
+    QTest::newRow("Backtab") << static_cast<int>(Qt::Key_Backtab) << 0x30;
+    QTest::newRow("Up") << static_cast<int>(Qt::Key_Up) << 0x7E;
+}
+
+void ShortcutCaptureTest::noKeyEndsEditingInTheFieldEditor()
+{
+    QFETCH(const int, key);
+    QFETCH(const int, keyCode);
+    QStandardItemModel model(2, 1);
+    ZQKeyTextCell cell;
+    QTableView view;
+    view.setModel(&model);
+    view.setItemDelegate(&cell);
+    view.show();
+    view.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&view));
+    view.edit(model.index(0, 0));
+    for (int press = 1; press <= 2; ++press) {
+        QTest::keyClick(cell.zqFieldEditor(), static_cast<Qt::Key>(key));
+        QCoreApplication::processEvents();
+        QCOMPARE(m_changes.size(), press);
+        QCOMPARE(m_changes.last().value(QStringLiteral("keycode")).toInt(), keyCode);
+        QCOMPARE(cell.zqFieldEditor()->parentWidget(), view.viewport());
+        QVERIFY(cell.zqFieldEditor()->hasFocus());
+    }
+}
+
+void ShortcutCaptureTest::keysThatChangeHowTheKeyboardTypesAreNoShortcuts()
+{
+    QWidget window;
+    ZQKeyboardEditPanel panel;
+    panel.beginSheet(&window);
+    const auto *hint = panel.findChild<QLabel *>(QStringLiteral("panelEditHint"));
+    ZQShortcutKeyFieldEditor editor;
+    for (const auto key : {Qt::Key_NumLock, Qt::Key_Henkan, Qt::Key_Muhenkan}) {
+        panel.beginSheet(&window);
+        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+        QCoreApplication::sendEvent(&panel, &press);
+        QVERIFY(hint->text().startsWith(QStringLiteral("Shortcuts cannot have this key.")));
+        QCoreApplication::sendEvent(&editor, &press);
+    }
+    QVERIFY(m_changes.isEmpty());
+    QVERIFY(panel.isVisible());
+    QTest::keyClick(&panel, Qt::Key_Print);
+    QCOMPARE(m_changes.size(), 1);
+    QCOMPARE(m_changes[0].value(QStringLiteral("keycode")).toUInt(), 0x69U);
 }
 
 void ShortcutCaptureTest::anExceptionOfAnObserverEndsInTheFieldEditor()

@@ -70,6 +70,8 @@ private Q_SLOTS:
     void bothModifiersThatAreHeldHaveTheirBits();
     void aModifierWhoseReleaseWasLostIsForgotten();
     void shiftThatTurnsRightAltIntoMetaLeavesItRightOption();
+    void aModifiersOwnEventTellsWhatIsHeldAfterIt();
+    void modifiersAndKeysThatChangeHowTheKeyboardTypesAreNoShortcuts();
     void altGrIsRightOption();
     void theGroupSwitchModifierIsRightOption();
     void capsLockHasItsBit();
@@ -141,6 +143,8 @@ void KeyPressTest::aKeyWithoutAScanCodeIsThatOfAUsKeyboard_data()
     row("F20", Qt::Key_F20, 0x5A);
     row("louder", Qt::Key_VolumeUp, 0x48);
     row("Menu", Qt::Key_Menu, 0x6E);
+    row("Print is where F13 is", Qt::Key_Print, 0x69);
+    row("Print with Alt", Qt::Key_SysReq, 0x69);
 }
 
 void KeyPressTest::aKeyWithoutAScanCodeIsThatOfAUsKeyboard()
@@ -181,8 +185,8 @@ void KeyPressTest::theKeypadModifierMakesAKeyOneOfTheKeypad()
 
 void KeyPressTest::anUnknownKeyHasNoCode()
 {
-    for (const int qtKey : {int(Qt::Key_MediaPlay), int(Qt::Key_Print), int(Qt::Key_ScrollLock),
-                            int(Qt::Key_F21), int(Qt::Key_unknown), 0, 0x44B}) {
+    for (const int qtKey : {int(Qt::Key_MediaPlay), int(Qt::Key_ScrollLock), int(Qt::Key_F21),
+                            int(Qt::Key_unknown), 0, 0x44B}) {
         const KeyPress one{QKeyEvent(QEvent::KeyPress, qtKey, Qt::NoModifier)};
         QVERIFY(!one.keyCode());
         QVERIFY(!one.isModifierKey());
@@ -307,6 +311,57 @@ void KeyPressTest::shiftThatTurnsRightAltIntoMetaLeavesItRightOption()
     }
     QCOMPARE(m_field->press->modifierFlags(), flags::Keyboard | flags::Shift | flags::RightShift |
                                                   flags::Option | flags::RightOption);
+}
+
+void KeyPressTest::aModifiersOwnEventTellsWhatIsHeldAfterIt()
+{
+    press(Qt::Key_S); // what other tests left held is forgotten
+    const auto wordAfter = [](QKeyEvent event) {
+        Field field;
+        QCoreApplication::sendEvent(&field, &event);
+        return KeyPress(event).modifierFlags() & flags::ShortcutModifiers;
+    };
+    const auto release = [](int qtKey, quint32 evdev, Qt::KeyboardModifiers modifiers,
+                            quint32 keysym, quint32 nativeModifiers = 0) {
+        return QKeyEvent(QEvent::KeyRelease, qtKey, modifiers, evdev + 8, keysym, nativeModifiers);
+    };
+    // As X has it: with the state before. Shift makes the Alt key Meta.
+    const Qt::KeyboardModifiers both = Qt::ShiftModifier | Qt::AltModifier;
+    QCOMPARE(wordAfter(native(Qt::Key_Shift, KEY_LEFTSHIFT, {}, 0, 0xFFE1)), flags::Shift);
+    QCOMPARE(wordAfter(native(Qt::Key_Meta, KEY_LEFTALT, Qt::ShiftModifier, 0, 0xFFE7)),
+             flags::Shift | flags::Option);
+    QCOMPARE(wordAfter(release(Qt::Key_Meta, KEY_LEFTALT, both, 0xFFE7)), flags::Shift);
+    QCOMPARE(wordAfter(release(Qt::Key_Shift, KEY_LEFTSHIFT, Qt::ShiftModifier, 0xFFE1)), 0U);
+
+    QCOMPARE(wordAfter(native(Qt::Key_AltGr, KEY_RIGHTALT, {}, 0, 0xFE03)), flags::Option);
+    QCOMPARE(wordAfter(native(Qt::Key_Control, KEY_LEFTCTRL, {}, 0x80, 0xFFE3)),
+             flags::Option | flags::Control);
+    QCOMPARE(wordAfter(release(Qt::Key_AltGr, KEY_RIGHTALT, Qt::ControlModifier, 0xFE03, 0x80)),
+             flags::Control);
+    // The other key of the same modifier stays down.
+    QCOMPARE(wordAfter(native(Qt::Key_Control, KEY_RIGHTCTRL, Qt::ControlModifier, 0, 0xFFE4)),
+             flags::Control);
+    QCOMPARE(wordAfter(release(Qt::Key_Control, KEY_LEFTCTRL, Qt::ControlModifier, 0xFFE3)),
+             flags::Control);
+    QCOMPARE(wordAfter(release(Qt::Key_Control, KEY_RIGHTCTRL, Qt::ControlModifier, 0xFFE4)), 0U);
+    // A Meta key that is one.
+    QCOMPARE(wordAfter(native(Qt::Key_Meta, KEY_LEFTMETA, Qt::ShiftModifier, 0, 0xFFE7)),
+             flags::Shift | flags::Command);
+    QCOMPARE(wordAfter(release(Qt::Key_Meta, KEY_LEFTMETA, Qt::MetaModifier, 0xFFE7)), 0U);
+}
+
+void KeyPressTest::modifiersAndKeysThatChangeHowTheKeyboardTypesAreNoShortcuts()
+{
+    for (const int evdev : {KEY_NUMLOCK, KEY_HENKAN, KEY_MUHENKAN, KEY_HANGEUL, KEY_HANJA,
+                            KEY_LEFTSHIFT, KEY_RIGHTALT, KEY_CAPSLOCK, KEY_PLAYPAUSE}) {
+        const KeyPress one(native(Qt::Key_unknown, static_cast<quint32>(evdev)));
+        QVERIFY(!one.shortcutKeyCode());
+    }
+    for (const int evdev : {KEY_ESC, KEY_SYSRQ, KEY_KP5, KEY_RO, KEY_YEN, KEY_MUTE}) {
+        const KeyPress one(native(Qt::Key_unknown, static_cast<quint32>(evdev)));
+        QVERIFY(one.shortcutKeyCode());
+        QCOMPARE(one.shortcutKeyCode(), one.keyCode());
+    }
 }
 
 void KeyPressTest::altGrIsRightOption()
