@@ -234,7 +234,9 @@ void ZQKeyboardEditPanel::describe()
         texts.append(m_refusal->text());
     }
     setAccessibleDescription(texts.join(QLatin1Char(' ')));
-    adjustSize();
+    // Not adjustSize(), which cuts texts off on a small screen.
+    const int width = qMax(minimumWidth(), layout()->totalMinimumSize().width());
+    resize(width, layout()->totalHeightForWidth(width));
 }
 
 void ZQKeyboardEditPanel::showEvent(QShowEvent *event)
