@@ -19,6 +19,7 @@ PageNotice::PageNotice(QWidget *parent)
     m_label->setTextFormat(Qt::PlainText);
     m_label->setWordWrap(true);
     m_actionButton->setObjectName(QStringLiteral("noticeActionButton"));
+    m_actionButton->setText(tr("Show")); // until there is something to do
     m_closeButton->setObjectName(QStringLiteral("noticeCloseButton"));
     m_closeButton->setAutoRaise(true);
     m_closeButton->setToolTip(tr("Close this notice"));
@@ -40,9 +41,9 @@ void PageNotice::showText(const QString &text, const QString &buttonTitle,
     m_icon->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxInformation).pixmap(side, side));
     m_label->setText(text);
     m_actionButton->disconnect();
-    m_actionButton->setText(buttonTitle);
     m_actionButton->setVisible(action != nullptr);
     if (action) {
+        m_actionButton->setText(buttonTitle);
         connect(m_actionButton, &QPushButton::clicked, this, action);
     }
     m_isFailedStart = false;

@@ -338,10 +338,10 @@ class Usage(DittoTest):
 
     def test_what_is_not_understood_is_refused_with_the_usage(self):
         for arguments, words in (
-                ((), b"one of -c and -x"), (("a", "b"), b"one of -c and -x"),
+                ((), b"-c or -x is needed"), (("a", "b"), b"-c or -x is needed"),
                 (("-cxk", "a", "b"), b"cannot be used together"), (("-c", "a", "b"), b"(-k)"),
                 (("-ck", "a"), b"two paths"), (("-ck", "a", "b", "c"), b"two paths"),
-                (("-ck", "", "b"), b"empty"), (("-xk", "--keepParent", "a", "b"), b"-c only"),
+                (("-ck", "", "b"), b"empty"), (("-xk", "--keepParent", "a", "b"), b"only be used with -c"),
                 (("-ckz", "a", "b"), b'"-ckz"'), (("--sequester", "a", "b"), b'"--sequester"'),
                 (("-\x1b[1m", "a", "b"), b'"-?[1m"')):
             self.refused(*arguments, words=words, status=2)

@@ -193,7 +193,7 @@ class RawRequests(unittest.TestCase):
                               stdin=theirs, stderr=subprocess.PIPE, text=True) as other:
             theirs.close()
             self.assertEqual(ours.recv(100), b"")
-            self.assertIn("is started by pkexec only", other.stderr.read())
+            self.assertIn("can only be started by pkexec", other.stderr.read())
         ours.close()
 
     def test_half_a_connection_is_none(self):

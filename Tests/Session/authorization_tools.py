@@ -315,7 +315,7 @@ class Safety(WithPassword):
             run = session.root(["env", "-i", *(f"{k}={v}" for k, v in environment.items()), HELPER],
                                check=False)
             self.assertNotEqual(run.status, 0)
-            self.assertIn("started by pkexec only", run.errors)
+            self.assertIn("can only be started by pkexec", run.errors)
 
     def test_the_helper_ends_with_its_client(self):
         for end in Program.close, Program.kill:

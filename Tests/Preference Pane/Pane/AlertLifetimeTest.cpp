@@ -11,6 +11,7 @@
 #include "Tests/Support/AlertWatcher.h"
 #include "Tests/Support/TestProgram.h"
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
@@ -217,6 +218,7 @@ void AlertLifetimeTest::thePaneMayGoWhileItsAlertWaits()
         box->toggle();
     } else if (way == QLatin1String("menu")) {
         QTest::keyClick(menu, Qt::Key_End);
+        QTest::keyClick(menu->view(), Qt::Key_Return);
     } else {
         QTest::keyClicks(field, QStringLiteral("1"));
         if (way == QLatin1String("return")) {

@@ -123,7 +123,7 @@ void AuthorizationRequestsTest::whoComesMeanwhileGetsTheSameAnswer()
         QTimer answer;
         answer.callOnTimeout([&] {
             if (joined == 10) { // and a moment more, for the last of them to be there
-                QTimer::singleShot(300, this, [&] { user.answer(isGranted); });
+                QTimer::singleShot(3000, this, [&] { user.answer(isGranted); });
             }
         });
         answer.start(1);
