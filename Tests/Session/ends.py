@@ -4,7 +4,7 @@
 """The listener crashes, ends by itself, or hangs when it is to stop."""
 import time
 
-from pane import (Pane, agent, check_gone, copy_bundle, expect, listener, listeners, play, send, session,
+from pane import (Pane, agent, check_gone, copy_bundle, desktop, expect, listener, listeners, play, send, session,
                   silent_listener, turn_on, unit, wait_until)
 
 
@@ -12,6 +12,8 @@ def scene():
     copy_bundle()
     pane = Pane(status="Not loaded")
     turn_on(pane)
+    # The worker that looks 15 seconds after a launch whether the listener is up would start another one.
+    desktop.wait_for_workers(pane.process)
     first = listener()
 
     send(first, "SIGSEGV")

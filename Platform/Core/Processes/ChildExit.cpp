@@ -10,6 +10,7 @@
 #include <QSocketNotifier>
 
 #include <poll.h>
+#include <pthread.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -140,7 +141,10 @@ void ChildExit::reapInBackground()
                                     [](const auto &child) { return child->hasEnded(); }),
                      postponed->end());
     if (!hasEnded() && !std::exchange(m_isInBackground, true) &&
-        !startBackgroundThread([self = shared_from_this()] { self->wait(); })) {
+        !startBackgroundThread([self = shared_from_this()] {
+            ::pthread_setname_np(::pthread_self(), "reaper"); // not that of who started it
+            self->wait();
+        })) {
         postponed->push_back(shared_from_this()); // no thread: the next call reaps it
     }
 }
