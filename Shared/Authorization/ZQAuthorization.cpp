@@ -134,37 +134,22 @@ bool ZQAuthorization::authStart()
         platform::consoleLine(QStringLiteral("Unable to authorize"));
         return false;
     }
-    return m_requests.join([this](const auto &isGivenUp) { return askWithDialog(isGivenUp); });
-}
-
-bool ZQAuthorization::askWithDialog(const IsGivenUp &isGivenUp)
-{
+    const std::lock_guard acquiring(m_acquiring);
     if (isAuthorized()) {
-        return true; // obtained meanwhile
+        return true; // another thread was asked meanwhile
     }
     const platform::UntraceableProcess untraceable; // before there is anything to take
-    auto status = isGivenUp() ? AuthorizationStatus::Canceled : AuthorizationStatus::Success;
-    auto reference =
-        status == AuthorizationStatus::Success ? createAuthorization(&status) : nullptr;
+    auto status = AuthorizationStatus::Success;
+    auto reference = createAuthorization(&status);
     if (reference != nullptr) {
-        status = reference->acquire(isGivenUp);
+        status = reference->acquire();
     }
     m_lastStatus.store(status, std::memory_order_relaxed);
     if (status != AuthorizationStatus::Success) {
         setAuthRef(nullptr);
         return false;
     }
-    return keep(std::move(reference), isGivenUp);
-}
-
-// What was ended while it was asked for is not kept.
-bool ZQAuthorization::keep(std::shared_ptr<Authorization> reference, const IsGivenUp &isGivenUp)
-{
     setAuthRef(std::move(reference));
-    if (isGivenUp()) {
-        setAuthRef(nullptr);
-        return false;
-    }
     return true;
 }
 
@@ -176,15 +161,7 @@ bool ZQAuthorization::authStartWithUser(const QString &user, const QString &pass
     if (user.isNull() || password.isNull()) {
         return false;
     }
-    // By reference, so that there is one copy of the password.
-    return m_requests.make([this, &user, &password](const auto &isGivenUp) {
-        return askSilently(user, password, isGivenUp);
-    });
-}
-
-bool ZQAuthorization::askSilently(const QString &user, const QString &password,
-                                  const IsGivenUp &isGivenUp)
-{
+    const std::lock_guard acquiring(m_acquiring);
     const platform::UntraceableProcess untraceable; // before there is anything to take
     auto status = AuthorizationStatus::Success;
     auto reference = createAuthorization(&status);
@@ -194,18 +171,18 @@ bool ZQAuthorization::askSilently(const QString &user, const QString &password,
                              static_cast<std::int32_t>(status));
         return false;
     }
-    if (reference->acquire(user, password, isGivenUp) != AuthorizationStatus::Success) {
+    if (reference->acquire(user, password) != AuthorizationStatus::Success) {
         const auto text = QStringLiteral("Authorization failed. Invalid username or password");
         platform::consoleLine(text);
         ZQLog::appendLog(text);
         return false;
     }
-    return keep(std::move(reference), isGivenUp);
+    setAuthRef(std::move(reference));
+    return true;
 }
 
 void ZQAuthorization::authEnd()
 {
-    m_requests.giveUp();
     setAuthRef(nullptr);
 }
 

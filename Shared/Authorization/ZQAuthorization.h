@@ -3,7 +3,6 @@
 #pragma once
 
 #include "Platform/Core/Authorization/Authorization.h"
-#include "Shared/Authorization/AuthorizationRequests.h"
 
 #include <QStringList>
 
@@ -22,9 +21,7 @@ enum class Async { No, Yes };
 // The administrator's authorisation of this process, obtained at most once, and what is done with
 // it: file operations and tools run as root. A process of root's needs none and runs the same tools
 // itself. What goes wrong is a result and a line in the system console. Any thread; whatever may
-// ask for the authorisation returns when the user has answered. The main thread dispatches events
-// meanwhile, so who waits there may find its own objects destroyed afterwards. Who asks while the
-// dialog is open gets its answer; it closes when nobody waits any more.
+// ask for the authorisation blocks until the user has answered.
 class ZQAuthorization {
 public:
     /// sharedController:
@@ -49,7 +46,7 @@ public:
     bool authStartWithUser(const QString &user, const QString &password);
 
     /// authEnd
-    /// What is being asked for counts as refused. Tools that have been started run on.
+    /// Tools that have been started run on.
     void authEnd();
 
     // The operations below obtain the authorisation where there is none. Except for authExecTask
@@ -120,11 +117,6 @@ private:
     explicit ZQAuthorization(WithGUI withGUI);
     ~ZQAuthorization();
 
-    using IsGivenUp = AuthorizationRequests::IsGivenUp;
-
-    bool askWithDialog(const IsGivenUp &isGivenUp);
-    bool askSilently(const QString &user, const QString &password, const IsGivenUp &isGivenUp);
-    bool keep(std::shared_ptr<platform::Authorization> reference, const IsGivenUp &isGivenUp);
     QString trashDestination(const QString &path) const;
 
     // Says on the console, with the message, that the path is guarded.
@@ -138,7 +130,7 @@ private:
     std::atomic<platform::AuthorizationStatus> m_lastStatus =
         platform::AuthorizationStatus::Success;
     const QString m_userDirectory;
+    std::mutex m_acquiring; // so that two callers never ask the user twice
     mutable std::mutex m_mutex;
     std::shared_ptr<platform::Authorization> m_authRef;
-    AuthorizationRequests m_requests;
 };

@@ -54,44 +54,6 @@ class Dialog(unittest.TestCase):
         self.assertEqual(self.program.answer(), "no")
         self.assertEqual(len(attacker.successes(self.program.pid, address)), attacker.COUNT)
 
-    def test_the_main_thread_lives_on_while_the_password_is_asked_for(self):
-        self.program.send("start-in-application")
-        agent.wait_for_dialog()
-        self.assertEqual(self.program.ask("authorized"), "no")
-        self.assertTrue(agent.is_open())
-        agent.give_password(session.ADMINISTRATOR_PASSWORD)
-        self.assertEqual(self.program.answer(), "yes")
-        self.assertEqual(self.program.ask("exec-wait", "/bin/true"), "0")
-
-    def test_the_main_thread_lives_on_while_a_workers_dialog_is_open(self):
-        self.assertEqual(self.program.ask("start-in-background"), "done")
-        agent.wait_for_dialog()
-        self.program.send("start-in-application")
-        self.assertEqual(self.program.ask("authorized"), "no")
-        agent.cancel()
-        self.assertEqual(self.program.answer(), "no")
-        self.assertFalse(agent.is_open())
-
-    def test_requests_that_come_meanwhile_get_the_answer_of_the_open_dialog(self):
-        self.program.send("start-in-application")
-        agent.wait_for_dialog()
-        self.program.send("start-in-application")
-        self.assertEqual(self.program.ask("authorized"), "no")
-        agent.cancel()
-        self.assertEqual([self.program.answer(), self.program.answer()], ["no", "no"])
-        self.program.send("start-at-once", "20")
-        agent.cancel()
-        self.assertEqual(self.program.answer(), "0")
-        self.assertFalse(agent.is_open())
-
-    def test_the_dialog_closes_when_the_authorisation_is_ended_meanwhile(self):
-        self.program.send("start-in-application")
-        agent.wait_for_dialog()
-        self.assertEqual(self.program.ask("end"), "done")
-        self.assertEqual(self.program.answer(), "no")
-        wait_until(lambda: not agent.is_open(), "the dialog to close")
-        self.assertEqual(helpers(), [])
-
     def test_an_operation_asks_by_itself(self):
         self.program.send("exec-wait", "/bin/mkdir", "/Library/asked")
         agent.give_password(session.ADMINISTRATOR_PASSWORD)

@@ -10,6 +10,7 @@
 #include "Platform/Core/Processes/SpawnProgram.h"
 #include "Platform/Core/Text/Console.h"
 #include "Platform/Core/Text/FileName.h"
+#include "Platform/Core/Threads/WorkerThreads.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -43,13 +44,13 @@ QString pendingText(int descriptor)
 }
 
 // Returns when there is something to read in the channel, or its end; lets the agent answer
-// meanwhile. Without polkit's bus the agent is left alone: pkexec ends then. False when it is given
-// up.
-bool waitForHelper(int channel, PasswordAgent *agent, const Authorization::IsGivenUp &isGivenUp)
+// meanwhile. Without polkit's bus the agent is left alone: pkexec ends then. False when this worker
+// is to end, because its pane is closed.
+bool waitForHelper(int channel, PasswordAgent *agent)
 {
     constexpr int pollInterval = 200; // milliseconds
     bool isAgentThere = agent != nullptr;
-    while (!isGivenUp()) {
+    while (!WorkerThreads::currentThreadShouldStop()) {
         std::array<pollfd, 2> events{pollfd{channel, POLLIN, 0}, pollfd{-1, 0, 0}};
         isAgentThere = isAgentThere && agent->takeEvents(); // some may have been received already
         if (isAgentThere) {
@@ -146,13 +147,12 @@ Authorization::~Authorization()
     }
 }
 
-AuthorizationStatus Authorization::acquire(const IsGivenUp &isGivenUp)
+AuthorizationStatus Authorization::acquire()
 {
-    return startHelper(nullptr, isGivenUp);
+    return startHelper(nullptr);
 }
 
-AuthorizationStatus Authorization::acquire(const QString &user, const QString &password,
-                                           const IsGivenUp &isGivenUp)
+AuthorizationStatus Authorization::acquire(const QString &user, const QString &password)
 {
     PasswordAgent agent(user, password);
     QString error;
@@ -162,10 +162,10 @@ AuthorizationStatus Authorization::acquire(const QString &user, const QString &p
                    error);
         return AuthorizationStatus::Internal;
     }
-    return startHelper(&agent, isGivenUp);
+    return startHelper(&agent);
 }
 
-AuthorizationStatus Authorization::startHelper(PasswordAgent *agent, const IsGivenUp &isGivenUp)
+AuthorizationStatus Authorization::startHelper(PasswordAgent *agent)
 {
     auto channel = openSocketPair(SOCK_SEQPACKET);
     auto errors = openPipe();
@@ -186,7 +186,7 @@ AuthorizationStatus Authorization::startHelper(PasswordAgent *agent, const IsGiv
     channel->second.close();
     errors->second.close();
     auto helper = std::make_shared<ChildExit>(process);
-    if (!waitForHelper(channel->first.fd(), agent, isGivenUp)) {
+    if (!waitForHelper(channel->first.fd(), agent)) {
         helper->signal(SIGTERM); // the dialog goes with pkexec
         channel->first.close();
         helper->wait();

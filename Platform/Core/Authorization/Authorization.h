@@ -11,7 +11,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -66,16 +65,11 @@ public:
     Authorization(const Authorization &) = delete;
     Authorization &operator=(const Authorization &) = delete;
 
-    // Whether nobody wants the answer any more; asked several times a second.
-    using IsGivenUp = std::function<bool()>;
-
-    // Has the desktop's polkit agent ask for the administrator's password. Waits for the answer;
-    // the dialog is closed, which counts as cancelled, once it is given up.
-    AuthorizationStatus acquire(const IsGivenUp &isGivenUp);
+    // Has the desktop's polkit agent ask for the administrator's password. Waits for the answer.
+    AuthorizationStatus acquire();
 
     // The same without a dialog: answers polkit with this account's name and password.
-    AuthorizationStatus acquire(const QString &user, const QString &password,
-                                const IsGivenUp &isGivenUp);
+    AuthorizationStatus acquire(const QString &user, const QString &password);
 
     // Whether the right was acquired and the helper is there.
     bool isAlive() const;
@@ -100,7 +94,7 @@ private:
     Authorization() = default;
 
     static QByteArray helperPath();
-    AuthorizationStatus startHelper(PasswordAgent *agent, const IsGivenUp &isGivenUp);
+    AuthorizationStatus startHelper(PasswordAgent *agent);
     std::optional<std::int32_t> answerTo(const std::string &request, int descriptor) const;
 
     Descriptor m_socket;

@@ -10,9 +10,6 @@
 #include "Platform/Core/Text/FileName.h"
 #include "Shared/Authorization/ZQAuthorization.h"
 
-#include <QCoreApplication>
-#include <QSocketNotifier>
-
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/uio.h>
@@ -27,7 +24,6 @@
 #include <functional>
 #include <iostream>
 #include <map>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -247,28 +243,6 @@ QByteArray copiesAfterStartWith(const QStringList &words)
            ' ' + QByteArray::number(copiesInMemory(wide));
 }
 
-void carryOut(const QList<QByteArray> &encodedWords);
-
-// authStart on the main thread of an application. What comes in meanwhile is carried out by its
-// event loop, so is answered at once unless that is held up.
-QByteArray startInApplication()
-{
-    int count = 1;
-    std::array<char, 2> name{"x"};
-    std::array<char *, 2> values{name.data(), nullptr};
-    const auto application = QCoreApplication::instance() == nullptr
-                                 ? std::make_unique<QCoreApplication>(count, values.data())
-                                 : nullptr;
-    const QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-    QObject::connect(&input, &QSocketNotifier::activated, &input, [] {
-        std::string line;
-        if (std::getline(std::cin, line)) {
-            carryOut(QByteArray::fromStdString(line).split(' '));
-        }
-    });
-    return yesOrNo(authorization().authStart());
-}
-
 using Command = std::function<QByteArray(const QStringList &words)>;
 
 Command onPath(bool (ZQAuthorization::*operation)(const QString &))
@@ -305,13 +279,6 @@ const std::map<QString, Command> &commands()
         {QStringLiteral("start"),
          [](const QStringList &) { return yesOrNo(authorization().authStart()); }},
         {QStringLiteral("start-on-worker"), [](const QStringList &) { return startOnWorker(); }},
-        {QStringLiteral("start-in-application"),
-         [](const QStringList &) { return startInApplication(); }},
-        {QStringLiteral("start-in-background"),
-         [](const QStringList &) {
-             std::thread([] { authorization().authStart(); }).detach();
-             return QByteArray("done");
-         }},
         {QStringLiteral("start-with"), onPaths(&ZQAuthorization::authStartWithUser)},
         {QStringLiteral("end"),
          [](const QStringList &) {
